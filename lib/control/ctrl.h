@@ -1,0 +1,63 @@
+// lib/control/ctrl.h - the Control record that every function of the library receives, the trace bits and the
+// CPU timers.
+// SPDX-License-Identifier: MIT
+//
+// One record per call of an entry point, on its stack. It holds the options after defaulting, values derived
+// from the call, and a few values that the drivers set while they run; there is no other option state.
+#pragma once
+
+#include <cstdint>
+
+enum DebugBits {
+  DBG_COARSEN = 1,  // per-level coarsening statistics
+  DBG_INITPART = 2, // trials of the initial partition
+  DBG_PASSES = 4,   // first and last line of the refinement passes
+  DBG_RUNS = 8,     // header and summary of each bisection or k-way run
+  DBG_TRIALS = 16,  // one short line per trial
+  DBG_TIME = 32,    // CPU timers and their report
+  DBG_LONG = 128,   // long trial lines and V-cycles
+  DBG_MOVES = 256   // one line per move
+};
+
+struct Control {
+  int coarsento;  // coarsening goes on while a level has more cells than this
+  int ctype;      // matching scheme 1..5; 0 and 1 inside a V-cycle
+  int rtype;      // refinement scheme 1..3, or the k-way objective: 1 cut, 2 SOED
+  int nruns;      // independent trials
+  int maxnetsize; // nets with more pins are pruned before coarsening; caps the degree key of matching
+  float ubfactor; // recursive: fraction that a side may be away from its share; k-way: factor above average
+  int fixed;      // 1 = the part vector holds pre-assigned parts
+  std::int64_t seed; // negative = from the clock
+  int dbglvl;        // DebugBits
+  int reconst;       // 1 = the pieces of a cut net stay in the recursion
+  int vcycle;        // 0..3: which trials get V-cycles
+  int nparts;
+  int heavycells;  // 1 = some cells are heavier than the first coarse-cell cap
+  int kwayrefine;  // 1 = polish a recursive bisection into more than two parts
+  float part0frac; // share of the total weight that the current bisection aims to put into part 0
+  int maxcellwgt;  // largest weight of a coarse cell
+
+  // CPU seconds, charged only under DBG_TIME.
+  double TotalTmr, CoarsenTmr, RefTmr, InitTmr, IterTmr, WrapUpTmr, MultilevelTmr, InitPartTmr, ProjectTmr,
+      SpareTmr, UncoarsenTmr, AuxTmr1, AuxTmr2, AuxTmr3, AuxTmr4;
+};
+
+// CPU time of the process so far, user plus system, in seconds.
+double seconds__();
+
+void InitTimers__(Control *ctrl);
+
+// Prints the timing report on the trace; full adds the parts of refinement.
+void PrintTimers__(const Control *ctrl, int full);
+
+inline void StartTimer__(const Control *ctrl, double *timer)
+{
+  if (ctrl->dbglvl & DBG_TIME)
+    *timer -= seconds__();
+}
+
+inline void StopTimer__(const Control *ctrl, double *timer)
+{
+  if (ctrl->dbglvl & DBG_TIME)
+    *timer += seconds__();
+}

@@ -1,0 +1,80 @@
+// lib/core/hgraph.cpp - creation and release of hypergraph records, and the incidence lists.
+// SPDX-License-Identifier: MIT
+
+#include "core.h"
+
+HGraph *CreateHGraph__()
+{
+  HGraph *graph = QVarray__<HGraph>(1, "CreateCoarseHGraph: graph");
+
+  InitHGraph__(graph);
+  return graph;
+}
+
+void InitHGraph__(HGraph *graph)
+{
+  *graph = HGraph{};
+  graph->ncells = graph->nnets = -1;
+  graph->nfixed = -1;
+  graph->level = -1;
+  graph->pwgts[0] = graph->pwgts[1] = -1;
+}
+
+void FreeCycleState__(HGraph *graph)
+{
+  QVfree__(&graph->cellmap, &graph->netmap, &graph->mptr, &graph->mind, &graph->gain, &graph->ndeg[0],
+           &graph->ndeg[1], &graph->islandmap, &graph->kpwgts, &graph->nrinfo, &graph->crinfo, &graph->nrdata,
+           &graph->crdata);
+}
+
+void FreeRootHGraph__(HGraph *graph)
+{
+  FreeCycleState__(graph);
+  QVfree__(&graph->where);
+}
+
+void FreeHGraph__(HGraph *graph)
+{
+  FreeRootHGraph__(graph);
+  QVfree__(&graph->incptr, &graph->incind, &graph->netptr, &graph->netind, &graph->cellwgt, &graph->netwgt,
+           &graph->adjwgt, &graph->edgewgt);
+  QVfree__(&graph);
+}
+
+// Turns counts, or the ends of filled lists, into starts: one place to the right.
+static void ShiftRight(int n, int *ptr)
+{
+  for (int i = n; i > 0; i--)
+    ptr[i] = ptr[i - 1];
+  ptr[0] = 0;
+}
+
+void CreateIncidentHGraph__(HGraph *graph)
+{
+  const int ncells = graph->ncells, nnets = graph->nnets;
+  const int npins = graph->netptr[nnets];
+
+  int *incptr = graph->incptr =
+      ismalloc__(static_cast<std::int64_t>(ncells) + 1, 0, "CreateIncidentHGraph: incptr");
+  int *incind = graph->incind = imalloc__(npins, "CreateIncidentHGraph: graph->incind");
+  int *adjwgt = graph->adjwgt = ismalloc__(ncells, 0, "CreateIncidentHGraph: adjwgt");
+  graph->edgewgt = fmalloc__(nnets, "CreateIncidentHGraph: graph->edgewgt");
+
+  for (int k = 0; k < npins; k++)
+    incptr[graph->netind[k]]++;
+  for (int i = 1; i < ncells; i++)
+    incptr[i] += incptr[i - 1];
+  ShiftRight(ncells, incptr);
+
+  for (int j = 0; j < nnets; j++) {
+    for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++) {
+      int c = graph->netind[k];
+      incind[incptr[c]++] = j;
+      adjwgt[c] = AddWrap__(adjwgt[c], graph->netwgt[j]);
+    }
+    graph->edgewgt[j] = EdgeWeight__(graph->netwgt[j], NetSize__(graph, j));
+  }
+  ShiftRight(ncells, incptr);
+
+  CHECK_VALID(CheckIncidence__(graph));
+}

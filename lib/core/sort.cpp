@@ -1,0 +1,182 @@
+// lib/core/sort.cpp - the sorts of the library.
+// SPDX-License-Identifier: MIT
+//
+// Which of two identical nets is kept, and the order of net-based matching, follow the order in which the key
+// sorts leave equal keys. That order is therefore part of the results: the partition loop below is spelled
+// out and must not be replaced by another sort.
+
+#include "core.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+
+// A side that is no longer than this (last index - first index) is left to the final insertion pass.
+constexpr int SMALL_SIDE = 20;
+
+struct IncreasingKey {
+  bool operator()(const KeyVal &a, const KeyVal &b) const
+  {
+    return a.key < b.key;
+  }
+};
+
+struct DecreasingKey {
+  bool operator()(const KeyVal &a, const KeyVal &b) const
+  {
+    return a.key > b.key;
+  }
+};
+
+// Brings the median of a[lo], the middle and a[hi] to the middle; the three end up in order, except that the
+// first two are compared again only when the last two were exchanged. Returns the middle.
+template <class Less>
+int OrderThree(KeyVal *a, int lo, int hi, Less less)
+{
+  int mid = lo + (hi - lo) / 2;
+
+  if (less(a[mid], a[lo]))
+    std::swap(a[mid], a[lo]);
+  if (less(a[hi], a[mid])) {
+    std::swap(a[hi], a[mid]);
+    if (less(a[mid], a[lo]))
+      std::swap(a[mid], a[lo]);
+  }
+  return mid;
+}
+
+// Splits a[lo..hi] around its pivot; afterwards a[lo..*right] and a[*left..hi] are the two sides.
+template <class Less>
+void Partition(KeyVal *a, int lo, int hi, int *left, int *right, Less less)
+{
+  int mid = OrderThree(a, lo, hi, less);
+  int l = lo + 1, r = hi - 1;
+
+  do {
+    while (less(a[l], a[mid]))
+      l++;
+    while (less(a[mid], a[r]))
+      r--;
+    if (l < r) {
+      std::swap(a[l], a[r]);
+      if (mid == l) // the pivot moved: follow it
+        mid = r;
+      else if (mid == r)
+        mid = l;
+      l++;
+      r--;
+    } else if (l == r) {
+      l++;
+      r--;
+      break;
+    }
+  } while (l <= r);
+  *left = l;
+  *right = r;
+}
+
+// Sorts a[0..n-1] up to sides of at most SMALL_SIDE + 1 elements.
+template <class Less>
+void QuickSort(KeyVal *a, int n, Less less)
+{
+  // The larger side is pushed and the smaller continued, so the depth is at most log2 of n.
+  struct {
+    int lo, hi;
+  } stack[8 * sizeof(int)], *top = stack;
+  int lo = 0, hi = n - 1;
+
+  for (;;) {
+    int left, right;
+
+    Partition(a, lo, hi, &left, &right, less);
+    if (right - lo <= SMALL_SIDE && hi - left <= SMALL_SIDE) {
+      if (top == stack)
+        return;
+      --top;
+      lo = top->lo;
+      hi = top->hi;
+    } else if (right - lo <= SMALL_SIDE) {
+      lo = left;
+    } else if (hi - left <= SMALL_SIDE) {
+      hi = right;
+    } else if (right - lo > hi - left) {
+      *top++ = {lo, right};
+      lo = left;
+    } else {
+      *top++ = {left, hi};
+      hi = right;
+    }
+  }
+}
+
+// Straight insertion; the smallest of the first elements goes to the front and stops every later walk.
+template <class Less>
+void InsertionSort(KeyVal *a, int n, Less less)
+{
+  if (n < 2)
+    return;
+  std::swap(*a, *std::min_element(a, a + std::min(n, SMALL_SIDE + 1), less));
+  for (int i = 1; i < n; i++) {
+    KeyVal x = a[i];
+    int j = i;
+    for (; less(x, a[j - 1]); j--)
+      a[j] = a[j - 1];
+    a[j] = x;
+  }
+}
+
+template <class Less>
+void SortKeys(KeyVal *a, int n, Less less)
+{
+  if (n > SMALL_SIDE)
+    QuickSort(a, n, less);
+  InsertionSort(a, n, less);
+}
+
+} // namespace
+
+void BucketSortKeysInc(int n, int maxkey, const int *keys, const int *order, int *out)
+{
+  int *counts = ismalloc__(static_cast<std::int64_t>(maxkey) + 2, 0, "BucketSortKeysInc: counts");
+
+  for (int i = 0; i < n; i++)
+    counts[keys[i] + 1]++;
+  for (int k = 1; k <= maxkey; k++)
+    counts[k] += counts[k - 1];
+  for (int i = 0; i < n; i++)
+    out[counts[keys[order[i]]]++] = order[i];
+
+  QVfree__(&counts);
+}
+
+void iintsort__(int n, int *a)
+{
+  if (n > 1)
+    std::sort(a, a + n);
+}
+
+void ikeysort__(int n, KeyVal *pairs)
+{
+  int descents = 0;
+
+  for (int i = 0; i + 1 < n; i++)
+    descents += pairs[i].key > pairs[i + 1].key;
+
+  if (n * 0.05 > descents) {
+    // Nearly sorted: the order of an insertion sort behind the first smallest pair, which is a stable order.
+    // A merge gives the same without the quadratic case of two long sorted runs.
+    if (descents > 0) {
+      std::swap(*pairs, *std::min_element(pairs, pairs + n, IncreasingKey()));
+      std::stable_sort(pairs + 1, pairs + n, IncreasingKey());
+    }
+  } else {
+    SortKeys(pairs, n, IncreasingKey());
+  }
+}
+
+void dkeysort__(int n, KeyVal *pairs)
+{
+  SortKeys(pairs, n, DecreasingKey());
+}
