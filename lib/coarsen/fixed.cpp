@@ -1,0 +1,39 @@
+// lib/coarsen/fixed.cpp - pre-assigned cells: one anchor per part stands for all cells that must go there.
+// SPDX-License-Identifier: MIT
+
+#include "match.h"
+
+#include "control/ctrl.h"
+
+void CompressFixedCells__(Control *ctrl, HGraph *graph, const int *part)
+{
+  const int n = graph->ncells;
+  int next = ctrl->nparts;
+
+  graph->cellmap = imalloc__(n, "CompressFixedCells: graph->cellmap");
+  for (int i = 0; i < n; i++)
+    graph->cellmap[i] = part[i] != -1 ? part[i] : next++;
+  graph->mptr = imalloc__(static_cast<std::int64_t>(next) + 1, "CompressFixedCells: graph->mptr");
+  graph->mind = imalloc__(n, "CompressFixedCells: graph->mind");
+  ListMembers__(n, next, graph->cellmap, graph->mptr, graph->mind);
+
+  CreateIncidentHGraph__(graph);
+  CreateCoarseHGraph__(ctrl, graph, next);
+
+  // Bisection builds the incidence of what it works on.
+  HGraph *coarser = graph->coarser;
+  QVfree__(&graph->incptr, &graph->incind, &graph->adjwgt, &graph->edgewgt);
+  QVfree__(&coarser->incptr, &coarser->incind, &coarser->adjwgt, &coarser->edgewgt);
+}
+
+void ProjectFixedCells__(const Control *ctrl, const HGraph *graph, int *part, const int *cpart)
+{
+  // -1 stays for a part without an anchor; the caller reports the cells concerned.
+  int *imap = ismalloc__(ctrl->nparts, -1, "ProjectFixedCells: imap");
+
+  for (int p = 0; p < ctrl->nparts; p++)
+    imap[cpart[p]] = p;
+  for (int i = 0; i < graph->ncells; i++)
+    part[i] = imap[cpart[graph->cellmap[i]]];
+  QVfree__(&imap);
+}

@@ -1,0 +1,84 @@
+// lib/coarsen/match.h - the matching schemes and what they share; private to this folder.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "coarsen.h"
+
+// The work arrays of one coarsening call, sized by its finest level and shared by all its matchings.
+struct MatchWork {
+  int *htable;    // [max(ncells, nnets)] slot of a candidate; all -1 between two searches
+  int *perm;      // [max] visiting order of cells or nets
+  KeyVal *vpairs; // [max] (key, net) pairs; the same block as keys and order
+  int *keys;      // [max] sort keys of cells: the first half of vpairs
+  int *order;     // [max] a permutation of the cells: the second half of vpairs
+  int *cand;      // [ncells] the candidates of one search: cells ...
+  float *cwgt;    // [ncells] ... and their scores. A cell has at most ncells candidates: none is ever dropped
+};
+
+// What tells the partner searches apart; bits of a template argument.
+enum FinderRules {
+  FIND_PAIR = 0,
+  FIND_STAR = 1,      // a cell may join a group that exists
+  FIND_RESTRICTED = 2 // only cells of the same part, and no large nets
+};
+
+// The best partner of the unmatched cell v, or -1: the cell that shares the most edge weight with v and keeps
+// the group within ctrl->maxcellwgt. wgts (stars only) holds the weight of each group, one slot ahead: slot 0
+// is that of an unmatched cell.
+int FindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v);
+int FindCellStar__(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts, int v);
+int CFindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v);
+int CFindCellStar__(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts, int v);
+
+// Writes a visiting key for every cell, small for a strong connection; returns one more than the largest.
+int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *work, int *keys);
+
+// Each scheme groups all cells of graph and contracts the groups into graph->coarser.
+void Match_Edges__(Control *ctrl, HGraph *graph, MatchWork *work);
+// connorder 1 visits strongly connected cells first, 0 cells of few nets first.
+void Match_EdgesStars__(Control *ctrl, HGraph *graph, MatchWork *work, int connorder);
+void CMatch_Edges__(Control *ctrl, HGraph *graph, MatchWork *work);
+void CMatch_EdgesStars__(Control *ctrl, HGraph *graph, MatchWork *work);
+void Match_Hedges_PHedges_Edges__(Control *ctrl, HGraph *graph, MatchWork *work);
+
+// Groups of cells as they are formed: group g holds mind[mptr[g]] .. mind[mptr[g+1]-1].
+struct Grouping {
+  int *cellmap, *mptr, *mind;
+  int ngroups, nmembers;
+};
+
+// Allocates the matching arrays of graph under the given labels; the anchors become groups of their own.
+Grouping StartGrouping__(HGraph *graph, const char *maplabel, const char *ptrlabel, const char *indlabel);
+
+inline void AddMember__(Grouping *groups, int cell)
+{
+  groups->cellmap[cell] = groups->ngroups;
+  groups->mind[groups->nmembers++] = cell;
+}
+
+inline void CloseGroup__(Grouping *groups)
+{
+  groups->mptr[++groups->ngroups] = groups->nmembers;
+}
+
+// Fills mptr and mind from cellmap by counting; members appear in increasing cell number.
+void ListMembers__(int ncells, int ngroups, const int *cellmap, int *mptr, int *mind);
+
+// Fills out with the cells by increasing number of nets (capped), equal numbers in random order.
+void OrderByDegree__(const Control *ctrl, const HGraph *graph, int *keys, int *random, int *out);
+
+// Groups the cells that are still unmatched, in the order of perm, with the partner that find names or alone.
+template <class Find>
+void PairUp__(const HGraph *graph, const MatchWork *work, Grouping *groups, Find find)
+{
+  for (int i = 0; i < graph->ncells; i++) {
+    const int v = work->perm[i];
+    if (groups->cellmap[v] != UNMATCHED)
+      continue;
+    const int u = find(v);
+    AddMember__(groups, v);
+    if (u != -1)
+      AddMember__(groups, u);
+    CloseGroup__(groups);
+  }
+}
