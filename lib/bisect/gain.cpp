@@ -4,6 +4,7 @@
 
 #include "fm.h"
 
+#include "coarsen/uncoarsen.h"
 #include "control/ctrl.h"
 
 void AllocateRefinementMemory__(HGraph *graph)
@@ -50,14 +51,9 @@ void ComputeInitGains__(HGraph *graph)
 
 void ProjectPartition__(Control *ctrl, HGraph *coarse)
 {
-  HGraph *fine = coarse->finer;
-
   StartTimer__(ctrl, &ctrl->ProjectTmr);
-  AllocateRefinementMemory__(fine);
-  for (int i = 0; i < fine->ncells; i++)
-    fine->where[i] = coarse->where[fine->cellmap[i]];
-  FreeHGraph__(coarse);
-  fine->coarser = nullptr;
+  AllocateRefinementMemory__(coarse->finer);
+  ProjectWhere__(coarse);
   StopTimer__(ctrl, &ctrl->ProjectTmr);
 }
 

@@ -11,6 +11,7 @@
 
 #include "kgain.h"
 
+#include "coarsen/uncoarsen.h"
 #include "control/ctrl.h"
 
 #include <algorithm>
@@ -177,13 +178,8 @@ void KwayUpdateGainInfo__(HGraph *graph, int v, int a, int b, int *marker, int *
 
 void ProjectKwayPartition__(Control *ctrl, HGraph *coarse)
 {
-  HGraph *fine = coarse->finer;
-
   StartTimer__(ctrl, &ctrl->ProjectTmr);
-  AllocateKwayRefinementMemory__(ctrl, fine);
-  for (int i = 0; i < fine->ncells; i++)
-    fine->where[i] = coarse->where[fine->cellmap[i]];
-  FreeHGraph__(coarse);
-  fine->coarser = nullptr;
+  AllocateKwayRefinementMemory__(ctrl, coarse->finer);
+  ProjectWhere__(coarse);
   StopTimer__(ctrl, &ctrl->ProjectTmr);
 }

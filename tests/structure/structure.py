@@ -1,0 +1,83 @@
+#!/usr/bin/env python3
+"""Checks what no compiler checks: folder edges, headers that compile alone, exported symbols.
+
+usage: structure.py includes|headers|symbols --lib DIR [--cxx COMMAND --cc COMMAND] [--shared FILE --nm COMMAND]
+"""
+# SPDX-License-Identifier: MIT
+import argparse
+import pathlib
+import re
+import subprocess
+import sys
+
+# Which headers of other folders a folder may include. ctrl.h is the record that every function receives;
+# recursive and kway call each other (the final polish, the initial partition).
+EDGES = {
+    "core": {"control/ctrl.h"},
+    "coarsen": {"core/core.h", "control/ctrl.h"},
+    "bisect": {"core/core.h", "control/ctrl.h", "coarsen/coarsen.h", "coarsen/uncoarsen.h"},
+    "recursive": {"core/core.h", "core/trials.h", "control/ctrl.h", "coarsen/coarsen.h", "bisect/bisect.h",
+                  "kway/kway.h"},
+    "kway": {"core/core.h", "core/trials.h", "control/ctrl.h", "control/kapris.h", "coarsen/coarsen.h",
+             "coarsen/uncoarsen.h"},
+    "control": {"core/core.h", "bisect/bisect.h", "recursive/recursive.h", "kway/kway.h"},
+}
+
+
+def sources(lib, pattern):
+    return sorted(p for p in lib.rglob(pattern))
+
+
+def wrong_includes(args):
+    files = sources(args.lib, "*.cpp") + sources(args.lib, "*.h")
+    for file in files:
+        folder = file.relative_to(args.lib).parts[0]
+        for name in re.findall(r'^#include "([^"]+)"', file.read_text(), re.M):
+            if "/" in name and not name.startswith(folder + "/") and name not in EDGES[folder]:
+                yield f"{file.relative_to(args.lib)} includes {name}"
+            if "/" not in name and not (file.parent / name).exists():
+                yield f"{file.relative_to(args.lib)} includes {name}, which is not in its folder"
+    if len(files) < 30:
+        yield f"only {len(files)} files found below {args.lib}"
+
+
+def broken_headers(args):
+    for header in sources(args.lib, "*.h"):
+        command = [args.cxx, "-std=c++20", "-x", "c++", "-fsyntax-only", "-Wall", "-Wextra", "-Werror",
+                   "-Wno-pragma-once-outside-header", "-I", args.lib, "-include", header, "/dev/null"]
+        runs = [[word for word in command if word != "-Wno-pragma-once-outside-header" or "clang" in args.cxx]]
+        if header.name == "kapris.h":
+            runs.append([args.cc, "-std=c99", "-pedantic", "-x", "c", "-fsyntax-only", "-Wall", "-Werror",
+                         "-include", header, "/dev/null"])
+        for run in runs:
+            result = subprocess.run(run, capture_output=True, text=True)
+            if result.returncode:
+                yield f"{header.relative_to(args.lib)} does not compile alone: {result.stderr.strip()[:300]}"
+
+
+def wrong_symbols(args):
+    declared = set(re.findall(r"\b(KAPRIS_\w+)\(", (args.lib / "control" / "kapris.h").read_text()))
+    listing = subprocess.run([args.nm, "-D", "--defined-only", args.shared], capture_output=True, text=True,
+                             check=True).stdout
+    exported = {line.split()[-1] for line in listing.splitlines()}
+    if declared != exported:
+        yield f"declared but not exported: {sorted(declared - exported)}"
+        yield f"exported but not declared: {sorted(exported - declared)}"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("check", choices=["includes", "headers", "symbols"])
+    parser.add_argument("--lib", type=pathlib.Path, required=True)
+    parser.add_argument("--cxx")
+    parser.add_argument("--cc")
+    parser.add_argument("--shared")
+    parser.add_argument("--nm", default="nm")
+    args = parser.parse_args()
+    check = {"includes": wrong_includes, "headers": broken_headers, "symbols": wrong_symbols}[args.check]
+    faults = list(check(args))
+    print("\n".join(faults))
+    sys.exit(1 if faults else 0)
+
+
+main()
