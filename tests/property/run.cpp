@@ -1,0 +1,67 @@
+// tests/property/run.cpp - one call of an entry point as data.
+// SPDX-License-Identifier: MIT
+
+#include "property/run.h"
+
+#include "control/kapris.h"
+
+#include <ctime>
+#include <sstream>
+
+// Takes the place of the C library's clock in this program.
+extern "C" std::time_t time(std::time_t *where)
+{
+  const std::time_t now = 1000000007;
+
+  if (where != nullptr)
+    *where = now;
+  return now;
+}
+
+Result RunCall(const Call &call)
+{
+  const Instance &instance = call.instance;
+  const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
+  const int n = instance.ncells, nnets = static_cast<int>(instance.nets.size());
+  const int *cellwgts = instance.cellwgt.empty() ? nullptr : instance.cellwgt.data();
+  const int *netwgts = instance.netwgt.empty() ? nullptr : instance.netwgt.data();
+  Result result = {call.part, -1};
+
+  result.part.resize(static_cast<std::size_t>(n), -1);
+  if (call.entry == REFINE_2WAY) {
+    KAPRIS_2WayRefine(n, nnets, cellwgts, netptr.data(), netind.data(), netwgts, call.UBfactor,
+                      call.options.data(), result.part.data(), &result.cut);
+    return result;
+  }
+  const auto entry = call.entry == PART_RECURSIVE            ? KAPRIS_PartRecursive
+                     : call.entry == PART_RECURSIVE_INTERNAL ? KAPRIS_PartRecursiveInternal
+                     : call.entry == PART_KWAY               ? KAPRIS_PartKway
+                                                             : KAPRIS_KWayRefine;
+  entry(n, nnets, cellwgts, netptr.data(), netind.data(), netwgts, call.nparts, call.UBfactor,
+        call.options.data(), result.part.data(), &result.cut);
+  return result;
+}
+
+std::string Literal(const Call &call)
+{
+  const auto list = [](const std::vector<int> &x) {
+    std::string text;
+    for (int value : x)
+      text += (text.empty() ? "" : ", ") + std::to_string(value);
+    return "{" + text + "}";
+  };
+  std::ostringstream out;
+
+  out << "{Entry(" << call.entry << "), " << call.instance.Literal() << ", " << call.nparts << ", "
+      << call.UBfactor << ", " << list(call.options) << ", " << list(call.part) << "}";
+  return out.str();
+}
+
+std::vector<int> RandomParts(TestRandom *random, int ncells, int nparts, int freepercent)
+{
+  std::vector<int> parts;
+
+  for (int i = 0; i < ncells; i++)
+    parts.push_back(random->Chance(freepercent) ? -1 : random->Below(nparts));
+  return parts;
+}

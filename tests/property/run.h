@@ -1,0 +1,30 @@
+// tests/property/run.h - one call of an entry point as data.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "support/build.h"
+
+#include <string>
+#include <vector>
+
+enum Entry { PART_RECURSIVE, PART_RECURSIVE_INTERNAL, PART_KWAY, REFINE_2WAY, REFINE_KWAY, NENTRIES };
+
+struct Call {
+  Entry entry;
+  Instance instance;
+  int nparts, UBfactor;
+  std::vector<int> options; // 9
+  std::vector<int> part;    // input of the refine entries and of fixed cells, else empty
+};
+
+struct Result {
+  std::vector<int> part;
+  int cut;
+};
+
+// The clock that seeds stands still in these tests, so every run can be repeated.
+Result RunCall(const Call &call);
+// As the source text of a Call.
+std::string Literal(const Call &call);
+// A random partition, or pre-assigned parts with about the given percentage of free cells.
+std::vector<int> RandomParts(TestRandom *random, int ncells, int nparts, int freepercent);

@@ -1,0 +1,180 @@
+// tests/support/build.cpp - hypergraphs for tests.
+// SPDX-License-Identifier: MIT
+
+#include "support/build.h"
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+
+std::vector<int> Instance::NetPtr() const
+{
+  std::vector<int> netptr = {0};
+
+  for (const std::vector<int> &net : nets)
+    netptr.push_back(netptr.back() + static_cast<int>(net.size()));
+  return netptr;
+}
+
+std::vector<int> Instance::NetInd() const
+{
+  std::vector<int> netind;
+
+  for (const std::vector<int> &net : nets)
+    netind.insert(netind.end(), net.begin(), net.end());
+  netind.reserve(1); // data() is not NULL, as a caller's array would be
+  return netind;
+}
+
+static void PutList(std::ostream &out, const std::vector<int> &list)
+{
+  out << '{';
+  for (std::size_t i = 0; i < list.size(); i++)
+    out << (i > 0 ? ", " : "") << list[i];
+  out << '}';
+}
+
+std::string Instance::Literal() const
+{
+  std::ostringstream out;
+
+  out << '{' << ncells << ", {";
+  for (std::size_t j = 0; j < nets.size(); j++) {
+    out << (j > 0 ? ", " : "");
+    PutList(out, nets[j]);
+  }
+  out << "}, ";
+  PutList(out, cellwgt);
+  out << ", ";
+  PutList(out, netwgt);
+  out << '}';
+  return out.str();
+}
+
+static int *Copy(const std::vector<int> &x, const char *label)
+{
+  return icopy__(static_cast<std::int64_t>(x.size()), x.data(),
+                 imalloc__(static_cast<std::int64_t>(x.size()), label));
+}
+
+HGraph *HGraphOf(const Instance &instance)
+{
+  HGraph *graph = CreateHGraph__();
+  const std::vector<int> ones(std::max(static_cast<std::size_t>(instance.ncells), instance.nets.size()), 1);
+
+  graph->ncells = instance.ncells;
+  graph->nnets = static_cast<int>(instance.nets.size());
+  graph->nfixed = 0;
+  graph->netptr = Copy(instance.NetPtr(), "test: netptr");
+  graph->netind = Copy(instance.NetInd(), "test: netind");
+  graph->cellwgt = Copy(instance.cellwgt.empty() ? ones : instance.cellwgt, "test: cellwgt");
+  graph->netwgt = Copy(instance.netwgt.empty() ? ones : instance.netwgt, "test: netwgt");
+  CreateIncidentHGraph__(graph);
+  EXPECT_VALID(CheckHGraph__(graph));
+  return graph;
+}
+
+HGraph *HGraphOf(const Nets &nets)
+{
+  int ncells = 0;
+
+  for (const std::vector<int> &net : nets)
+    for (int pin : net)
+      ncells = std::max(ncells, pin + 1);
+  return HGraphOf(Instance{ncells, nets, {}, {}});
+}
+
+void SetWhere(HGraph *graph, const std::vector<int> &where)
+{
+  QVfree__(&graph->where);
+  graph->where = Copy(where, "test: where");
+}
+
+std::vector<int> Where(const HGraph *graph)
+{
+  return std::vector<int>(graph->where, graph->where + graph->ncells);
+}
+
+int TestRandom::Below(int n)
+{
+  state = state * 6364136223846793005u + 1442695040888963407u;
+  return static_cast<int>((state >> 33) % static_cast<std::uint64_t>(n));
+}
+
+bool TestRandom::Chance(int percent)
+{
+  return Below(100) < percent;
+}
+
+static std::vector<int> RandomNet(TestRandom *random, int ncells, int size)
+{
+  const int base = random->Below(ncells), reach = random->Chance(80) ? std::max(2 * size, 12) : ncells;
+  std::set<int> pins;
+
+  for (int tries = 0; static_cast<int>(pins.size()) < size && tries < 4 * size; tries++)
+    pins.insert((base + random->Below(reach)) % ncells);
+  return std::vector<int>(pins.begin(), pins.end());
+}
+
+Instance RandomInstance(TestRandom *random, int ncells, int nnets, int oddities)
+{
+  Instance instance = {ncells, {}, {}, {}};
+  // Islands are the cells behind those that nets may name.
+  const int named =
+      (oddities & ODD_ISLANDS) ? std::max(1, ncells - 1 - random->Below(1 + ncells / 4)) : ncells;
+
+  if (ncells > 0) {
+    for (int j = 0; j < nnets; j++) {
+      instance.nets.push_back(RandomNet(random, named, 2 + random->Below(5)));
+      std::vector<int> &net = instance.nets.back();
+      if ((oddities & ODD_TINY) && random->Chance(8))
+        net.resize(static_cast<std::size_t>(std::min(random->Below(2), static_cast<int>(net.size()))));
+      if ((oddities & ODD_REPEATED) && !net.empty() && random->Chance(8))
+        net.push_back(net[static_cast<std::size_t>(random->Below(static_cast<int>(net.size())))]);
+      if ((oddities & ODD_DUPLICATES) && random->Chance(15))
+        net = instance.nets[static_cast<std::size_t>(random->Below(j + 1))];
+      if ((oddities & ODD_LARGE) && named > 60 && random->Chance(2))
+        net = RandomNet(random, named, 55);
+    }
+  }
+  if (oddities & ODD_WEIGHTS) {
+    for (int i = 0; i < ncells; i++)
+      instance.cellwgt.push_back(random->Chance(3) ? ncells * 4 : random->Below(5));
+    for (std::size_t j = 0; j < instance.nets.size(); j++)
+      instance.netwgt.push_back(random->Chance(3) ? 4000 : random->Below(6));
+  }
+  return instance;
+}
+
+// How many parts the net touches.
+static std::size_t Spread(const std::vector<int> &net, const std::vector<int> &part)
+{
+  std::set<int> parts;
+
+  for (int pin : net)
+    parts.insert(part[static_cast<std::size_t>(pin)]);
+  return parts.size();
+}
+
+template <class Value>
+static long SumOfCutNets(const Instance &instance, const std::vector<int> &part, Value value)
+{
+  long sum = 0;
+
+  for (std::size_t j = 0; j < instance.nets.size(); j++) {
+    const std::size_t spread = Spread(instance.nets[j], part);
+    if (spread > 1)
+      sum += value(spread) * (instance.netwgt.empty() ? 1 : instance.netwgt[j]);
+  }
+  return sum;
+}
+
+long CutOf(const Instance &instance, const std::vector<int> &part)
+{
+  return SumOfCutNets(instance, part, [](std::size_t) { return 1L; });
+}
+
+long SoedOf(const Instance &instance, const std::vector<int> &part)
+{
+  return SumOfCutNets(instance, part, [](std::size_t spread) { return static_cast<long>(spread); });
+}
