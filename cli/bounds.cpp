@@ -1,0 +1,117 @@
+// cli/bounds.cpp - what the library can add up, and how heavy its recursion may make a part.
+// SPDX-License-Identifier: MIT
+//
+// The library ends the process with status 0 when a sum is too large. So the tool finds out first, in 64
+// bits, and fails with a status that says so. kapris.h states the limits.
+
+#include "bounds.h"
+
+#include "failure.h"
+
+#include <algorithm>
+#include <climits>
+#include <fmt/format.h>
+#include <numeric>
+
+namespace kapris_cli
+{
+
+// So many parts are polished by k-way refinement, which forms more sums and has a limit of its own.
+static constexpr int least_polished = 3, most_polished = 64;
+
+static void CheckSum(const std::string &name, const std::string &what, long long sum)
+{
+  if (sum > INT_MAX)
+    throw Failure{EXIT_MALFORMED,
+                  fmt::format("{}: weights too large: {} is {}, above {}", name, what, sum, INT_MAX)};
+}
+
+// The gain of a move is a sum over the nets of a cell, a net counting once for each of its pins there.
+static void CheckGains(const std::string &name, const Hgr &hgr)
+{
+  std::vector<long long> sums(static_cast<size_t>(hgr.ncells), 0);
+
+  for (int net = 0; net < hgr.nnets; net++) {
+    const size_t n = static_cast<size_t>(net);
+    for (int i = hgr.netptr[n]; i < hgr.netptr[n + 1]; i++)
+      sums[static_cast<size_t>(hgr.netind[static_cast<size_t>(i)])] += NetWeight(hgr, net);
+  }
+  for (int cell = 0; cell < hgr.ncells; cell++)
+    CheckSum(name, fmt::format("the total weight of the nets of cell {}", cell + 1),
+             sums[static_cast<size_t>(cell)]);
+}
+
+void CheckSums(const std::string &name, const Hgr &hgr, int nparts)
+{
+  // Not cell by cell: a line of text can claim 2^31 cells without weights.
+  const long long cells =
+      hgr.cellwgts.empty() ? hgr.ncells : std::accumulate(hgr.cellwgts.begin(), hgr.cellwgts.end(), 0LL);
+  long long nets = 0, spans = 0, pins = 0;
+
+  for (int net = 0; net < hgr.nnets; net++) {
+    const size_t n = static_cast<size_t>(net);
+    const long long size = hgr.netptr[n + 1] - hgr.netptr[n];
+    const long long weight = NetWeight(hgr, net);
+    nets += weight;
+    spans += weight * std::min<long long>(size, nparts);
+    pins += weight * size;
+  }
+
+  CheckSum(name, "twice the total cell weight", 2 * cells);
+  CheckSum(name, "the total net weight plus one", nets + 1);
+  if (nparts >= least_polished && nparts <= most_polished) {
+    CheckSum(name, "ten times the total net weight plus one", 10 * nets + 1);
+    CheckSum(name, "the total of net weight x parts that a net can span", spans);
+  }
+  // No cell can exceed what all cells together do not.
+  if (pins > INT_MAX)
+    CheckGains(name, hgr);
+}
+
+// Follows the bisections to one part. Each gives a side what the lower bound of the other side leaves.
+static long long PathLimit(long long total, int nparts, int percent, int part)
+{
+  const float allowance = static_cast<float>(percent / 100.0);
+  long long limit = total;
+
+  for (int n = nparts; n > 1;) {
+    const int first = n / 2;
+    const float share = static_cast<float>(first / static_cast<double>(n));
+    // The library's arithmetic, which decides the last unit: single precision for the first side, double for the
+    // second. A limit in other arithmetic would report parts that the library rightly considers balanced.
+    if (part < first) {
+      const double lower = (1.0 - share - allowance) * static_cast<double>(limit);
+      limit -= std::max(0LL, static_cast<long long>(lower));
+      n = first;
+    } else {
+      const float lower = (share - allowance) * static_cast<float>(limit);
+      limit -= std::max(0LL, static_cast<long long>(lower));
+      part -= first;
+      n -= first;
+    }
+  }
+  return limit;
+}
+
+long long PartLimit(long long total, int nparts, int percent, int part)
+{
+  long long limit = 0;
+
+  if (nparts < least_polished || nparts > most_polished)
+    return PathLimit(total, nparts, percent, part);
+  for (int p = 0; p < nparts; p++)
+    limit = std::max(limit, PathLimit(total, nparts, percent, p));
+  return limit;
+}
+
+int CountOver(const Measures &measures, int nparts, int percent)
+{
+  int nover = 0;
+
+  for (const UsedPart &used : measures.used)
+    if (used.weight > PartLimit(measures.total, nparts, percent, used.number))
+      nover++;
+  return nover;
+}
+
+} // namespace kapris_cli

@@ -1,0 +1,31 @@
+// cli/measures.h - the quality of a partition, from its definition and without the library.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "hgr.h"
+
+#include <vector>
+
+namespace kapris_cli
+{
+
+struct UsedPart {
+  int number;
+  long long weight;
+};
+
+struct Measures {
+  long long cut = 0;          // weight of the nets that span more than one part
+  long long soed = 0;         // weight x parts that it spans, over these nets
+  long long connectivity = 0; // weight x (parts that it spans - 1), over all nets with pins
+  long long total = 0;        // weight of all cells
+  std::vector<UsedPart> used; // the parts that have cells, by number
+};
+
+// part has one number >= 0 for each cell. The numbers may be far apart: memory depends on the parts in use.
+Measures Measure(const Hgr &hgr, const std::vector<int> &part);
+
+// The heaviest of nparts parts over their average weight, less 1; 0 if nothing has weight.
+double Imbalance(const Measures &measures, long long nparts);
+
+} // namespace kapris_cli

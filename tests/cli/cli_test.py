@@ -1,0 +1,280 @@
+#!/usr/bin/env python3
+# tests/cli/cli_test.py - the kapris command as its users meet it: files, streams and exit statuses.
+# SPDX-License-Identifier: MIT
+#
+#   cli_test.py KAPRIS [unittest arguments]
+#
+# Each test runs in an empty directory. A command that is expected to fail must leave the directory as it was.
+"""Tests of the kapris command."""
+
+import os
+import random
+import resource
+import stat
+import subprocess
+import sys
+import tempfile
+import unittest
+
+KAPRIS = os.path.abspath(sys.argv.pop(1))
+
+TWO_TRIANGLES = "7 6\n1 2\n2 3\n1 3\n4 5\n5 6\n4 6\n3 4\n"
+
+
+def write(path, text):
+    with open(path, "w", encoding="ascii") as file:
+        file.write(text)
+
+
+def read(path):
+    with open(path, encoding="ascii") as file:
+        return file.read()
+
+
+def fields(text):
+    """The lines "name  value" of a summary; a name ends where its column does."""
+    return {line[:15].strip(): line[15:] for line in text.splitlines()}
+
+
+def snapshot():
+    """Every name below the working directory with its contents."""
+    return {os.path.join(top, name): read(os.path.join(top, name))
+            for top, _, names in os.walk(".") for name in names}
+
+
+def random_hypergraph(seed, repeats):
+    """Text, nets, net weights and cell weights of a small hypergraph; its nets may repeat pins."""
+    rng = random.Random(seed)
+    ncells = 60
+    draw = rng.choices if repeats else rng.sample
+    nets = [draw(range(ncells), k=rng.choice((0, 1, 2, 2, 3, 5, 12))) for _ in range(90)]
+    netwgts = [rng.randrange(9) for _ in nets]
+    cellwgts = [rng.randrange(1, 5) for _ in range(ncells)]
+    lines = [f"{len(nets)} {ncells} 11"]
+    lines += [" ".join(map(str, [weight] + [pin + 1 for pin in net])) for net, weight in zip(nets, netwgts)]
+    lines += map(str, cellwgts)
+    return "\n".join(lines) + "\n", nets, netwgts, cellwgts
+
+
+class Commands(unittest.TestCase):
+    """One empty working directory per test."""
+
+    def setUp(self):
+        self.directory = tempfile.TemporaryDirectory()
+        self.addCleanup(self.directory.cleanup)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(self.directory.name)
+
+    def run_kapris(self, *args, status=0, text="", **options):
+        """Runs the command and checks its exit status, a number or a tuple of numbers."""
+        options = {"stdout": subprocess.PIPE, **options}
+        done = subprocess.run([KAPRIS, *args], input=text, stderr=subprocess.PIPE, encoding="ascii", check=False,
+                              **options)
+        allowed = status if isinstance(status, tuple) else (status,)
+        self.assertIn(done.returncode, allowed, (args, done.stdout, done.stderr))
+        return done
+
+    def fails(self, status, message, *args, **options):
+        """Checks status, message, silence on standard output, and that no file has come, gone or changed."""
+        before = snapshot()
+        done = self.run_kapris(*args, status=status, **options)
+        self.assertIn(message, done.stderr, args)
+        self.assertFalse(done.stdout, args)
+        self.assertEqual(snapshot(), before, args)
+
+    def test_partition_and_eval_agree_with_the_definitions(self):
+        for seed, nparts in enumerate((2, 3, 5, 17, 20)):
+            text, nets, netwgts, cellwgts = random_hypergraph(seed, repeats=nparts == 2)
+            write("h.hgr", text)
+            done = self.run_kapris("partition", "h.hgr", "-k", str(nparts), "--imbalance", "20", "--seed", "3",
+                                   status=(0, 4))
+            summary = fields(done.stdout)
+            self.assertEqual(done.stderr, "")
+            self.assertEqual(done.returncode == 4, "parts over" in summary)
+            self.assertEqual(summary["written"], f"h.hgr.part.{nparts}")
+            part = [int(line) for line in read(summary["written"]).splitlines()]
+            self.assertEqual(len(part), len(cellwgts))
+            self.assertTrue(all(0 <= p < nparts for p in part))
+
+            spans = [len({part[pin] for pin in net}) for net in nets]
+            cut = sum(w for w, span in zip(netwgts, spans) if span > 1)
+            soed = sum(w * span for w, span in zip(netwgts, spans) if span > 1)
+            connectivity = sum(w * (span - 1) for w, span in zip(netwgts, spans) if span > 1)
+            weights = [sum(w for w, p in zip(cellwgts, part) if p == q) for q in range(nparts)]
+            measured = fields(self.run_kapris("eval", "h.hgr", summary["written"], "-k", str(nparts)).stdout)
+            sizes = {"cells": "60", "nets": "90", "pins": str(sum(map(len, nets)))}
+            for report in (summary, measured):
+                self.assertEqual({name: report[name] for name in sizes}, sizes)
+                self.assertEqual(report["cut"], str(cut))
+                if nparts > 16:
+                    self.assertEqual(report["part weights"], f"min {min(weights)}, max {max(weights)}")
+                else:
+                    self.assertEqual([int(report[f"part {p}"].split()[0]) for p in range(nparts)], weights)
+            self.assertEqual(measured["soed"], str(soed))
+            self.assertEqual(measured["connectivity-1"], str(connectivity))
+            self.assertAlmostEqual(float(measured["imbalance"]), max(weights) * nparts / sum(weights) - 1, places=4)
+
+    def test_finds_the_one_net_between_two_triangles_again_and_again(self):
+        write("t.hgr", TWO_TRIANGLES)
+        for out in ("a", "b"):
+            done = self.run_kapris("partition", "t.hgr", "-k", "2", "--seed", "7", "--runs", "3", "-o", out)
+            self.assertEqual(fields(done.stdout)["cut"], "1")
+            self.assertEqual(fields(done.stdout)["seed"], "7")
+        self.assertEqual(read("a"), read("b"))
+        self.assertIn(read("a"), ("0\n0\n0\n1\n1\n1\n", "1\n1\n1\n0\n0\n0\n"))
+
+    def test_eval_takes_part_numbers_that_are_far_apart(self):
+        write("t.hgr", TWO_TRIANGLES)
+        write("parts", "0\n0\n0\n3\n3\n2147483647\n")
+        measured = fields(self.run_kapris("eval", "t.hgr", "parts").stdout)
+        self.assertEqual((measured["parts"], measured["cut"], measured["soed"]), ("2147483648", "3", "6"))
+        self.assertEqual(measured["part weights"], "min 0, max 3")
+
+    def test_streams_and_default_names(self):
+        os.mkdir("sub")
+        write("sub/t.hgr", TWO_TRIANGLES)
+        self.run_kapris("partition", "sub/t.hgr", "-k", "2")
+        self.run_kapris("partition", "-", "-k", "2", text=TWO_TRIANGLES)
+        self.assertEqual(sorted(os.listdir(".")), ["stdin.part.2", "sub", "t.hgr.part.2"])
+        done = self.run_kapris("partition", "sub/t.hgr", "-k", "2", "-o", "-")
+        self.assertEqual(sorted(done.stdout.splitlines()), ["0"] * 3 + ["1"] * 3)
+        self.assertEqual(fields(done.stderr)["written"], "standard output")
+        self.run_kapris("eval", "sub/t.hgr", "-", text=done.stdout)
+        self.assertEqual(len(os.listdir(".")), 3)
+
+    def test_replaces_an_older_file_whole_and_keeps_its_mode_and_links(self):
+        write("t.hgr", TWO_TRIANGLES)
+        write("old", "x" * 1000)
+        os.chmod("old", 0o640)
+        os.symlink("old", "link")
+        self.run_kapris("partition", "t.hgr", "-k", "2", "-o", "link")
+        self.assertEqual(len(read("old")), 12)
+        self.assertEqual(stat.S_IMODE(os.stat("old").st_mode), 0o640)
+        self.assertTrue(os.path.islink("link"))
+        self.assertEqual(sorted(os.listdir(".")), ["link", "old", "t.hgr"])
+
+    def test_degenerate_hypergraphs(self):
+        for text, ncells in (("0 0\n", 0), ("0 4\n", 4), ("2 2\n\n1 1\n", 2), ("1 2 11\n0 1 2\n0\n0\n", 2)):
+            write("d.hgr", text)
+            self.run_kapris("partition", "d.hgr", "-k", "2", "-o", "parts")
+            self.assertEqual(len(read("parts").splitlines()), ncells)
+            self.assertEqual(fields(self.run_kapris("eval", "d.hgr", "parts").stdout)["cut"], "0")
+
+    def test_status_2_for_wrong_usage(self):
+        write("t.hgr", TWO_TRIANGLES)
+        write("parts", "0\n" * 6)
+        partition = ("partition", "t.hgr")
+        for message, *args in (
+                ("subcommand",),
+                ("'cut'", "cut"),
+                ("FILE", "partition"),
+                ("--parts", *partition),
+                ("--parts", *partition, "-k", "1"),
+                ("--parts", *partition, "-k", "2x"),
+                ("--parts", *partition, "-k", "2147483648"),
+                ("--imbalance", *partition, "-k", "2", "--imbalance", "0"),
+                ("--imbalance", *partition, "-k", "2", "--imbalance", "50"),
+                ("--imbalance", *partition, "-k", "2", "--imbalance", "1.5"),
+                ("--runs", *partition, "-k", "2", "--runs", "0"),
+                ("--seed", *partition, "-k", "2", "--seed", "x"),
+                ("extra", *partition, "extra", "-k", "2"),
+                ("t.hgr is the input itself", *partition, "-k", "2", "-o", "./t.hgr"),
+                ("PART", "eval", "t.hgr"),
+                ("--parts", "eval", "t.hgr", "parts", "-k", "0"),
+                ("only one", "eval", "-", "-")):
+            self.fails(2, message, *args)
+
+    def test_status_3_for_malformed_input(self):
+        write("bad.hgr", "2 3\n1 2\n2 4\n")
+        self.fails(3, "bad.hgr:3:3: pin 4", "partition", "bad.hgr", "-k", "2")
+        self.fails(3, "stdin:3:3: pin 4", "partition", "-", "-k", "2", text=read("bad.hgr"))
+        self.fails(3, "bad.hgr:3:3: pin 4", "eval", "bad.hgr", "bad.hgr")
+        write("old", "kept\n")
+        self.fails(3, "pin 4", "partition", "bad.hgr", "-k", "2", "-o", "old")
+        write("heavy.hgr", "1 2 10\n1 2\n2000000000\n1\n")
+        self.fails(3, "heavy.hgr: weights too large: twice", "partition", "heavy.hgr", "-k", "2")
+
+        write("t.hgr", TWO_TRIANGLES)
+        for parts, message in (("0\n1\n", "parts:3:1: the text ends after the parts of 2 of 6 cells"),
+                               ("0\n" * 7, "parts:7:1: '0' is left over"),
+                               ("0\n" * 5 + "-1\n", "parts:6:1: part: '-1' is negative"),
+                               ("0\n 1.5\n" + "0\n" * 4, "parts:2:2: part: '1.5' is not a whole number"),
+                               ("0\n0 1\n" + "0\n" * 4, "parts:2:3: '1' is left over"),
+                               ("0\n\n" + "0\n" * 5, "parts:2:1: the part of cell 2 is missing"),
+                               ("0\n2\n" + "0\n" * 4, "parts:2:1: part 2, but parts are numbered from 0 to 1")):
+            write("parts", parts)
+            self.fails(3, message, "eval", "t.hgr", "parts", "-k", "2")
+
+    def test_status_4_for_a_part_over_its_limit_with_the_parts_written(self):
+        write("h.hgr", "1 3 10\n1 2 3\n10\n1\n1\n")
+        done = self.run_kapris("partition", "h.hgr", "-k", "2", status=4)
+        self.assertEqual(len(read("h.hgr.part.2").splitlines()), 3)
+        self.assertEqual(fields(done.stdout)["parts over"], "1")
+        self.assertEqual(sum(line.endswith(" of at most 7, over") for line in done.stdout.splitlines()), 1)
+        done = self.run_kapris("partition", "h.hgr", "-k", "20", status=4)
+        self.assertIn("parts over", fields(done.stdout))
+
+    def test_fixed_cells_go_where_they_must_whatever_it_costs(self):
+        write("t.hgr", TWO_TRIANGLES)
+        write("fixed", "1\n-1\n-1\n-1\n-1\n0\n")
+        self.run_kapris("partition", "t.hgr", "-k", "2", "--fixed", "fixed", "--seed", "1", "-o", "parts")
+        self.assertEqual(read("parts").split(), ["1", "1", "1", "0", "0", "0"])
+        write("fixed", "0\n0\n0\n0\n0\n-1\n")
+        done = self.run_kapris("partition", "t.hgr", "-k", "2", "--fixed", "fixed", "-o", "parts", status=4)
+        self.assertEqual(read("parts").split()[:5], ["0"] * 5)
+        self.assertEqual(fields(done.stdout)["parts over"], "1")
+        write("fixed", "0\n-1\n-2\n-1\n-1\n-1\n")
+        self.fails(3, "fixed:3:1: part: '-2' is negative", "partition", "t.hgr", "-k", "2", "--fixed", "fixed")
+
+    def test_what_the_library_says_does_not_mix_with_parts_on_standard_output(self):
+        # Nets of one pin and cells that a net names twice make the library miscount the cut here, and say so.
+        nets = ("27/17 19 17 15/27 1 9 4/13 12 13 25/26 23 25 7/14 15 27/20 21 5 21 6/7 25/9/13 24 8 26/4/20 18 21 19/"
+                "23/16 4 28 5 27/23 1 13/21/28 22 3 17 23/28/15 2 13 16/20 6 14 12 4/4 15 23 12/4 17 28/7 8/14/"
+                "21 21 10/22 9 12/25 3 24").split("/")
+        write("r.hgr", "27 28\n" + "\n".join(nets))
+        done = self.run_kapris("partition", "r.hgr", "-k", "2", "--runs", "1", "--seed", "1", "-o", "-")
+        self.assertIn("Wrong cut!", done.stderr)
+        self.assertTrue(all(line in ("0", "1") for line in done.stdout.splitlines()), done.stdout)
+
+    @unittest.skipIf("KAPRIS_TEST_NO_MEMORY_LIMIT" in os.environ, "built with sanitizers")
+    def test_status_5_when_memory_is_short_in_the_tool_or_in_the_library(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_AS, (400 << 20, 400 << 20))
+        # The part vector alone takes 2000 or 200 of the 400 MiB.
+        for ncells in (524288000, 52428800):
+            write("big.hgr", f"0 {ncells}\n")
+            self.fails(5, "out of memory", "partition", "big.hgr", "-k", "2", preexec_fn=limit)
+
+    def test_status_6_for_files_that_cannot_be_read_or_written(self):
+        write("t.hgr", TWO_TRIANGLES)
+        os.mkdir("directory")
+        partition = ("partition", "t.hgr", "-k", "2", "-o")
+        self.fails(6, "cannot open none.hgr: No such file", "partition", "none.hgr", "-k", "2")
+        self.fails(6, "cannot read directory: Is a directory", "partition", "directory", "-k", "2")
+        self.fails(6, "cannot open none: No such file", "eval", "t.hgr", "none")
+        self.fails(6, "cannot write none/out: No such file", *partition, "none/out")
+        self.fails(6, "cannot write t.hgr/out: Not a directory", *partition, "t.hgr/out")
+        self.fails(6, "cannot write directory: Is a directory", *partition, "directory")
+        if os.path.exists("/dev/full"):
+            self.fails(6, "cannot write /dev/full: No space left", *partition, "/dev/full")
+            with open("/dev/full", "w", encoding="ascii") as full:
+                self.fails(6, "cannot write standard output", *partition, "-", stdout=full)
+                self.fails(6, "cannot write standard output", "--help", stdout=full)
+        if os.geteuid() != 0:
+            write("protected", "kept\n")
+            os.chmod("protected", 0o444)
+            self.fails(6, "cannot write protected: Permission denied", *partition, "protected")
+
+    def test_a_full_disk_leaves_the_older_file_and_no_other(self):
+        write("t.hgr", TWO_TRIANGLES)
+        write("old", "kept\n")
+
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (8, 8))
+        # Python ignores SIGXFSZ, and so do its children: the write itself fails, after 8 of 12 bytes.
+        self.fails(6, "cannot write old: File too large", "partition", "t.hgr", "-k", "2", "-o", "old",
+                   preexec_fn=limit, restore_signals=False)
+
+
+if __name__ == "__main__":
+    unittest.main()
