@@ -20,6 +20,7 @@ extern "C" std::time_t time(std::time_t *where)
 
 Result RunCall(const Call &call)
 {
+
   const Instance &instance = call.instance;
   const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
   const int n = instance.ncells, nnets = static_cast<int>(instance.nets.size());

@@ -1,0 +1,231 @@
+// tests/bisect/fm_test.cpp - the move update, the bounds, and the decisions of every kind of pass.
+// SPDX-License-Identifier: MIT
+
+#include "bisect/fm.h"
+#include "control/ctrl.h"
+#include "support/build.h"
+
+#include <sstream>
+
+namespace
+{
+
+typedef std::vector<int> Ints;
+typedef void (*Refiner)(Control *ctrl, HGraph *graph, int npasses);
+
+// A level with a bisection, one digit per cell, and its gains.
+struct Level {
+  HGraph *graph;
+  Control ctrl = {};
+
+  Level(const Instance &instance, const std::string &sides, float ubfactor = 0.25f)
+      : graph(HGraphOf(instance))
+  {
+    ctrl.part0frac = 0.5f;
+    ctrl.ubfactor = ubfactor;
+    AllocateRefinementMemory__(graph);
+    for (std::size_t i = 0; i < sides.size(); i++)
+      graph->where[i] = sides[i] - '0';
+    ComputeInitGains__(graph);
+  }
+  Level(const Level &) = delete;
+  ~Level()
+  {
+    FreeHGraph__(graph);
+  }
+
+  std::string Sides() const
+  {
+    std::string sides;
+    for (int side : Where(graph))
+      sides += static_cast<char>('0' + side);
+    return sides;
+  }
+
+  // The cells in the order of their moves, undone or not; a bar ends a pass; B is a balancing.
+  std::string Moves(Refiner refine, int npasses)
+  {
+    std::string moves;
+    ctrl.dbglvl = DBG_PASSES | DBG_MOVES;
+    testing::internal::CaptureStdout();
+    refine(&ctrl, graph, npasses);
+    std::istringstream lines(testing::internal::GetCapturedStdout());
+    for (std::string line; std::getline(lines, line);)
+      moves += line[0] == 'G' ? line.substr(25, 1) : line[0] == '\t' ? "|" : line[10] == '[' ? "B" : "";
+    return moves;
+  }
+};
+
+} // namespace
+
+TEST(fm, a_move_changes_the_gains_of_its_net_by_the_pins_left_and_arrived)
+{
+  // One net of weight 3 over all cells; cell 0 moves from side 0 to side 1.
+  const struct {
+    std::string sides;
+    Ints changes;                       // of the gains of cells 1, 2, ...
+  } rows[] = {{"011", {-3, -3}},        // 0 left
+              {"0011", {3, 0, 0}},      // 1 left
+              {"000", {3, 3}},          // 1 arrived
+              {"0001", {0, 0, -3}},     // 2 arrived
+              {"00", {6}},              // 1 left, 1 arrived
+              {"001", {3, -3}},         // 1 left, 2 arrived
+              {"01", {-6}},             // 0 left, 2 arrived
+              {"00011", {0, 0, 0, 0}}}; // 2 left, 3 arrived
+
+  for (const auto &row : rows) {
+    Instance instance = {static_cast<int>(row.sides.size()), {{}}, {}, {3}};
+    for (int i = 0; i < instance.ncells; i++)
+      instance.nets[0].push_back(i);
+    Level level(instance, row.sides);
+    const Ints before(level.graph->gain, level.graph->gain + instance.ncells);
+    FM_Undo__(level.graph, nullptr, 0); // a move like any other
+    for (std::size_t i = 1; i < before.size(); i++)
+      EXPECT_EQ(level.graph->gain[i] - before[i], row.changes[i - 1]) << row.sides << i;
+  }
+}
+
+TEST(fm, random_moves_and_their_undoing_keep_cut_and_gains_exact)
+{
+  TestRandom random = {3};
+
+  for (int round = 0; round < 150; round++) {
+    const Instance instance = RandomInstance(&random, 10 + random.Below(60), random.Below(90),
+                                             ODD_WEIGHTS | ODD_ISLANDS | ODD_DUPLICATES | ODD_LARGE);
+    SCOPED_TRACE(instance.Literal());
+    std::string sides;
+    for (int i = 0; i < instance.ncells; i++)
+      sides += static_cast<char>('0' + random.Below(2));
+    Level level(instance, sides);
+    int cut = level.graph->mincut;
+    Ints moves;
+    for (int n = 0; n < 20; n++) {
+      moves.push_back(random.Below(instance.ncells));
+      cut -= level.graph->gain[moves.back()];
+      FM_Undo__(level.graph, nullptr, moves.back());
+      ASSERT_EQ(cut, CutOf(instance, Where(level.graph)));
+      ASSERT_STREQ(CheckGains__(level.graph), nullptr);
+    }
+    for (; !moves.empty(); moves.pop_back())
+      FM_Undo__(level.graph, nullptr, moves.back());
+    EXPECT_EQ(level.Sides(), sides);
+    EXPECT_VALID(CheckBisection__(level.graph));
+    EXPECT_VALID(CheckGains__(level.graph));
+  }
+}
+
+TEST(fm, the_bounds_are_single_precision_on_side_0_and_double_on_side_1)
+{
+  for (int total : {1000, 100}) {
+    Level level({2, {}, {total, 0}, {}}, "01", 0.05f);
+    FMState state;
+    FM_SetBounds__(&level.ctrl, level.graph, &state);
+    EXPECT_EQ(state.minpwgt[0], total == 1000 ? 450 : 45);
+    EXPECT_EQ(state.minpwgt[1], total == 1000 ? 449 : 44);
+  }
+}
+
+template <int percent>
+static void EarlyExit(Control *ctrl, HGraph *graph, int npasses)
+{
+  Refine_EEFM__(ctrl, graph, npasses, percent / 100.0f);
+}
+
+static void EarlyExit2(Control *ctrl, HGraph *graph, int npasses)
+{
+  Refine_EEFM2__(ctrl, graph, npasses, 1.0f);
+}
+
+static void Balance(Control *ctrl, HGraph *graph, int)
+{
+  Balance__(ctrl, graph);
+}
+
+TEST(fm, passes_decide_by_gain_room_and_balance)
+{
+  const Instance none4 = {4, {}, {}, {}}, none6 = {6, {}, {}, {}}, pairs = {4, {{0, 1}, {2, 3}}, {}, {}};
+  const Instance gain0 = {4, {{0, 2, 3}}, {}, {}}, gain2 = {4, {{2, 0, 1}}, {}, {}}; // of cell 0, of cell 2
+  const Instance gain3 = {6, {{3, 0, 1}}, {}, {}}, gain7 = {8, {{0, 7}}, {}, {}};
+  const Instance heavy = {4, {{0, 2}, {1, 2}}, {5000, 600, 5000, 600}, {5, 2}};
+  const struct {
+    Refiner refine;
+    Instance instance;
+    std::string sides;
+    float ubfactor;
+    int npasses;
+    std::string moves, after;
+  } rows[] = {
+      // Queues are filled in cell order, so of equal gains the last cell comes first.
+      // Of equal cuts the smaller difference, of equal differences the earlier; no pass after it.
+      {Refine_FM__, none4, "0001", 0.25f, 10, "2130|", "0011"},
+      // Equal gains: out of the side with more room, else out of side 0.
+      {Refine_FM__, none6, "011111", 0.25f, 10, "540321|", "011100"},
+      // No better prefix: everything is undone.
+      {Refine_FM__, pairs, "0011", 0.25f, 10, "1302|", "0011"},
+      // The higher gain is on side 0, which can or cannot spare the cell; then on side 1.
+      {Refine_FM__, gain0, "0011", 0.25f, 10, "0312|3120|", "1011"},
+      {Refine_FM__, gain0, "0011", 0.0f, 10, "3012|", "0011"},
+      {Refine_FM__, gain2, "0011", 0.25f, 10, "2103|2130|", "0001"},
+      {Refine_FM__, gain0, "0011", 0.25f, 0, "", "0011"},
+      // Cell 0 has the highest gain of side 0 but does not fit into its room; cell 1 does.
+      {Refine_FM2__, heavy, "0011", 0.2f, 1, "1203|", "0111"},
+      {EarlyExit2, heavy, "0011", 0.2f, 1, "1203|", "0111"},
+
+      // A worse move ends the pass at once; or if it comes more than one move after the best point.
+      {EarlyExit<10>, pairs, "0011", 0.25f, 10, "|", "0011"},
+      {EarlyExit<25>, pairs, "0011", 0.25f, 10, "10|", "0011"},
+      // An equal cut is no better point, whatever the balance. Equal gains go on with the last side ...
+      {EarlyExit<10>, none4, "0001", 0.25f, 10, "2103|", "0001"},
+      {EarlyExit<10>, gain3, "000111", 0.25f, 1, "3542|", "000011"},
+      // ... unless a side is low. It is the weight before the move that counts.
+      {EarlyExit<10>, none4, "0001", 0.0f, 10, "2130|", "0001"},
+      {EarlyExit<10>, none4, "0111", 0.0f, 10, "3201|", "0111"},
+      {EarlyExit<10>, gain0, "0011", 0.0f, 10, "0321|", "0011"},
+      {EarlyExit<10>, gain2, "0011", 0.0f, 10, "2103|", "0011"},
+      {EarlyExit2, gain0, "0011", 0.0f, 10, "3012|", "0011"},
+
+      // Out of side 0 first, or out of the heavier side; the second of a pair of passes may be the last.
+      {Refine_OneWayFM__, gain0, "0011", 0.25f, 1, "0|", "1011"},
+      {Refine_OneWayFM__, none4, "0111", 0.25f, 1, "32|", "0110"},
+      {Refine_OneWayFM__, gain2, "0011", 0.25f, 1, "1|", "0011"},
+      {Refine_OneWayFM__, gain2, "0011", 0.25f, 10, "1|2|21||", "0001"},
+      // After cell 3, cell 1 has a gain.
+      {Refine_OneWayFM__, {8, {{1, 3}, {0, 2}}, {}, {}}, "00001111", 0.25f, 1, "31|", "00001111"},
+      // Cell 0 cannot be spared: skipped for its gain. Cell 1 cannot either: without a gain, the end.
+      {Refine_OneWayFM__, {4, {{0, 2}, {1, 3}}, {5, 1, 3, 3}, {2, 1}}, "0011", 0.25f, 1, "1|", "0111"},
+      {Refine_OneWayFM__, {4, {}, {1, 5, 3, 3}, {}}, "0011", 0.25f, 1, "|", "0011"},
+
+      // The best gain of the other side; not a cell that would leave that side low itself, but one that
+      // leaves it at its bound; nothing to do.
+      {Balance, gain7, "00000001", 0.25f, 0, "B", "10000001"},
+      {Balance, {8, {{0, 7}}, {30, 1, 1, 1, 1, 1, 1, 1}, {}}, "00000001", 0.25f, 0, "B", "01111111"},
+      {Balance, {3, {}, {2, 5, 1}, {}}, "001", 0.25f, 0, "B", "011"},
+      {Balance, gain7, "11111100", 0.25f, 0, "", "11111100"},
+  };
+
+  for (const auto &row : rows) {
+    SCOPED_TRACE(&row - rows);
+    Level level(row.instance, row.sides, row.ubfactor);
+    EXPECT_EQ(level.Moves(row.refine, row.npasses), row.moves);
+    EXPECT_EQ(level.Sides(), row.after);
+    EXPECT_VALID(CheckBisection__(level.graph));
+    const bool stale = row.refine == Refine_FM__ || row.refine == Refine_FM2__;
+    EXPECT_VALID(stale ? nullptr : CheckGains__(level.graph));
+  }
+}
+
+TEST(fm, the_validators_name_what_is_broken)
+{
+  Level level({4, {{0, 1}, {2, 3}}, {}, {}}, "0011");
+
+  level.graph->gain[3]++;
+  EXPECT_STREQ(CheckGains__(level.graph), "gain: not the fall of the cut when the cell changes sides");
+  level.graph->ndeg[1][0]++;
+  EXPECT_STREQ(CheckGains__(level.graph), "ndeg: not the pins of the net on each side");
+  level.graph->mincut++;
+  EXPECT_STREQ(CheckBisection__(level.graph), "mincut: not the cut of where");
+  level.graph->pwgts[1]++;
+  EXPECT_STREQ(CheckBisection__(level.graph), "pwgts: not the sums of the sides");
+  level.graph->where[2] = 2;
+  EXPECT_STREQ(CheckBisection__(level.graph), "where: a cell is on no side");
+}

@@ -1,0 +1,134 @@
+// tests/bisect/pqueue_test.cpp - the gain queue: the order in which buckets and heap give their items.
+// SPDX-License-Identifier: MIT
+
+#include "bisect/pqueue.h"
+#include "support/build.h"
+
+#include <algorithm>
+
+namespace
+{
+
+typedef std::vector<int> Ints;
+
+const int HEAP = 200; // a bound on the gains that makes a heap of any queue below
+
+// Items 0, 1, 2, ... with these gains, inserted in this order.
+struct Queue : PQueue {
+
+  Queue(int maxgain, const Ints &gains)
+  {
+    PQueueInit__(this, static_cast<int>(gains.size()), maxgain);
+    for (int item = 0; item < maxnodes; item++)
+      PQueueInsert__(this, item, gains[static_cast<std::size_t>(item)]);
+  }
+  Queue(const Queue &) = delete;
+  ~Queue()
+  {
+    PQueueFree__(this);
+  }
+  Ints TakeAll()
+  {
+    Ints items;
+    for (int item = PQueueGetMax__(this); item != -1; item = PQueueGetMax__(this))
+      items.push_back(item);
+    return items;
+  }
+};
+
+} // namespace
+
+TEST(pqueue, is_a_heap_when_the_gains_outnumber_three_per_cell)
+{
+  for (int maxgain : {300, 301}) {
+    Queue queue(maxgain, Ints(100, -maxgain));
+    EXPECT_EQ(queue.type, maxgain == 300 ? PQ_BUCKETS : PQ_HEAP);
+    PQueueReset__(&queue);
+    EXPECT_EQ(PQueueSeeConstraintMax(&queue, 5000, nullptr), -1);
+    EXPECT_VALID(CheckQueue__(&queue));
+  }
+}
+
+TEST(pqueue, buckets_give_the_newest_of_equal_gains_and_the_heap_prefers_parent_and_left_child)
+{
+  Queue buckets(9, {5, 5, 5, 3, -1}), heap(HEAP, {9, 7, 8, 1});
+
+  PQueueUpdate__(&buckets, 0, 5, 5);  // leaves the order alone
+  PQueueUpdate__(&buckets, 3, 3, -1); // now the newest of its bucket
+  EXPECT_EQ(buckets.TakeAll(), Ints({2, 1, 0, 3, 4}));
+  EXPECT_EQ(buckets.topgain, -9);
+  EXPECT_EQ(Queue(2, {-7}).TakeAll(), Ints({0})); // the buckets grow
+  PQueueUpdate__(&heap, 3, 1, 9);                 // rises above 7, not above an equal parent
+  PQueueUpdate__(&heap, 2, 8, -8);                // has no children
+  EXPECT_EQ(heap.TakeAll(), Ints({0, 3, 1, 2}));
+  EXPECT_EQ(Queue(HEAP, {5, 5, 5}).TakeAll(), Ints({0, 2, 1})); // the last entry replaces the first
+  EXPECT_EQ(Queue(HEAP, {9, 7, 7, 1}).TakeAll(), Ints({0, 1, 2, 3}));
+}
+
+TEST(pqueue, a_weight_limit_above_1000_finds_a_fitting_item_of_positive_gain)
+{
+  const Ints wgts = {2000, 1002, 1500, 1001, 1, 1001};
+  const auto find = [&](int maxgain, const Ints &gains, int limit) {
+    Queue queue(maxgain, gains);
+    return PQueueSeeConstraintMax(&queue, limit, wgts.data());
+  };
+
+  for (auto [limit, item] : {KeyVal{1000, 0}, {1001, 3}, {1002, 1}, {1500, 2}})
+    EXPECT_EQ(find(5, {3, 2, 2, 1, 0}, limit), item) << limit;
+  EXPECT_EQ(find(5, {3, 2, 2, 0, 0}, 1001), 0); // a gain of 0 does not count
+  EXPECT_EQ(find(5, {3, 2, 2, 0, 1}, 1000), 0); // weights do not count yet
+  // The heap's array here has the items in their order. The walk goes by position ...
+  EXPECT_EQ(find(HEAP, {9, 2, 5}, 1500), 1);
+  EXPECT_EQ(find(HEAP, {9, -1, 5}, 1500), 2);            // past a gain that is not positive below one that is
+  EXPECT_EQ(find(HEAP, {9, -1, 5, -2, -3, 4}, 1001), 0); // ends at item 3, before item 5
+}
+
+TEST(pqueue, agrees_with_a_list_over_random_operations)
+{
+  for (int maxgain : {3, HEAP}) { // buckets that grow, heap
+    Queue queue(maxgain, Ints(30, 0));
+    std::vector<KeyVal> list; // the newest first
+    TestRandom random = {7};
+    PQueueReset__(&queue);
+    for (int step = 0; step < 4000; step++) {
+      const int gain = random.Below(31) - 15, choice = random.Below(4), seen = PQueueSeeMax__(&queue);
+      const int item = choice == 0 ? PQueueGetMax__(&queue) : random.Below(30);
+      const auto at = std::find_if(list.begin(), list.end(), [&](KeyVal entry) { return entry.val == item; });
+      const auto top =
+          std::max_element(list.begin(), list.end(), [](KeyVal a, KeyVal b) { return a.key < b.key; });
+      const bool known = at != list.end(), remove = choice < 2, same = known && !remove && at->key == gain;
+      if (choice == 0) // a heap may give any item of the highest gain
+        ASSERT_TRUE(item == seen && (maxgain == HEAP && known ? at->key == top->key : at == top)) << step;
+      else if (known && remove)
+        PQueueDelete(&queue, item, at->key);
+      else if (known)
+        PQueueUpdate__(&queue, item, at->key, gain);
+      else if (!remove)
+        PQueueInsert__(&queue, item, gain);
+      if (known && !same)
+        list.erase(at);
+      if (!remove && !same)
+        list.insert(list.begin(), {gain, item});
+      ASSERT_STREQ(CheckQueue__(&queue), nullptr) << step;
+      ASSERT_EQ(queue.nnodes, static_cast<int>(list.size())) << step;
+    }
+  }
+}
+
+TEST(pqueue, the_validator_names_what_is_broken)
+{
+  Queue buckets(5, {3, 2, 2}), heap(HEAP, {3, 2, 1});
+
+  buckets.topgain++;
+  EXPECT_STREQ(CheckQueue__(&buckets), "topgain: not the highest gain");
+  buckets.nnodes--;
+  EXPECT_STREQ(CheckQueue__(&buckets), "nnodes: not the number of queued items");
+  buckets.nodes[1].prev = NOT_QUEUED; // it lies behind item 2
+  EXPECT_STREQ(CheckQueue__(&buckets), "nodes: a bucket's list is not linked both ways");
+  heap.nnodes--;
+  EXPECT_STREQ(CheckQueue__(&heap), "nnodes: not the number of queued items");
+  heap.heap[1].key = 4;
+  EXPECT_STREQ(CheckQueue__(&heap), "heap: a child is above its parent");
+  heap.locator[0] = NOT_QUEUED;
+  EXPECT_STREQ(CheckQueue__(&heap), "locator: an item is not where it says");
+}

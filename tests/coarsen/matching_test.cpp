@@ -1,0 +1,172 @@
+// tests/coarsen/matching_test.cpp - partner searches and matching schemes.
+// SPDX-License-Identifier: MIT
+
+#include "coarsen/match.h"
+#include "control/ctrl.h"
+#include "support/build.h"
+
+#include <algorithm>
+#include <tuple>
+
+struct matching : testing::Test {
+  Control ctrl = {};
+  std::vector<int> htable = std::vector<int>(12001, -1), perm = htable, keys = perm, order = perm,
+                   cand = perm;
+  std::vector<float> cwgt = std::vector<float>(12001);
+  std::vector<KeyVal> vpairs = std::vector<KeyVal>(12001);
+  MatchWork work = {htable.data(), perm.data(), vpairs.data(), keys.data(),
+                    order.data(),  cand.data(), cwgt.data()};
+
+  matching()
+  {
+    ctrl.maxnetsize = 50;
+    ctrl.maxcellwgt = 5;
+  }
+
+  ~matching() override
+  {
+    EXPECT_EQ(htable, std::vector<int>(12001, -1)); // every search leaves it as it was
+  }
+
+  void Run(int scheme, HGraph *graph)
+  {
+    if (scheme < 2)
+      Match_EdgesStars__(&ctrl, graph, &work, scheme);
+    else
+      (scheme == 2   ? Match_Edges__
+       : scheme == 3 ? CMatch_Edges__
+       : scheme == 4 ? CMatch_EdgesStars__
+                     : Match_Hedges_PHedges_Edges__)(&ctrl, graph, &work);
+  }
+};
+
+static void FreeLevels(HGraph *graph)
+{
+  FreeHGraph__(graph->coarser);
+  FreeHGraph__(graph);
+}
+
+// Per cell the smallest member of its group.
+static std::vector<int> Groups(const HGraph *graph)
+{
+  std::vector<int> groups;
+  for (int i = 0; i < graph->ncells; i++)
+    groups.push_back(std::find(graph->cellmap, graph->cellmap + i, graph->cellmap[i]) - graph->cellmap);
+  return groups;
+}
+
+typedef std::vector<int> Ints;
+
+TEST_F(matching, searches_take_the_strongest_partner_and_break_ties_each_in_its_way)
+{
+  // Cell weights and matching, weights of the groups behind that of no group, net weights; then the partner
+  // of cell 0 as a pair and as a star.
+  const std::tuple<Ints, Ints, Ints, Ints, int, int> cases[] = {
+      {{2, 2, 2, 1, 1}, {-1, -1, -1, -1, -1}, {0}, {1, 1, 1, 1}, 4, 1}, // lightest, first found; first found
+      {{2, 2, 2, 1, 1}, {-1, -1, -1, -1, -1}, {0}, {1, 1, 1, 2}, 3, 3}, // strongest
+      {{2, 3, 1, 4, 1}, {-1, -1, -1, -1, -1}, {0}, {2, 1, 1, 9}, 1, 1}, // 2 + 3 is the cap, 2 + 4 above it
+      {{2, 4, 4, 4, 4}, {-1, -1, -1, -1, -1}, {0}, {1, 1, 1, 1}, -1, -1},
+      {{1, 1, 1, 1, 1}, {-1, 0, -1, 1, -1}, {0, 2, 2}, {1, 1, 1, 1}, 4, 4}, // the first unmatched
+      {{1, 1, 1, 1, 1}, {-1, 0, 0, 1, 1}, {0, 2, 2}, {1, 1, 1, 1}, -1, 3},  // the last matched
+      {{1, 1, 1, 1, 1}, {-1, 0, 0, 1, 1}, {0, 4, 5}, {1, 1, 1, 9}, -1, 2},  // 1 + 4 is the cap, group 1 full
+      {{1, 1, 1, 1, 1}, {-1, 0, 0, 0, 1}, {0, 5, 1}, {1, 1, 1, 1}, -1, 4},  // a group of one
+  };
+
+  for (const auto &[cellwgt, cellmap, wgts, netwgt, pair, star] : cases) {
+    HGraph *graph = HGraphOf(Instance{5, {{0, 1}, {4, 0}, {0, 2}, {3, 0}}, cellwgt, netwgt});
+    graph->cellmap = icopy__(5, cellmap.data(), imalloc__(5, "test: cellmap"));
+    EXPECT_EQ(FindCell__(&ctrl, graph, &work, 0), pair) << testing::PrintToString(cellmap);
+    EXPECT_EQ(FindCellStar__(&ctrl, graph, &work, wgts.data(), 0), star) << testing::PrintToString(cellmap);
+    FreeHGraph__(graph);
+  }
+}
+
+TEST_F(matching, no_candidate_is_dropped_among_many)
+{
+  Instance hub = {12001, {{12000, 0}}, {}, {}};
+  for (int i = 1; i <= 12000; i++)
+    hub.nets.push_back({0, i}); // the last one for the second time
+  std::rotate(hub.nets.begin(), hub.nets.begin() + 1, hub.nets.end());
+  HGraph *graph = HGraphOf(hub);
+
+  graph->cellmap = ismalloc__(12001, UNMATCHED, "test: cellmap");
+  EXPECT_EQ(FindCell__(&ctrl, graph, &work, 0), 12000);
+  FreeHGraph__(graph);
+}
+
+TEST_F(matching, nets_are_grouped_whole_then_by_their_unmatched_majority_and_then_pairs)
+{
+  const Nets nets = {{2, 3},       // heaviest: first
+                     {0, 1, 2},    // two of three left
+                     {2, 4},       // exactly half left
+                     {2, 3, 4, 6}, // the same; 4 and 6 make a pair
+                     {7, 8},       // 1 + 6, too heavy
+                     {3, 5, 8},    // the same with what is left
+                     {9, 10},      // 3 + 4, one above the cap
+                     {11, 12},     // after the heavier one below, half left
+                     {14, 12, 13}, {}};
+  const Ints cellwgt = {1, 1, 1, 1, 1, 1, 1, 1, 6, 3, 4, 1, 2, 2, 2};
+  HGraph *graph = HGraphOf(Instance{15, nets, cellwgt, {3, 1, 1, 1, 1, 1, 1, 1, 2, 1}});
+
+  ctrl.maxcellwgt = 6;
+  Match_Hedges_PHedges_Edges__(&ctrl, graph, &work);
+  EXPECT_EQ(Groups(graph), (Ints{0, 0, 2, 2, 4, 5, 4, 7, 8, 9, 10, 11, 12, 12, 12}));
+  // Groups in the order of the nets, members in the order of the pins.
+  EXPECT_EQ(Ints(graph->mind, graph->mind + 5), (Ints{2, 3, 14, 12, 13}));
+  FreeLevels(graph);
+}
+
+TEST_F(matching, every_scheme_leaves_anchors_alone_and_groups_what_it_may)
+{
+  for (int seed = 0; seed < 300; seed++) {
+    TestRandom random = {static_cast<std::uint64_t>(seed)};
+    const Instance instance = RandomInstance(&random, 5 + random.Below(90), 120, ODD_ALL);
+    SCOPED_TRACE(instance.Literal());
+    HGraph *graph = HGraphOf(instance);
+    Ints where(instance.ncells);
+    for (int &p : where)
+      p = random.Below(2);
+    SetWhere(graph, where);
+    graph->nfixed = random.Below(4);
+    ctrl.maxcellwgt = 2 + random.Below(12);
+    Run(seed % 6, graph);
+    EXPECT_VALID(CheckMatching__(&ctrl, graph, graph->coarser->ncells));
+    EXPECT_VALID(CheckContraction__(graph));
+    for (int i = 0; i < graph->ncells && (seed % 6 == 3 || seed % 6 == 4); i++)
+      EXPECT_EQ(where[i], where[Groups(graph)[i]]);
+    FreeLevels(graph);
+  }
+}
+
+TEST_F(matching, validators_name_the_damaged_field)
+{
+  // Anchor 0; groups 0, 2 1, 3 4, 5; coarse nets {0,1} of net 4 and {2,3} of nets 1 and 3.
+  HGraph *g = HGraphOf({{1, 2}, {4, 5}, {3, 4}, {3, 4, 5}, {0, 1}});
+  g->nfixed = 1;
+  Match_Edges__(&ctrl, g, &work);
+  const std::tuple<int *, int, const char *> damages[] = {
+      {&g->mptr[4], 5, "mptr: the groups do not hold every cell"},
+      {&g->mptr[2], 1, "mptr: a group is empty"},
+      {&g->mind[2], 2, "mind: an entry is no cell or listed twice"},
+      {&g->cellmap[5], 2, "cellmap: disagrees with the groups"},
+      {&g->cellwgt[4], 5, "groups: an anchor is not alone, or a group is too heavy"},
+      {&g->nfixed, 2, "groups: an anchor is not alone, or a group is too heavy"},
+      {&g->coarser->cellwgt[3], 2, "cellwgt: a coarse cell does not weigh what its members weigh"},
+      {&g->netmap[0], 0, "netmap: a net was dropped that spans two coarse cells, or kept within one"},
+      {&g->netmap[1], -1, "netmap: a net was dropped that spans two coarse cells, or kept within one"},
+      {&g->netmap[1], 0, "netmap: a coarse net has other pins than its fine net"},
+      {&g->dropwgt, 1, "dropwgt: not the weight of the dropped nets"},
+      {&g->coarser->netwgt[1], 1, "netwgt: a coarse net does not weigh what its fine nets weigh"},
+      {&g->coarser->incind[0], 1, "incind: a coarse cell's nets are not those that name it"},
+  };
+
+  for (auto [field, value, message] : damages) {
+    std::swap(*field, value);
+    const char *broken = CheckMatching__(&ctrl, g, 4);
+    EXPECT_STREQ(broken != nullptr ? broken : CheckContraction__(g), message);
+    std::swap(*field, value);
+    EXPECT_VALID(CheckMatching__(&ctrl, g, 4));
+    EXPECT_VALID(CheckContraction__(g));
+  }
+  FreeLevels(g);
+}

@@ -1,0 +1,123 @@
+// tests/kway/krefine_test.cpp - k-way refinement passes.
+// SPDX-License-Identifier: MIT
+
+#include "control/ctrl.h"
+#include "kway/kway.h"
+#include "support/build.h"
+
+#include <algorithm>
+#include <numeric>
+#include <tuple>
+
+typedef std::vector<int> Ints;
+
+struct krefine : testing::Test {
+  Control ctrl = {};
+
+  krefine()
+  {
+    ctrl.maxnetsize = 50;
+    ctrl.nparts = 4;
+    ctrl.rtype = 1;
+    ctrl.ubfactor = 9;
+  }
+
+  // The part of the last cell after passes in which only it may move.
+  int Refined(const Instance &instance, const Ints &part, int rtype, int npasses)
+  {
+    HGraph *graph = HGraphOf(instance);
+
+    AllocateKwayRefinementMemory__(&ctrl, graph);
+    SetWhere(graph, part);
+    graph->nfixed = instance.ncells - 1;
+    ctrl.rtype = rtype;
+    RefineObjectiveKway__(&ctrl, graph, npasses);
+    const Ints where = Where(graph);
+    EXPECT_TRUE(std::equal(part.begin(), part.end() - 1, where.begin()));
+    FreeHGraph__(graph);
+    return where.back();
+  }
+};
+
+TEST_F(krefine, passes_move_a_cell_to_the_best_part)
+{
+  // Nets, weights of cells and nets, parts, tolerance; where the last cell ends in cut and in SOED passes.
+  const std::tuple<const char *, Nets, Ints, Ints, Ints, float, int, int> choices[] = {
+      {"equal: the part listed later", {{2, 0}, {2, 1}}, {}, {}, {2, 1, 0}, 9, 1, 1},
+      {"equal: the lighter part", {{2, 0}, {2, 1}}, {1, 2, 1}, {}, {2, 1, 0}, 9, 2, 2},
+      {"preference before weight", {{3, 0, 1}, {3, 2}}, {2, 2, 2, 1}, {}, {2, 2, 1, 0}, 9, 2, 2},
+      {"ed 2, 0, 0 and kgain 2, 3, 3", {{3, 0}, {3, 1, 2}}, {}, {2, 3}, {1, 2, 3, 0}, 9, 1, 3},
+      {"equal kgain and ed 0, 0, 1", {{3, 0, 1}, {3, 2}}, {1, 1, 9, 1}, {}, {1, 2, 3, 0}, 9, 3, 3},
+      {"a gain although the cut rises", {{3, 0}, {3, 1, 2}}, {}, {1, 2}, {0, 1, 2, 0}, 9, 0, 2},
+      {"no gain, equal weights to be", {{2, 0}, {2, 1}}, {1, 1, 1}, {}, {0, 1, 0}, 9, 0, 0},
+      {"no gain, more even weights", {{2, 0}, {2, 1}}, {2, 1, 1}, {}, {0, 1, 0}, 9, 1, 1},
+      {"no gain, preference 1", {{3, 0}, {3, 1, 2}}, {}, {}, {0, 1, 1, 0}, 9, 1, 1},
+      {"no gain, preference -1", {{3, 0, 1, 2}}, {9, 9, 1, 1}, {}, {0, 0, 1, 0}, 9, 0, 0},
+      {"internal weight above ed", {{2, 0}, {2, 1}}, {9, 1, 1}, {2, 1}, {0, 1, 0}, 9, 0, 0},
+      {"kgain 0, ed below id", {{3, 0}, {3, 1, 2}}, {9, 1, 1, 1}, {}, {0, 1, 2, 0}, 9, 0, 0},
+      {"kgain 0, ed above id", {{3, 2}, {3, 0, 1}}, {1, 1, 9, 1}, {}, {0, 2, 1, 0}, 9, 1, 1},
+      {"kgain -1, ed as id", {{3, 0}, {3, 1}, {3, 0, 2}}, {9, 1, 1, 1}, {}, {0, 1, 2, 0}, 9, 0, 0},
+      {"a net of one pin is no loss", {{1, 0}, {1}}, {}, {1, 5}, {1, 0}, 9, 1, 1},
+      // Of 12 in three parts, 3.2 and 5 are the limits.
+      {"as much as the limits allow", {{3, 1}}, {3, 4, 4, 1}, {}, {0, 1, 2, 0}, 1.25, 1, 1},
+      {"one too many in the target", {{3, 1}}, {3, 5, 3, 1}, {}, {0, 1, 2, 0}, 1.25, 0, 0},
+      {"one too few left", {{3, 1}}, {2, 4, 5, 1}, {}, {0, 1, 2, 0}, 1.25, 0, 0},
+      {"leaving a part above the limit", {{3, 1}}, {6, 2, 3, 1}, {}, {0, 1, 2, 0}, 1.25, 1, 1},
+      {"next best where there is room", {{3, 0}, {3, 1}}, {5, 2, 3, 2}, {2, 1}, {1, 2, 0, 0}, 1.25, 2, 2},
+  };
+
+  for (const auto &[why, nets, cellwgt, netwgt, part, ubfactor, cut, soed] : choices) {
+    ctrl.nparts = ubfactor < 9 ? 3 : 4;
+    ctrl.ubfactor = ubfactor;
+    const Instance instance = {static_cast<int>(part.size()), nets, cellwgt, netwgt};
+    EXPECT_EQ(Refined(instance, part, 1, 1), cut) << why;
+    EXPECT_EQ(Refined(instance, part, 2, 1), soed) << why;
+  }
+}
+
+TEST_F(krefine, passes_never_worsen_the_objective_or_break_a_limit)
+{
+  long before = 0, after = 0;
+
+  for (int seed = 0; seed < 300; seed++) {
+    TestRandom random = {static_cast<std::uint64_t>(seed)};
+    const Instance instance =
+        RandomInstance(&random, 4 + random.Below(80), 20 + random.Below(100), ODD_ALL - ODD_REPEATED);
+    SCOPED_TRACE(instance.Literal());
+    Ints part(instance.ncells);
+    ctrl.nparts = 2 + random.Below(6);
+    ctrl.ubfactor = 1.05f + 0.1f * random.Below(5);
+    ctrl.rtype = 1 + seed % 2;
+    for (int &p : part)
+      p = random.Below(ctrl.nparts);
+    HGraph *graph = HGraphOf(instance);
+    graph->nfixed = random.Below(4);
+    AllocateKwayRefinementMemory__(&ctrl, graph);
+    SetWhere(graph, part);
+    RefineObjectiveKway__(&ctrl, graph, 0);
+    EXPECT_EQ(Where(graph), part);
+    EXPECT_EQ(graph->objval, ctrl.rtype == 1 ? CutOf(instance, part) : SoedOf(instance, part));
+    const Ints pwgts(graph->kpwgts, graph->kpwgts + ctrl.nparts);
+    const float total = std::accumulate(pwgts.begin(), pwgts.end(), 0);
+
+    RefineObjectiveKway__(&ctrl, graph, 10);
+    EXPECT_VALID(CheckKway__(&ctrl, graph));
+    const long cut = CutOf(instance, Where(graph)), soed = SoedOf(instance, Where(graph));
+    EXPECT_EQ(graph->mincut, cut);
+    EXPECT_EQ(graph->soed, soed);
+    EXPECT_EQ(graph->objval, ctrl.rtype == 1 ? cut : soed);
+    // The one for the SOED lowers the sum over nets of parts touched - 1.
+    const long oldcut = CutOf(instance, part), oldsoed = SoedOf(instance, part);
+    EXPECT_LE(ctrl.rtype == 1 ? cut : soed - cut, ctrl.rtype == 1 ? oldcut : oldsoed - oldcut);
+    before += ctrl.rtype == 1 ? 0 : oldsoed;
+    after += ctrl.rtype == 1 ? 0 : soed;
+    for (int p = 0; p < ctrl.nparts; p++) {
+      const int wgt = graph->kpwgts[p];
+      EXPECT_TRUE(wgt <= pwgts[p] || wgt <= ctrl.ubfactor * total / ctrl.nparts);
+      EXPECT_TRUE(wgt >= pwgts[p] || wgt >= static_cast<int>(total / (ctrl.nparts * ctrl.ubfactor)));
+    }
+    EXPECT_TRUE(std::equal(graph->where, graph->where + graph->nfixed, part.begin()));
+    FreeHGraph__(graph);
+  }
+  EXPECT_LT(after, before * 3 / 4);
+}
