@@ -171,7 +171,7 @@ struct KeyVal {
   int val;
 };
 
-// Stable sort of the item numbers order[0..n-1] by keys[item], keys in 0..maxkey, into out.
+// Stable sort of the permutation order[0..n-1] by keys[item], keys in 0..maxkey, into out.
 void BucketSortKeysInc(int n, int maxkey, const int *keys, const int *order, int *out);
 void iintsort__(int n, int *a);
 // Increasing and decreasing key, signed. The order of equal keys is defined by the procedure, see there.

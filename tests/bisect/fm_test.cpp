@@ -85,35 +85,6 @@ TEST(fm, a_move_changes_the_gains_of_its_net_by_the_pins_left_and_arrived)
   }
 }
 
-TEST(fm, random_moves_and_their_undoing_keep_cut_and_gains_exact)
-{
-  TestRandom random = {3};
-
-  for (int round = 0; round < 150; round++) {
-    const Instance instance = RandomInstance(&random, 10 + random.Below(60), random.Below(90),
-                                             ODD_WEIGHTS | ODD_ISLANDS | ODD_DUPLICATES | ODD_LARGE);
-    SCOPED_TRACE(instance.Literal());
-    std::string sides;
-    for (int i = 0; i < instance.ncells; i++)
-      sides += static_cast<char>('0' + random.Below(2));
-    Level level(instance, sides);
-    int cut = level.graph->mincut;
-    Ints moves;
-    for (int n = 0; n < 20; n++) {
-      moves.push_back(random.Below(instance.ncells));
-      cut -= level.graph->gain[moves.back()];
-      FM_Undo__(level.graph, nullptr, moves.back());
-      ASSERT_EQ(cut, CutOf(instance, Where(level.graph)));
-      ASSERT_STREQ(CheckGains__(level.graph), nullptr);
-    }
-    for (; !moves.empty(); moves.pop_back())
-      FM_Undo__(level.graph, nullptr, moves.back());
-    EXPECT_EQ(level.Sides(), sides);
-    EXPECT_VALID(CheckBisection__(level.graph));
-    EXPECT_VALID(CheckGains__(level.graph));
-  }
-}
-
 TEST(fm, the_bounds_are_single_precision_on_side_0_and_double_on_side_1)
 {
   for (int total : {1000, 100}) {

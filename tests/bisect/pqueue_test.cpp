@@ -38,17 +38,6 @@ struct Queue : PQueue {
 
 } // namespace
 
-TEST(pqueue, is_a_heap_when_the_gains_outnumber_three_per_cell)
-{
-  for (int maxgain : {300, 301}) {
-    Queue queue(maxgain, Ints(100, -maxgain));
-    EXPECT_EQ(queue.type, maxgain == 300 ? PQ_BUCKETS : PQ_HEAP);
-    PQueueReset__(&queue);
-    EXPECT_EQ(PQueueSeeConstraintMax(&queue, 5000, nullptr), -1);
-    EXPECT_VALID(CheckQueue__(&queue));
-  }
-}
-
 TEST(pqueue, buckets_give_the_newest_of_equal_gains_and_the_heap_prefers_parent_and_left_child)
 {
   Queue buckets(9, {5, 5, 5, 3, -1}), heap(HEAP, {9, 7, 8, 1});

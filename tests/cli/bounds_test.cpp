@@ -10,31 +10,6 @@
 
 using namespace kapris_cli;
 
-TEST(bounds, leaves_a_side_what_the_lower_bound_of_the_other_does_not_claim)
-{
-  // Each value is the weight less the bound of the other side, as in 153 - trunc(0.3 * 153).
-  EXPECT_EQ(PartLimit(153, 2, 20, 0), 108);
-  EXPECT_EQ(PartLimit(153, 2, 20, 1), 108);
-  EXPECT_EQ(PartLimit(3, 2, 5, 0), 2);
-  EXPECT_EQ(PartLimit(10007, 4, 5, 3), 3028); // 10007 - 4503 = 5504, 5504 - 2476
-  EXPECT_EQ(PartLimit(0, 2, 5, 1), 0);
-  // 0.45 * 100 is 45 in single precision and just below it in double: the sides differ.
-  EXPECT_EQ(PartLimit(100, 2, 5, 0), 56);
-  EXPECT_EQ(PartLimit(100, 2, 5, 1), 55);
-}
-
-TEST(bounds, has_one_limit_for_all_parts_where_they_are_polished)
-{
-  // One of three: 3001 - 1700 = 1301. The others: 3001 - 700 = 2301, 2301 - 920 = 1381.
-  for (int part = 0; part < 3; part++)
-    EXPECT_EQ(PartLimit(3001, 3, 10, part), 1381);
-  // 1/3 - 0.49 claims nothing for the first part: 301 - trunc(0.01 * 301).
-  EXPECT_EQ(PartLimit(301, 3, 49, 0), 298);
-  // 65 = 32 + 33, and the last of 33 = 16 + 17 is one bisection deeper than the first.
-  EXPECT_EQ(PartLimit(1000003, 65, 5, 0), 27295);
-  EXPECT_EQ(PartLimit(1000003, 65, 5, 64), 28335);
-}
-
 struct SumCase {
   const char *what; // part of the message, empty if the sums fit
   int nparts;

@@ -81,24 +81,3 @@ TEST(contract, collapse_compares_neighbours_of_equal_key_until_one_has_another_s
   EXPECT_EQ(Collapsed({small, large, small}, {1, 2, 4}), (std::vector<int>{1, 2, 4}));
   EXPECT_EQ(Collapsed({large, small, small}, {1, 2, 4}), (std::vector<int>{1, 6}));
 }
-
-TEST(contract, anchors_gather_the_cells_of_their_part_and_carry_the_partition_back)
-{
-  const int fixed[] = {-1, 0, -1, 0, 2}, cpart[] = {2, 0, 1, 0, 1};
-  HGraph *graph = HGraphOf(Instance{5, {{1, 3}, {0, 2}, {4, 1}}, {1, 2, 3, 4, 5}, {5, 6, 7}});
-  std::vector<int> part(5);
-  Control ctrl = {};
-
-  ctrl.nparts = 3;
-  QVfree__(&graph->incptr, &graph->incind, &graph->adjwgt, &graph->edgewgt); // built by the compression
-  CompressFixedCells__(&ctrl, graph, fixed);
-  const HGraph *coarser = graph->coarser;
-  EXPECT_EQ(List(graph->cellmap, 5), (std::vector<int>{3, 0, 4, 0, 2}));
-  EXPECT_EQ(List(coarser->cellwgt, coarser->ncells),
-            (std::vector<int>{6, 0, 5, 1, 3})); // no cell in anchor 1
-  EXPECT_EQ(List(coarser->netind, 4), (std::vector<int>{0, 2, 3, 4}));
-  EXPECT_EQ(coarser->dropwgt, 5);
-  ProjectFixedCells__(&ctrl, graph, part.data(), cpart); // anchors 0, 1, 2 lie in parts 2, 0, 1
-  EXPECT_EQ(part, (std::vector<int>{1, 0, 2, 0, 2}));
-  FreeLevels(graph);
-}

@@ -81,19 +81,6 @@ TEST_F(matching, searches_take_the_strongest_partner_and_break_ties_each_in_its_
   }
 }
 
-TEST_F(matching, no_candidate_is_dropped_among_many)
-{
-  Instance hub = {12001, {{12000, 0}}, {}, {}};
-  for (int i = 1; i <= 12000; i++)
-    hub.nets.push_back({0, i}); // the last one for the second time
-  std::rotate(hub.nets.begin(), hub.nets.begin() + 1, hub.nets.end());
-  HGraph *graph = HGraphOf(hub);
-
-  graph->cellmap = ismalloc__(12001, UNMATCHED, "test: cellmap");
-  EXPECT_EQ(FindCell__(&ctrl, graph, &work, 0), 12000);
-  FreeHGraph__(graph);
-}
-
 TEST_F(matching, nets_are_grouped_whole_then_by_their_unmatched_majority_and_then_pairs)
 {
   const Nets nets = {{2, 3},       // heaviest: first
@@ -114,28 +101,6 @@ TEST_F(matching, nets_are_grouped_whole_then_by_their_unmatched_majority_and_the
   // Groups in the order of the nets, members in the order of the pins.
   EXPECT_EQ(Ints(graph->mind, graph->mind + 5), (Ints{2, 3, 14, 12, 13}));
   FreeLevels(graph);
-}
-
-TEST_F(matching, every_scheme_leaves_anchors_alone_and_groups_what_it_may)
-{
-  for (int seed = 0; seed < 300; seed++) {
-    TestRandom random = {static_cast<std::uint64_t>(seed)};
-    const Instance instance = RandomInstance(&random, 5 + random.Below(90), 120, ODD_ALL);
-    SCOPED_TRACE(instance.Literal());
-    HGraph *graph = HGraphOf(instance);
-    Ints where(instance.ncells);
-    for (int &p : where)
-      p = random.Below(2);
-    SetWhere(graph, where);
-    graph->nfixed = random.Below(4);
-    ctrl.maxcellwgt = 2 + random.Below(12);
-    Run(seed % 6, graph);
-    EXPECT_VALID(CheckMatching__(&ctrl, graph, graph->coarser->ncells));
-    EXPECT_VALID(CheckContraction__(graph));
-    for (int i = 0; i < graph->ncells && (seed % 6 == 3 || seed % 6 == 4); i++)
-      EXPECT_EQ(where[i], where[Groups(graph)[i]]);
-    FreeLevels(graph);
-  }
 }
 
 TEST_F(matching, validators_name_the_damaged_field)

@@ -1,8 +1,7 @@
 // tests/control/errors_test.cpp - what the entry points refuse, and what an error leaves behind.
 // SPDX-License-Identifier: MIT
 
-#include "control/kapris.h"
-#include "support/build.h"
+#include "entry.h"
 
 #include <cctype>
 #include <map>
@@ -12,17 +11,6 @@ namespace
 {
 
 typedef std::vector<int> Ints;
-typedef decltype(&KAPRIS_PartRecursive) Entry;
-
-void TwoWayRefine(int ncells, int nnets, const int *cellwgts, const int *netptr, const int *netind,
-                  const int *netwgts, int, int UBfactor, const int *options, int *part, int *cut)
-{
-  KAPRIS_2WayRefine(ncells, nnets, cellwgts, netptr, netind, netwgts, UBfactor, options, part, cut);
-}
-
-const Entry RECURSIVE = KAPRIS_PartRecursive, INTERNAL = KAPRIS_PartRecursiveInternal, KWAY = KAPRIS_PartKway,
-            REFINE2 = TwoWayRefine, REFINEK = KAPRIS_KWayRefine;
-
 // The arguments of a valid call of any entry, by name: a path of three cells. Without a value, NULL is passed.
 struct Call : std::map<std::string, Ints> {
   // changes = names, each with its new values

@@ -1,9 +1,9 @@
 // tests/control/traces_test.cpp - the lines that each trace bit prints.
 // SPDX-License-Identifier: MIT
 
+#include "entry.h"
+
 #include "control/ctrl.h"
-#include "control/kapris.h"
-#include "support/build.h"
 
 #include <cctype>
 #include <set>
@@ -13,17 +13,6 @@ namespace
 {
 
 typedef std::vector<int> Ints;
-typedef decltype(&KAPRIS_PartRecursive) Entry;
-
-void TwoWayRefine(int ncells, int nnets, const int *cellwgts, const int *netptr, const int *netind,
-                  const int *netwgts, int, int UBfactor, const int *options, int *part, int *cut)
-{
-  KAPRIS_2WayRefine(ncells, nnets, cellwgts, netptr, netind, netwgts, UBfactor, options, part, cut);
-}
-
-const Entry RECURSIVE = KAPRIS_PartRecursive, INTERNAL = KAPRIS_PartRecursiveInternal, KWAY = KAPRIS_PartKway,
-            REFINE2 = TwoWayRefine, REFINEK = KAPRIS_KWayRefine;
-
 } // namespace
 
 // What one trial prints under these trace bits. The partition to refine is two halves.

@@ -6,19 +6,6 @@
 #include <algorithm>
 #include <numeric>
 
-TEST(sort, buckets_keep_the_given_order_among_equal_keys)
-{
-  for (int n : {0, 1, 2, 30, 500}) {
-    TestRandom random = {1};
-    std::vector<int> keys(n), order(n), out(n);
-    std::generate(keys.begin(), keys.end(), [&] { return random.Below(7); });
-    std::iota(order.rbegin(), order.rend(), 0);
-    BucketSortKeysInc(n, 6, keys.data(), order.data(), out.data());
-    std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return keys[a] < keys[b]; });
-    EXPECT_EQ(out, order);
-  }
-}
-
 typedef std::vector<KeyVal> Pairs; // val is the place before sorting
 
 // The first smallest pair to the front, then insertion: what small and nearly sorted arrays get.
@@ -68,13 +55,4 @@ TEST(sort, keys_end_in_order_and_small_or_nearly_sorted_arrays_as_by_insertion)
       ASSERT_TRUE(std::equal(sorted.begin(), sorted.end(), given.begin(), same)) << n << " " << run;
     }
   }
-}
-
-TEST(sort, the_first_of_equal_extremes_is_found)
-{
-  const int x[] = {3, 7, 7, 1, 1};
-
-  EXPECT_EQ(iamax__(4, x), 1);
-  EXPECT_EQ(iamin__(5, x), 3);
-  EXPECT_EQ(iamax__(1, x) + iamin__(0, nullptr), 0);
 }
