@@ -150,6 +150,7 @@ static void FM_MakeMoves__(Control *ctrl, HGraph *graph, FMState *fm, int limit)
 
   StartTimer__(ctrl, &ctrl->IterTmr);
   for (int n = 0; n < graph->ncells; n++) {
+    CheckpointAt__(ctrl, n);
     from = FM_PickSide__<variant>(graph, fm, from, cand);
     if (from == -1)
       break;

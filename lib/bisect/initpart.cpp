@@ -9,20 +9,26 @@
 
 int AnchorsOfSide0__(const Control *ctrl, const HGraph *graph)
 {
+  // Where the parts have shares of their own, the anchors go by part number.
+  if (ctrl->context != nullptr)
+    return graph->nfixed > 0 ? ctrl->nanchors0 : 0;
   // The product in single precision, the sum in double; 0.4 keeps whole-number products whole.
   const float share = static_cast<float>(graph->nfixed) * ctrl->part0frac;
 
   return Truncate__(static_cast<double>(share) + 0.4);
 }
 
-// Deals the anchors in random order, then the other cells: side 0 until it reaches its target, side 1 from
-// then on.
-static void DealCells(HGraph *graph, int *perm, int nanchors0, int target)
+// Deals the anchors, in random order unless each belongs to a part, then the other cells: side 0 until it
+// reaches its target, side 1 from then on.
+static void DealCells(const Control *ctrl, HGraph *graph, int *perm, int nanchors0, int target)
 {
   int wgts[2] = {0, 0};
 
   if (graph->nfixed > 0) {
     RandomPermuteFine__(perm, graph->nfixed, 1);
+    if (ctrl->context != nullptr)
+      for (int i = 0; i < graph->nfixed; i++)
+        perm[i] = i;
     for (int i = 0; i < graph->nfixed; i++) {
       const int side = i < nanchors0 ? 0 : 1;
       graph->where[perm[i]] = side;
@@ -54,7 +60,8 @@ static void Random_FMPartition__(Control *ctrl, HGraph *graph)
   int bestcut = 0;
 
   for (int t = 0; t < ntrials; t++) {
-    DealCells(graph, perm, nanchors0, target);
+    Checkpoint__(ctrl);
+    DealCells(ctrl, graph, perm, nanchors0, target);
     Balance__(ctrl, graph);
     RefineFull__(ctrl, graph, 10);
     if (ctrl->dbglvl & DBG_INITPART)

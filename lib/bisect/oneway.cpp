@@ -22,6 +22,7 @@ static void MakeMoves(Control *ctrl, HGraph *graph, FMState *fm, int side)
 
   StartTimer__(ctrl, &ctrl->IterTmr);
   for (int n = 0; n < graph->ncells; n++) {
+    CheckpointAt__(ctrl, n);
     const int c = PQueueGetMax__(&fm->queue[side]);
     if (c == -1)
       break;

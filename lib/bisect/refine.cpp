@@ -24,9 +24,9 @@ struct TwoWay {
     ComputeInitGains__(graph);
   }
 
-  static void DealIslands(const Control *, HGraph *graph)
+  static void DealIslands(const Control *ctrl, HGraph *graph)
   {
-    PartitionIslands__(graph);
+    PartitionIslands__(ctrl, graph);
   }
 
   static void TraceStart(int)

@@ -127,6 +127,7 @@ static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
   TraceLevel(ctrl, graph);
 
   while (ctrl->coarsento < graph->ncells) {
+    Checkpoint__(ctrl);
     SeparateIslands__(graph);
     if constexpr (restricted) {
       MatchRestricted(ctrl, graph, &work);

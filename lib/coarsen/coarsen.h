@@ -16,7 +16,7 @@ HGraph *CCoarsen__(Control *ctrl, HGraph *graph);
 // Islands are cells on no net. They are set aside behind the other cells before a level is matched, and put
 // into the lightest part after it has been refined.
 void SeparateIslands__(HGraph *graph);
-void PartitionIslands__(HGraph *graph);                          // two-way: by pwgts
+void PartitionIslands__(const Control *ctrl, HGraph *graph);     // two-way: by pwgts
 void PartitionIslandsKway__(const Control *ctrl, HGraph *graph); // by kpwgts
 // Gives the finest level its cell numbers back.
 void CombineIslands__(HGraph *graph);
@@ -36,6 +36,11 @@ void CompressFixedCells__(Control *ctrl, HGraph *graph, const int *part);
 // Carries the partition cpart of the compressed hypergraph to the cells, renaming the parts so that the
 // anchor of part p lies in part p.
 void ProjectFixedCells__(const Control *ctrl, const HGraph *graph, int *part, const int *cpart);
+
+// Partitions the compressed hypergraph of graph with the given function and projects the result; returns its value.
+// part holds the pre-assigned parts on entry. Reports a cell that did not end in its part.
+int PartitionAroundFixed__(Control *ctrl, HGraph *graph, int *part,
+                           int (*partition)(Control *, HGraph *, int nfixed, int *part));
 
 // Validators: the first broken invariant, or NULL.
 const char *CheckMatching__(const Control *ctrl, const HGraph *graph, int ngroups);

@@ -3,8 +3,6 @@
 
 #include "match.h"
 
-#include "control/ctrl.h"
-
 void CompressFixedCells__(Control *ctrl, HGraph *graph, const int *part)
 {
   const int n = graph->ncells;
@@ -36,4 +34,27 @@ void ProjectFixedCells__(const Control *ctrl, const HGraph *graph, int *part, co
   for (int i = 0; i < graph->ncells; i++)
     part[i] = imap[cpart[graph->cellmap[i]]];
   QVfree__(&imap);
+}
+
+int PartitionAroundFixed__(Control *ctrl, HGraph *graph, int *part,
+                           int (*partition)(Control *, HGraph *, int nfixed, int *part))
+{
+  int *orgpart = imalloc__(graph->ncells, "orgpart");
+
+  icopy__(graph->ncells, part, orgpart);
+  CompressFixedCells__(ctrl, graph, part);
+  HGraph *compressed = graph->coarser;
+  graph->coarser = nullptr;
+  compressed->finer = nullptr;
+  int *fpart = imalloc__(compressed->ncells, "MultilevelPartition: fpart");
+
+  const int value = partition(ctrl, compressed, ctrl->nparts, fpart);
+
+  ProjectFixedCells__(ctrl, graph, part, fpart);
+  for (int i = 0; i < graph->ncells; i++)
+    if (orgpart[i] != -1 && orgpart[i] != part[i])
+      Trace__("Fixing failed: %d %d %d\n", i, orgpart[i], part[i]);
+  QVfree__(&fpart, &orgpart);
+  FreeHGraph__(compressed);
+  return value;
 }

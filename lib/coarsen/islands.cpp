@@ -67,19 +67,36 @@ void SeparateIslands__(HGraph *graph)
   CHECK_VALID(CheckHGraph__(graph));
 }
 
-void PartitionIslands__(HGraph *graph)
+void PartitionIslands__(const Control *ctrl, HGraph *graph)
 {
+  // By weight alone, or by weight in proportion to the shares of the sides.
+  const double share0 = ctrl->context != nullptr ? ctrl->part0frac : 0.5;
+
   for (int i = graph->ncells; i < graph->ncells + graph->nislands; i++) {
-    const int p = graph->pwgts[0] >= graph->pwgts[1] ? 1 : 0;
+    const int p = graph->pwgts[0] * (1.0 - share0) >= graph->pwgts[1] * share0 ? 1 : 0;
     graph->where[i] = p;
     graph->pwgts[p] += graph->cellwgt[i];
   }
 }
 
+// The part of the smallest weight in proportion to its share; the lowest number among equals.
+static int LightestPart(const Control *ctrl, const int *kpwgts)
+{
+  if (ctrl->context == nullptr)
+    return iamin__(ctrl->nparts, kpwgts);
+
+  const double *shares = ctrl->context->shares;
+  int lightest = 0;
+  for (int p = 1; p < ctrl->nparts; p++)
+    if (kpwgts[p] * shares[lightest] < kpwgts[lightest] * shares[p])
+      lightest = p;
+  return lightest;
+}
+
 void PartitionIslandsKway__(const Control *ctrl, HGraph *graph)
 {
   for (int i = graph->ncells; i < graph->ncells + graph->nislands; i++) {
-    const int p = iamin__(ctrl->nparts, graph->kpwgts);
+    const int p = LightestPart(ctrl, graph->kpwgts);
     graph->where[i] = p;
     graph->kpwgts[p] += graph->cellwgt[i];
   }

@@ -4,6 +4,8 @@
 
 #include "coarsen.h"
 
+#include "control/ctrl.h"
+
 // The work arrays of one coarsening call, sized by its finest level and shared by all its matchings.
 struct MatchWork {
   int *htable;    // [max(ncells, nnets)] slot of a candidate; all -1 between two searches
@@ -69,9 +71,10 @@ void OrderByDegree__(const Control *ctrl, const HGraph *graph, int *keys, int *r
 
 // Groups the cells that are still unmatched, in the order of perm, with the partner that find names or alone.
 template <class Find>
-void PairUp__(const HGraph *graph, const MatchWork *work, Grouping *groups, Find find)
+void PairUp__(const Control *ctrl, const HGraph *graph, const MatchWork *work, Grouping *groups, Find find)
 {
   for (int i = 0; i < graph->ncells; i++) {
+    CheckpointAt__(ctrl, i);
     const int v = work->perm[i];
     if (groups->cellmap[v] != UNMATCHED)
       continue;

@@ -16,8 +16,6 @@
 
 #include "match.h"
 
-#include "control/ctrl.h"
-
 #include <utility>
 
 // ----------------------------------------------------------------------------------------------------------
@@ -120,6 +118,7 @@ int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *wor
   int maxkey = 0;
 
   for (int v = 0; v < graph->ncells; v++) {
+    CheckpointAt__(ctrl, v);
     const int limit = SubWrap__(ctrl->maxcellwgt, cellwgt[v]);
     const int ncand = CollectCandidates(
         graph, work, v, [&](int e) { return graph->edgewgt[e] < 0.1; },
@@ -202,7 +201,8 @@ static void MatchPairs(Control *ctrl, HGraph *graph, MatchWork *work)
   Grouping groups = StartEdgeGrouping(graph);
 
   OrderByDegree__(ctrl, graph, work->keys, work->order, work->perm);
-  PairUp__(graph, work, &groups, [&](int v) { return FindPartner<rules>(ctrl, graph, work, nullptr, v); });
+  PairUp__(ctrl, graph, work, &groups,
+           [&](int v) { return FindPartner<rules>(ctrl, graph, work, nullptr, v); });
   CHECK_VALID(CheckMatching__(ctrl, graph, groups.ngroups));
   CreateCoarseHGraph__(ctrl, graph, groups.ngroups);
 }
@@ -236,6 +236,7 @@ static int JoinStars(const Control *ctrl, HGraph *graph, MatchWork *work)
     groupwgt[i] = INT_MAX;
 
   for (int i = 0; i < graph->ncells; i++) {
+    CheckpointAt__(ctrl, i);
     const int v = work->perm[i];
     if (cellmap[v] != UNMATCHED)
       continue;

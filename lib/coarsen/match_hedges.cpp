@@ -9,8 +9,6 @@
 
 #include "match.h"
 
-#include "control/ctrl.h"
-
 static void OrderNets(const HGraph *graph, MatchWork *work)
 {
   RandomPermute__(work->perm, graph->nnets, 1);
@@ -62,7 +60,7 @@ void Match_Hedges_PHedges_Edges__(Control *ctrl, HGraph *graph, MatchWork *work)
   GroupNets<false>(ctrl, graph, work->perm, &groups);
 
   OrderByDegree__(ctrl, graph, work->keys, work->order, work->perm);
-  PairUp__(graph, work, &groups, [&](int v) { return FindCell__(ctrl, graph, work, v); });
+  PairUp__(ctrl, graph, work, &groups, [&](int v) { return FindCell__(ctrl, graph, work, v); });
   CHECK_VALID(CheckMatching__(ctrl, graph, groups.ngroups));
   CreateCoarseHGraph__(ctrl, graph, groups.ngroups);
 }

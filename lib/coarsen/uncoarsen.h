@@ -34,6 +34,7 @@ void Uncoarsen__(Control *ctrl, HGraph *orggraph, HGraph *coarsest)
 
   StartTimer__(ctrl, &ctrl->UncoarsenTmr);
   do {
+    Checkpoint__(ctrl);
     graph = graph->finer;
     Scheme::Project(ctrl, graph->coarser);
     StartTimer__(ctrl, &ctrl->RefTmr);

@@ -19,6 +19,25 @@ enum DebugBits {
   DBG_MOVES = 256   // one line per move
 };
 
+// What the safe interface adds to a run. The classic entry points have none, and behave accordingly: halves of
+// the total per bisection, one limit for all parts, no stop before the end, one thread.
+struct RunContext {
+  void *owner;                  // first argument of the functions
+  bool (*proceed)(void *owner); // asked every few milliseconds; false ends the run
+  void (*incumbent)(void *owner,
+                    const int *part); // receives complete partitions, each the best of its run so far
+  // Runs work(argument) on another thread if one is free, or later inside join; join waits and throws what it threw.
+  void *(*fork)(void *owner, void (*work)(void *argument), void *argument);
+  void (*join)(void *owner, void *task);
+  const double *shares; // [nparts] of the total weight, sum 1
+  const int *limits;    // [nparts] largest part weights
+  int total;            // cell weight
+};
+
+// Thrown when RunContext::proceed ends a run.
+struct StopRun {
+};
+
 struct Control {
   int coarsento;  // coarsening goes on while a level has more cells than this
   int ctype;      // matching scheme 1..5; 0 and 1 inside a V-cycle
@@ -37,6 +56,12 @@ struct Control {
   float part0frac; // share of the total weight that the current bisection aims to put into part 0
   int maxcellwgt;  // largest weight of a coarse cell
 
+  // The safe interface.
+  const RunContext *context; // NULL in the classic entry points
+  int polishtype;            // k-way objective of the polish: 1 cut, 2 SOED
+  int nanchors0;             // with a context: the first so many anchors belong to side 0
+  int complete; // with a context: 1 = the trials that run now partition the hypergraph of the call
+
   // CPU seconds, charged only under DBG_TIME.
   double TotalTmr, CoarsenTmr, RefTmr, InitTmr, IterTmr, WrapUpTmr, MultilevelTmr, InitPartTmr, ProjectTmr,
       SpareTmr, UncoarsenTmr, AuxTmr1, AuxTmr2, AuxTmr3, AuxTmr4;
@@ -49,6 +74,20 @@ void InitTimers__(Control *ctrl);
 
 // Prints the timing report on the trace; full adds the parts of refinement.
 void PrintTimers__(const Control *ctrl, int full);
+
+// A point at which the run can end.
+inline void Checkpoint__(const Control *ctrl)
+{
+  if (ctrl->context != nullptr && !ctrl->context->proceed(ctrl->context->owner))
+    throw StopRun{};
+}
+
+// The same inside a long loop: looks up only now and then.
+inline void CheckpointAt__(const Control *ctrl, int step)
+{
+  if (step % 4096 == 0)
+    Checkpoint__(ctrl);
+}
 
 inline void StartTimer__(const Control *ctrl, double *timer)
 {

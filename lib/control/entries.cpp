@@ -3,7 +3,7 @@
 //
 //   fill      the Control record from the arguments and the option vector   FillControl
 //   validate  options, then the caller's data                               validate.cpp
-//   copy      the hypergraph, so that the caller's arrays stay untouched    CopyHGraph
+//   copy      the hypergraph, so that the caller's arrays stay untouched    CopyHGraph__
 //   run       the driver; it leaves part and returns the objective
 //   report    CPU times, and release
 
@@ -45,7 +45,7 @@ static Control FillControl(const EntryArgs *args, Family family, bool allslots)
   }
 
   ctrl.nruns = 10;
-  ctrl.ctype = ctrl.rtype = ctrl.vcycle = 1;
+  ctrl.ctype = ctrl.rtype = ctrl.vcycle = ctrl.polishtype = 1;
   ctrl.seed = -1;
   if (options[0] != 0) {
     ctrl.nruns = options[1];
@@ -62,32 +62,6 @@ static Control FillControl(const EntryArgs *args, Family family, bool allslots)
   return ctrl;
 }
 
-static int *CopyOrOnes(int n, const int *weights, int *copy)
-{
-  return weights == nullptr ? iset__(n, 1, copy) : icopy__(n, weights, copy);
-}
-
-static HGraph *CopyHGraph(const EntryArgs *args)
-{
-  const int npins = args->nnets > 0 ? args->netptr[args->nnets] : 0;
-  HGraph *graph = CreateHGraph__();
-
-  graph->ncells = args->ncells;
-  graph->nnets = args->nnets;
-  graph->nfixed = 0;
-  graph->cellwgt = imalloc__(args->ncells, "KAPRIS: graph->cellwgt");
-  graph->netwgt = imalloc__(args->nnets, "KAPRIS: graph->netwgt");
-  graph->netptr = ismalloc__(static_cast<std::int64_t>(args->nnets) + 1, 0, "KAPRIS: graph->netptr");
-  graph->netind = imalloc__(npins, "KAPRIS: graph->netind");
-  CopyOrOnes(args->ncells, args->cellwgts, graph->cellwgt);
-  CopyOrOnes(args->nnets, args->netwgts, graph->netwgt);
-  if (args->nnets > 0)
-    icopy__(static_cast<std::int64_t>(args->nnets) + 1, args->netptr, graph->netptr);
-  icopy__(npins, args->netind, graph->netind);
-  CHECK_VALID(CheckHGraph__(graph));
-  return graph;
-}
-
 // driver(graph) leaves the partition in args->part and returns the objective.
 template <class Driver>
 static void RunEntry(Control *ctrl, const EntryArgs *args, Driver driver)
@@ -95,7 +69,8 @@ static void RunEntry(Control *ctrl, const EntryArgs *args, Driver driver)
   if (ctrl->dbglvl & DBG_TIME)
     InitTimers__(ctrl);
   StartTimer__(ctrl, &ctrl->TotalTmr);
-  HGraph *graph = CopyHGraph(args);
+  HGraph *graph =
+      CopyHGraph__(args->ncells, args->nnets, args->cellwgts, args->netptr, args->netind, args->netwgts);
 
   StartTimer__(ctrl, &ctrl->MultilevelTmr);
   *args->cut = driver(graph);
@@ -125,7 +100,7 @@ void KAPRIS_PartRecursive(int ncells, int nnets, const int *cellwgts, const int 
                           int *cut)
 {
   const EntryArgs args = {ncells, nnets,    cellwgts, netptr, netind, netwgts,
-                          nparts, UBfactor, options,  part,   cut};
+                          nparts, UBfactor, options,  part,   cut,    nullptr};
 
   PartRecursive(&args, true);
 }
@@ -135,7 +110,7 @@ void KAPRIS_PartRecursiveInternal(int ncells, int nnets, const int *cellwgts, co
                                   const int *options, int *part, int *cut)
 {
   const EntryArgs args = {ncells, nnets,    cellwgts, netptr, netind, netwgts,
-                          nparts, UBfactor, options,  part,   cut};
+                          nparts, UBfactor, options,  part,   cut,    nullptr};
 
   PartRecursive(&args, false);
 }
@@ -144,7 +119,7 @@ void KAPRIS_PartKway(int ncells, int nnets, const int *cellwgts, const int *netp
                      const int *netwgts, int nparts, int UBfactor, const int *options, int *part, int *cut)
 {
   const EntryArgs args = {ncells, nnets,    cellwgts, netptr, netind, netwgts,
-                          nparts, UBfactor, options,  part,   cut};
+                          nparts, UBfactor, options,  part,   cut,    nullptr};
 
   CheckPointers__(&args);
   Control ctrl = FillControl(&args, KWAY, false);
@@ -159,7 +134,8 @@ void KAPRIS_PartKway(int ncells, int nnets, const int *cellwgts, const int *netp
 void KAPRIS_2WayRefine(int ncells, int nnets, const int *cellwgts, const int *netptr, const int *netind,
                        const int *netwgts, int UBfactor, const int *options, int *part, int *cut)
 {
-  const EntryArgs args = {ncells, nnets, cellwgts, netptr, netind, netwgts, 2, UBfactor, options, part, cut};
+  const EntryArgs args = {ncells, nnets,    cellwgts, netptr, netind, netwgts,
+                          2,      UBfactor, options,  part,   cut,    nullptr};
 
   CheckPointers__(&args);
   Control ctrl = FillControl(&args, RECURSIVE, false);
@@ -181,7 +157,7 @@ void KAPRIS_KWayRefine(int ncells, int nnets, const int *cellwgts, const int *ne
                        const int *netwgts, int nparts, int UBfactor, const int *options, int *part, int *cut)
 {
   const EntryArgs args = {ncells, nnets,    cellwgts, netptr, netind, netwgts,
-                          nparts, UBfactor, options,  part,   cut};
+                          nparts, UBfactor, options,  part,   cut,    nullptr};
 
   CheckPointers__(&args);
   Control ctrl = FillControl(&args, KWAY, false);

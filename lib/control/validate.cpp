@@ -13,6 +13,13 @@ static void CheckPointer(const void *pointer, bool needed, const char *name)
     errexit__("%s is null.\n", name);
 }
 
+static const ArgNames classicnames = {"cellwgts", "netptr", "netind", "netwgts", "part"};
+
+static const ArgNames *NamesOf(const EntryArgs *args)
+{
+  return args->names != nullptr ? args->names : &classicnames;
+}
+
 void CheckPointers__(const EntryArgs *args)
 {
   CheckPointer(args->options, true, "options");
@@ -77,23 +84,24 @@ static void CheckWeights(int n, const int *weights, const char *name)
 
 static void CheckNets(const EntryArgs *args)
 {
+  const ArgNames *names = NamesOf(args);
   const int *netptr = args->netptr;
 
   if (args->nnets == 0)
     return;
+  CheckPointer(netptr, true, names->netptr);
   if (netptr[0] != 0)
-    errexit__("netptr[0] is %d, but it should be 0.\n", netptr[0]);
+    errexit__("%s[0] is %d, but it should be 0.\n", names->netptr, netptr[0]);
   for (int j = 0; j < args->nnets; j++)
     if (netptr[j + 1] < netptr[j])
-      errexit__("netptr[%d] is %d, but it should be at least netptr[%d], which is %d.\n", j + 1,
-                netptr[j + 1], j, netptr[j]);
-  CheckPointer(args->netind, netptr[args->nnets] > 0, "netind");
+      errexit__("%s[%d] is %d, but it should be at least %s[%d], which is %d.\n", names->netptr, j + 1,
+                netptr[j + 1], names->netptr, j, netptr[j]);
+  CheckPointer(args->netind, netptr[args->nnets] > 0, names->netind);
   for (int j = 0; j < args->nnets; j++)
     for (int k = netptr[j]; k < netptr[j + 1]; k++)
       if (args->netind[k] < 0 || args->netind[k] >= args->ncells)
-        errexit__(
-            "netind[%d] is %d, but a pin should be at least 0 and below ncells, which is %d (net %d).\n", k,
-            args->netind[k], args->ncells, j);
+        errexit__("%s[%d] is %d, but a pin should be at least 0 and below ncells, which is %d (net %d).\n",
+                  names->netind, k, args->netind[k], args->ncells, j);
 }
 
 // Refuses at the element that takes a running sum beyond 32 bits.
@@ -106,21 +114,22 @@ static void CheckSum(std::int64_t sum, const char *what, const char *name, int i
 
 static void CheckSums(const EntryArgs *args, bool kway)
 {
+  const ArgNames *names = NamesOf(args);
   std::int64_t cellwgt = 0, netwgt = 0, pinwgt = 0, maxsoed = 0;
 
   for (int i = 0; i < args->ncells; i++) {
     cellwgt += WeightOf(args->cellwgts, i);
-    CheckSum(2 * cellwgt, "twice the total cell weight", "cellwgts", i, WeightOf(args->cellwgts, i));
+    CheckSum(2 * cellwgt, "twice the total cell weight", names->cellwgts, i, WeightOf(args->cellwgts, i));
   }
   for (int j = 0; j < args->nnets; j++) {
     const int wgt = WeightOf(args->netwgts, j), npins = args->netptr[j + 1] - args->netptr[j];
     netwgt += wgt;
     pinwgt += static_cast<std::int64_t>(wgt) * npins;
-    CheckSum(netwgt + 1, "the total net weight + 1", "netwgts", j, wgt);
+    CheckSum(netwgt + 1, "the total net weight + 1", names->netwgts, j, wgt);
     if (kway) {
       maxsoed += static_cast<std::int64_t>(wgt) * std::min(npins, args->nparts);
-      CheckSum(10 * netwgt + 1, "10 x the total net weight + 1", "netwgts", j, wgt);
-      CheckSum(maxsoed, "the sum of net weight x min(pins, nparts)", "netwgts", j, wgt);
+      CheckSum(10 * netwgt + 1, "10 x the total net weight + 1", names->netwgts, j, wgt);
+      CheckSum(maxsoed, "the sum of net weight x min(pins, nparts)", names->netwgts, j, wgt);
     }
   }
 
@@ -133,7 +142,7 @@ static void CheckSums(const EntryArgs *args, bool kway)
     for (int k = args->netptr[j]; k < args->netptr[j + 1]; k++) {
       const int c = args->netind[k];
       adjwgt[c] += WeightOf(args->netwgts, j);
-      CheckSum(adjwgt[c], "the weight of its cell's nets, counted per pin,", "netind", k, c);
+      CheckSum(adjwgt[c], "the weight of its cell's nets, counted per pin,", names->netind, k, c);
     }
   QVfree__(&adjwgt);
 }
@@ -145,8 +154,8 @@ void CheckInputHGraph__(const EntryArgs *args, bool kway)
   if (args->nnets < 0)
     errexit__("nnets is %d, but it should be at least 0.\n", args->nnets);
   CheckNets(args);
-  CheckWeights(args->ncells, args->cellwgts, "cellwgts");
-  CheckWeights(args->nnets, args->netwgts, "netwgts");
+  CheckWeights(args->ncells, args->cellwgts, NamesOf(args)->cellwgts);
+  CheckWeights(args->nnets, args->netwgts, NamesOf(args)->netwgts);
   CheckSums(args, kway);
 }
 
@@ -154,6 +163,6 @@ void CheckParts__(const EntryArgs *args, int lowest)
 {
   for (int i = 0; i < args->ncells; i++)
     if (args->part[i] < lowest || args->part[i] >= args->nparts)
-      errexit__("part[%d] is %d, but it should be between %d and %d.\n", i, args->part[i], lowest,
-                args->nparts - 1);
+      errexit__("%s[%d] is %d, but it should be between %d and %d.\n", NamesOf(args)->part, i, args->part[i],
+                lowest, args->nparts - 1);
 }

@@ -1,8 +1,13 @@
-// lib/control/validate.h - refuses invalid arguments of the entry points; private to this folder.
+// lib/control/validate.h - refuses invalid arguments of the entry points; for this folder and the safe interface.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include "core/core.h"
+
+// What the caller knows the arrays as.
+struct ArgNames {
+  const char *cellwgts, *netptr, *netind, *netwgts, *part;
+};
 
 // The arguments of an entry point as the caller gave them.
 struct EntryArgs {
@@ -11,6 +16,7 @@ struct EntryArgs {
   int nparts, UBfactor;
   const int *options;
   int *part, *cut;
+  const ArgNames *names; // NULL = those of kapris.h
 };
 
 // Each ends the call through errexit__ at the first argument that is out of range.

@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <type_traits>
 
 struct Control;
@@ -43,9 +44,11 @@ struct Control;
 // ----------------------------------------------------------------------------------------------------------
 // Errors (memory.cpp)
 
-// The message of a fatal error, thrown instead of ending the process while a handler is active on this
-// thread.
+enum FatalKind { FATAL_INPUT, FATAL_MEMORY, FATAL_MEMORY_LIMIT };
+
+// A fatal error, thrown instead of ending the process while a handler is active on this thread.
 struct FatalError {
+  FatalKind kind;
   char message[512];
 };
 
@@ -59,29 +62,36 @@ void PushErrorHandler__();
 void PopErrorHandler__();
 
 // ----------------------------------------------------------------------------------------------------------
-// Memory (memory.cpp). Every block of the library comes from QVmalloc__ and is recorded in a ledger of the
-// calling thread; it must be freed on the thread that allocated it.
+// Memory (memory.cpp). Every block of the library comes from QVmalloc__ and is recorded in a ledger: that of
+// the calling thread, or one that the threads of a call share. A block must be freed under the ledger that it
+// was allocated under.
+
+struct BlockHeader;
 
 struct Ledger {
-  std::size_t blocks;   // live blocks
-  std::size_t bytes;    // live bytes, as requested
-  std::size_t peak;     // largest value of bytes since LedgerResetPeak__
-  std::uint64_t serial; // number of the newest block of this thread, live or not
+  std::size_t blocks = 0;   // live blocks
+  std::size_t bytes = 0;    // live bytes, as requested
+  std::size_t peak = 0;     // largest value of bytes since LedgerResetPeak__
+  std::uint64_t serial = 0; // number of the newest block, live or not
+  std::size_t maxbytes = 0; // limit of bytes, 0 = none
+  long requests = -1;       // that still succeed, negative = all
+  BlockHeader *newest = nullptr;
+  std::mutex lock = {};
 };
 
-const Ledger *Ledger__();
+const Ledger *Ledger__(); // of the calling thread
+// From here on the calling thread uses this ledger, or its own again when it is NULL; returns the one before.
+Ledger *LedgerUse__(Ledger *ledger);
 void LedgerResetPeak__();
-// Frees every live block of this thread that is younger than the given serial number.
+// Frees every live block that is younger than the given serial number.
 void LedgerRelease__(std::uint64_t serial);
+// A limit on the live bytes (0 = none), and the number of requests that still succeed (negative = all).
+void LedgerLimit__(std::size_t bytes, long requests);
 
 // A block of nbytes; NULL when nbytes is 0. label names the requesting function and the object; it appears in
 // the message when memory runs out.
 void *QVmalloc__(std::size_t nbytes, const char *label);
 void QVfreeBlock__(void *block);
-
-// The two hooks of tests: a limit on the live bytes of this thread (0 = none), and the number of requests
-// that still succeed (negative = all).
-void LedgerLimit__(std::size_t bytes, long requests);
 
 template <class T>
 T *QVarray__(std::int64_t n, const char *label)
@@ -114,6 +124,13 @@ void QVfree__(T **...pointers)
 
 void Trace__(const char *format, ...) __attribute__((format(printf, 1, 2)));
 void TraceFlush__();
+
+// Where the traces of a thread go instead of standard output; write NULL = standard output.
+struct TraceSink {
+  void (*write)(void *owner, const char *text);
+  void *owner;
+};
+TraceSink TraceUse__(TraceSink sink); // returns the one before
 
 // ----------------------------------------------------------------------------------------------------------
 // Vectors and arithmetic (vector.cpp)
@@ -158,6 +175,13 @@ inline int Truncate__(double x)
 // Seeds with the low 32 bits of seed, or with the wall clock in seconds when seed is negative.
 void InitRandom__(std::int64_t seed);
 int RandomDraw__(); // 0 .. 2^31-1
+// The state of the thread's generator, to put it back after work that must not disturb it.
+struct RandomState {
+  std::uint32_t words[31];
+  int next;
+};
+RandomState SaveRandom__();
+void RestoreRandom__(const RandomState *saved);
 // Shuffles p[0..n-1] in blocks of four, n/16 times; init 1 first sets p to 0, 1, ..., n-1.
 void RandomPermute__(int *p, int n, int init);
 // Shuffles p[0..n-1] by n swaps over the full range; init as above.
@@ -256,6 +280,9 @@ enum { UNMATCHED = -1 }; // cellmap
 
 HGraph *CreateHGraph__();
 void InitHGraph__(HGraph *graph);
+// A record with copies of the given arrays; weights that are NULL are all 1. nfixed is 0.
+HGraph *CopyHGraph__(int ncells, int nnets, const int *cellwgts, const int *netptr, const int *netind,
+                     const int *netwgts);
 // Releases the record and its arrays; leaves label, coarser and finer alone.
 void FreeHGraph__(HGraph *graph);
 // Releases what a trial adds: matching, refinement and k-way arrays and where. Structure and weights stay.

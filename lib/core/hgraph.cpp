@@ -20,6 +20,33 @@ void InitHGraph__(HGraph *graph)
   graph->pwgts[0] = graph->pwgts[1] = -1;
 }
 
+static int *CopyOrOnes(int n, const int *weights, int *copy)
+{
+  return weights == nullptr ? iset__(n, 1, copy) : icopy__(n, weights, copy);
+}
+
+HGraph *CopyHGraph__(int ncells, int nnets, const int *cellwgts, const int *netptr, const int *netind,
+                     const int *netwgts)
+{
+  const int npins = nnets > 0 ? netptr[nnets] : 0;
+  HGraph *graph = CreateHGraph__();
+
+  graph->ncells = ncells;
+  graph->nnets = nnets;
+  graph->nfixed = 0;
+  graph->cellwgt = imalloc__(ncells, "KAPRIS: graph->cellwgt");
+  graph->netwgt = imalloc__(nnets, "KAPRIS: graph->netwgt");
+  graph->netptr = ismalloc__(static_cast<std::int64_t>(nnets) + 1, 0, "KAPRIS: graph->netptr");
+  graph->netind = imalloc__(npins, "KAPRIS: graph->netind");
+  CopyOrOnes(ncells, cellwgts, graph->cellwgt);
+  CopyOrOnes(nnets, netwgts, graph->netwgt);
+  if (nnets > 0)
+    icopy__(static_cast<std::int64_t>(nnets) + 1, netptr, graph->netptr);
+  icopy__(npins, netind, graph->netind);
+  CHECK_VALID(CheckHGraph__(graph));
+  return graph;
+}
+
 void FreeCycleState__(HGraph *graph)
 {
   QVfree__(&graph->cellmap, &graph->netmap, &graph->mptr, &graph->mind, &graph->gain, &graph->ndeg[0],

@@ -21,10 +21,9 @@ constexpr int LAG = 3;
 constexpr int WARMUP = 310;
 constexpr double PER_DRAW = 4.656612873077393e-10; // 2^-31: turns a draw into a fraction of 1
 
-struct Generator {
-  std::uint32_t words[DEGREE];
-  int next; // position of word i-31, which word i replaces
-};
+// next is the position of word i-31, which word i replaces.
+typedef RandomState Generator;
+static_assert(sizeof(Generator::words) == DEGREE * sizeof(std::uint32_t));
 
 constexpr std::uint32_t DrawWord(Generator *g)
 {
@@ -63,6 +62,16 @@ void InitRandom__(std::int64_t seed)
 {
   generator =
       Seeded(static_cast<std::uint32_t>(seed < 0 ? static_cast<std::int64_t>(std::time(nullptr)) : seed));
+}
+
+RandomState SaveRandom__()
+{
+  return generator;
+}
+
+void RestoreRandom__(const RandomState *saved)
+{
+  generator = *saved;
 }
 
 int RandomDraw__()

@@ -39,11 +39,12 @@ bool WantsVCycle__(const Control *ctrl, const Trials *trials, int value, bool im
   }
 }
 
-void NoteTrial__(Trials *trials, int trial, int value, const int *where, int *part)
+bool NoteTrial__(Trials *trials, int trial, int value, const int *where, int *part)
 {
   trials->sum = AddWrap__(trials->sum, value);
   // The first trial always counts: a SOED can lie above the bound, and part must receive a partition.
-  if (trial == 0 || value < trials->best) {
+  const bool best = trial == 0 || value < trials->best;
+  if (best) {
     icopy__(trials->ncells, where, part);
     trials->best = value;
   }
@@ -54,14 +55,16 @@ void NoteTrial__(Trials *trials, int trial, int value, const int *where, int *pa
       trials->values[worst] = value;
     }
   }
+  return best;
 }
 
-void NoteCycled__(Trials *trials, int value, const int *where, int *part)
+bool NoteCycled__(Trials *trials, int value, const int *where, int *part)
 {
-  if (value < trials->best) {
-    icopy__(trials->ncells, where, part);
-    trials->best = value;
-  }
+  if (value >= trials->best)
+    return false;
+  icopy__(trials->ncells, where, part);
+  trials->best = value;
+  return true;
 }
 
 void FreeTrials__(Trials *trials)

@@ -33,10 +33,11 @@ void FreeTrials__(Trials *trials);
 bool NotePrunedValue__(Trials *trials, int value);
 // Whether a trial that ended at value gets its V-cycle at once.
 bool WantsVCycle__(const Control *ctrl, const Trials *trials, int value, bool improved);
-// Notes a trial's final partition; copies it into part when it is the best so far, and into a kept slot.
-void NoteTrial__(Trials *trials, int trial, int value, const int *where, int *part);
-// Notes what V-cycles made of a kept slot.
-void NoteCycled__(Trials *trials, int value, const int *where, int *part);
+// Notes a trial's final partition; copies it into part when it is the best so far, and into a kept slot. Returns
+// whether part has changed.
+bool NoteTrial__(Trials *trials, int trial, int value, const int *where, int *part);
+// Notes what V-cycles made of a kept slot; returns whether part has changed.
+bool NoteCycled__(Trials *trials, int value, const int *where, int *part);
 
 static const int TRIAL_NPASSES = 10; // of the refinement on the full hypergraph
 static const int TRIAL_NCYCLES = 10;
@@ -91,7 +92,8 @@ void RunTrial__(Control *ctrl, HGraph *graph, HGraph *pruned, Trials *trials, in
   if (ctrl->dbglvl & DBG_TRIALS)
     Scheme::TraceTrial(t, graph, Scheme::Balance(ctrl, graph, graph->where));
 
-  NoteTrial__(trials, t, *Scheme::Value(graph), graph->where, part);
+  if (NoteTrial__(trials, t, *Scheme::Value(graph), graph->where, part) && ctrl->complete)
+    ctrl->context->incumbent(ctrl->context->owner, part);
   FreeRootHGraph__(graph);
   FreeRootHGraph__(pruned);
 }
@@ -108,7 +110,8 @@ void CycleKeptTrials__(Control *ctrl, HGraph *graph, Trials *trials, int *part)
     icopy__(graph->ncells, trials->parts[i], graph->where);
     *Scheme::Value(graph) = trials->values[i];
     const int value = Scheme::VCycle(ctrl, graph, TRIAL_NCYCLES); // replaces where
-    NoteCycled__(trials, value, graph->where, part);
+    if (NoteCycled__(trials, value, graph->where, part) && ctrl->complete)
+      ctrl->context->incumbent(ctrl->context->owner, part);
   }
   FreeRootHGraph__(graph);
 }
@@ -132,6 +135,7 @@ int RunTrials__(Control *ctrl, HGraph *graph, int *part)
 
   InitRandom__(ctrl->seed);
   for (int t = 0; t < ctrl->nruns; t++) {
+    Checkpoint__(ctrl);
     if (ctype == 1) // take turns
       ctrl->ctype = t % 2 == 0 ? 1 : 2;
     RunTrial__<Scheme>(ctrl, graph, pruned, &trials, t, part);

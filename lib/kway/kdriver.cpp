@@ -10,6 +10,7 @@
 #include "control/ctrl.h"
 #include "control/kapris.h"
 #include "core/trials.h"
+#include "recursive/recursive.h"
 
 static const char *ObjectiveName(const Control *ctrl)
 {
@@ -29,16 +30,43 @@ static float ComputeBalanceKway__(const Control *ctrl, const HGraph *graph, cons
   return static_cast<float>(ctrl->nparts * largest / total);
 }
 
-static void InitPartitionKway__(Control *ctrl, HGraph *graph)
+// Two trials, coarsened by degree, without V-cycles; seeded from the clock.
+static void PartitionClassic(const Control *ctrl, HGraph *graph)
 {
-  // Two trials, coarsened by degree, without V-cycles; seeded from the clock.
   static const int options[9] = {1, 2, 2, 1, 0, 0, 0, -1, 0};
   int cut;
 
-  StartTimer__(ctrl, &ctrl->InitPartTmr);
-  AllocateKwayRefinementMemory__(ctrl, graph);
   KAPRIS_PartRecursiveInternal(graph->ncells, graph->nnets, graph->cellwgt, graph->netptr, graph->netind,
                                graph->netwgt, ctrl->nparts, 1, options, graph->where, &cut);
+}
+
+// The same towards the shares and limits of the context, and seeded from the run's own random sequence.
+static void PartitionInContext(const Control *ctrl, HGraph *graph)
+{
+  RunContext context = *ctrl->context;
+  Control nested = *ctrl;
+
+  context.incumbent = nullptr; // these partitions are of a coarse level
+  nested.context = &context;
+  nested.coarsento = 100;
+  nested.nruns = nested.ctype = 2;
+  nested.rtype = 1;
+  nested.vcycle = nested.reconst = nested.kwayrefine = nested.dbglvl = 0;
+  nested.seed = RandomDraw__();
+  HGraph *copy =
+      CopyHGraph__(graph->ncells, graph->nnets, graph->cellwgt, graph->netptr, graph->netind, graph->netwgt);
+  PartitionByBisection__(&nested, copy, graph->nfixed, graph->where);
+  FreeHGraph__(copy);
+}
+
+static void InitPartitionKway__(Control *ctrl, HGraph *graph)
+{
+  StartTimer__(ctrl, &ctrl->InitPartTmr);
+  AllocateKwayRefinementMemory__(ctrl, graph);
+  if (ctrl->context == nullptr)
+    PartitionClassic(ctrl, graph);
+  else
+    PartitionInContext(ctrl, graph);
   RefineObjectiveKway__(ctrl, graph, 10);
   if (ctrl->dbglvl & DBG_INITPART)
     Trace__("%d-way initial %s: %d\n", ctrl->nparts, ObjectiveName(ctrl), graph->objval);
@@ -119,7 +147,15 @@ struct DirectKway {
 
 } // namespace
 
+static int PartitionKway(Control *ctrl, HGraph *graph, int nfixed, int *part)
+{
+  graph->nfixed = nfixed;
+  ctrl->complete = ctrl->context != nullptr && ctrl->context->incumbent != nullptr && !ctrl->fixed;
+  return RunTrials__<DirectKway>(ctrl, graph, part);
+}
+
 int MultilevelKwayPartition__(Control *ctrl, HGraph *graph, int *part)
 {
-  return RunTrials__<DirectKway>(ctrl, graph, part);
+  return ctrl->fixed ? PartitionAroundFixed__(ctrl, graph, part, PartitionKway)
+                     : PartitionKway(ctrl, graph, 0, part);
 }

@@ -15,24 +15,44 @@
 
 #include "control/ctrl.h"
 
+#include <cmath>
+
 namespace
 {
 
 enum Objective { CUT, SOED };
 
+// The weights between which a part must stay.
 struct Limits {
-  int upper, lower; // weight of a part
+  int *upper, *lower; // [nparts]
 };
 
 } // namespace
 
-static Limits WeightLimits(const Control *ctrl, const HGraph *graph)
+static Limits AllocLimits(const Control *ctrl, const HGraph *graph)
 {
   // Single precision on purpose: it decides the last unit of the limits.
-  const float total = static_cast<float>(iasum__(ctrl->nparts, graph->kpwgts));
-  const float nparts = static_cast<float>(ctrl->nparts);
+  const int total = iasum__(ctrl->nparts, graph->kpwgts);
+  const float wgt = static_cast<float>(total), nparts = static_cast<float>(ctrl->nparts);
+  const Limits limits = {imalloc__(ctrl->nparts, "RefineKway_Random: upper"),
+                         imalloc__(ctrl->nparts, "RefineKway_Random: lower")};
 
-  return {Truncate__((ctrl->ubfactor * total) / nparts), Truncate__(total / (nparts * ctrl->ubfactor))};
+  if (ctrl->context == nullptr) {
+    iset__(ctrl->nparts, Truncate__((ctrl->ubfactor * wgt) / nparts), limits.upper);
+    iset__(ctrl->nparts, Truncate__(wgt / (nparts * ctrl->ubfactor)), limits.lower);
+  } else {
+    // Of the level's weight, which lacks the islands.
+    const double ratio = ctrl->context->total > 0 ? total / static_cast<double>(ctrl->context->total) : 1.0;
+    for (int p = 0; p < ctrl->nparts; p++)
+      limits.upper[p] = Truncate__(std::ceil(ctrl->context->limits[p] * ratio));
+    iset__(ctrl->nparts, 0, limits.lower);
+  }
+  return limits;
+}
+
+static void FreeLimits(Limits *limits)
+{
+  QVfree__(&limits->upper, &limits->lower);
 }
 
 // A gain before another as the refiners see it: positive, zero or negative.
@@ -53,7 +73,7 @@ static bool MayMove(const HGraph *graph, const Limits *limits, int v)
   const RInfo *cell = &graph->crinfo[v];
 
   return v >= graph->nfixed && cell->soloed >= cell->id &&
-         graph->kpwgts[graph->where[v]] - graph->cellwgt[v] >= limits->lower;
+         graph->kpwgts[graph->where[v]] - graph->cellwgt[v] >= limits->lower[graph->where[v]];
 }
 
 template <Objective objective>
@@ -79,7 +99,7 @@ static const KDegree *ChooseTarget(const HGraph *graph, const Limits *limits, in
 
   for (int d = 0; d < cell->ndegrees; d++) {
     const KDegree *target = &cell->degrees[d];
-    if (AddWrap__(graph->kpwgts[target->pid], graph->cellwgt[v]) > limits->upper)
+    if (AddWrap__(graph->kpwgts[target->pid], graph->cellwgt[v]) > limits->upper[target->pid])
       continue;
     if (best == nullptr ? LeadingGain<objective>(cell, target) >= 0
                         : IsBetterTarget<objective>(graph, cell, target, best))
@@ -127,6 +147,7 @@ static int RunPass(const Control *ctrl, HGraph *graph, const Limits *limits, con
   int nmoves = 0;
 
   for (int i = 0; i < graph->ncells; i++) {
+    CheckpointAt__(ctrl, i);
     const int v = perm[i];
     if (!MayMove(graph, limits, v))
       continue;
@@ -161,7 +182,7 @@ static void RefinePasses(Control *ctrl, HGraph *graph, int npasses)
   for (int i = 0; i < n; i++)
     perm[i] = i;
   ComputeInitKwayGains__(ctrl, graph);
-  const Limits limits = WeightLimits(ctrl, graph);
+  Limits limits = AllocLimits(ctrl, graph);
   StopTimer__(ctrl, &ctrl->InitTmr);
 
   for (int pass = 0; pass < npasses; pass++) {
@@ -170,8 +191,8 @@ static void RefinePasses(Control *ctrl, HGraph *graph, int npasses)
     RandomPermute__(perm, n, 0); // reshuffles the order of the pass before
     if ((ctrl->dbglvl & DBG_PASSES) && pass == 0)
       Trace__("Partitions: [%5d,%5d], Balance: [%3.2f, %5d,%5d], Init Cut: %5d, Init SOED: %5d\n",
-              SmallestPart(ctrl, graph), LargestPart(ctrl, graph), ctrl->ubfactor, limits.lower, limits.upper,
-              oldcut, oldsoed);
+              SmallestPart(ctrl, graph), LargestPart(ctrl, graph), ctrl->ubfactor, limits.lower[0],
+              limits.upper[0], oldcut, oldsoed);
     iset__(n, -1, marker);
     StartTimer__(ctrl, &ctrl->IterTmr);
     const int nmoves = RunPass<objective>(ctrl, graph, &limits, perm, marker, updind);
@@ -184,6 +205,7 @@ static void RefinePasses(Control *ctrl, HGraph *graph, int npasses)
       break;
   }
   graph->objval = objective == CUT ? graph->mincut : graph->soed;
+  FreeLimits(&limits);
   QVfree__(&perm, &marker, &updind);
 }
 

@@ -8,6 +8,9 @@
 // part that a cell must go to. Leaves the polished run's imbalance in ctrl->ubfactor.
 int MultilevelPartition__(Control *ctrl, HGraph *graph, int *part);
 
+// The recursion alone on a graph whose first nfixed cells are anchors; returns the sum of the cuts.
+int PartitionByBisection__(Control *ctrl, HGraph *graph, int nfixed, int *part);
+
 // Bisects graph into sides of shares ctrl->part0frac and the rest by ctrl->nruns multilevel trials; returns
 // the cut of the bisection in part. Builds the incidence of graph.
 int Hypergraph_Bisection__(Control *ctrl, HGraph *graph, int *part);

@@ -19,7 +19,7 @@ EDGES = {
     "recursive": {"core/core.h", "core/trials.h", "control/ctrl.h", "coarsen/coarsen.h", "bisect/bisect.h",
                   "kway/kway.h"},
     "kway": {"core/core.h", "core/trials.h", "control/ctrl.h", "control/kapris.h", "coarsen/coarsen.h",
-             "coarsen/uncoarsen.h"},
+             "coarsen/uncoarsen.h", "recursive/recursive.h"},
     "control": {"core/core.h", "bisect/bisect.h", "recursive/recursive.h", "kway/kway.h"},
 }
 

@@ -1,0 +1,265 @@
+// lib/api/api.cpp - the safe interface: one frame around everything that can fail.
+// SPDX-License-Identifier: MIT
+//
+//   check    options and problem                              CheckOptions__, CheckProblem__
+//   clean    nets that change no objective                    MakeCleanProblem__
+//   run      the starts, on the threads of the call           RunStarts__
+//   deliver  the best partition into memory of the caller     Deliver
+// Everything between the first and the last step lives in a ledger of this call: it bounds the memory, knows the peak,
+// and gives all blocks back at the end, whichever way the call ended. What outlives the call, the result, is allocated
+// apart from it.
+
+#include "kapris_api.h"
+#include "run.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <exception>
+#include <memory>
+#include <new>
+
+void kapris_init_problem(kapris_problem *problem)
+{
+  *problem = kapris_problem{};
+  problem->size = sizeof *problem;
+  problem->nparts = 2;
+}
+
+void kapris_init_options(kapris_options *options)
+{
+  *options = kapris_options{};
+  options->size = sizeof *options;
+  options->scheme = KAPRIS_RECURSIVE;
+  options->objective = KAPRIS_CUT;
+  options->coarsening = KAPRIS_ALTERNATE;
+  options->refinement = KAPRIS_FM;
+  options->vcycle = KAPRIS_VCYCLE_BEST;
+  options->runs = 10;
+  options->imbalance = 0.03;
+  options->starts = 1;
+  options->threads = 1;
+}
+
+const char *kapris_status_name(kapris_status status)
+{
+  switch (status) {
+  case KAPRIS_OK:
+    return "ok";
+  case KAPRIS_INVALID_ARGUMENT:
+    return "invalid argument";
+  case KAPRIS_INFEASIBLE:
+    return "infeasible balance";
+  case KAPRIS_OUT_OF_MEMORY:
+    return "out of memory";
+  case KAPRIS_MEMORY_LIMIT:
+    return "memory limit";
+  case KAPRIS_TIME_LIMIT:
+    return "time limit";
+  case KAPRIS_CANCELLED:
+    return "cancelled";
+  case KAPRIS_INTERNAL:
+    return "internal";
+  }
+  return "unknown status";
+}
+
+void kapris_free_result(kapris_result *result)
+{
+  if (result == nullptr)
+    return;
+  std::free(result->part);
+  std::free(result->part_weights);
+  std::free(result->part_limits);
+  std::free(result->starts);
+  std::free(result);
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// The state of the calling thread during a call
+
+namespace
+{
+
+struct LogOwner {
+  const kapris_options *options;
+  std::mutex lock;
+};
+
+// What a call changes of the calling thread, put back when it ends.
+struct ThreadGuard {
+  Ledger *ledger;
+  TraceSink sink;
+  RandomState random;
+
+  ThreadGuard(Ledger *used, TraceSink traces)
+      : ledger(LedgerUse__(used)), sink(TraceUse__(traces)), random(SaveRandom__())
+  {
+    PushErrorHandler__();
+  }
+
+  ~ThreadGuard()
+  {
+    PopErrorHandler__();
+    LedgerRelease__(0);
+    RestoreRandom__(&random);
+    TraceUse__(sink);
+    LedgerUse__(ledger);
+  }
+
+  ThreadGuard(const ThreadGuard &) = delete;
+  ThreadGuard &operator=(const ThreadGuard &) = delete;
+};
+
+struct PoolCloser {
+  void operator()(TaskPool *pool) const
+  {
+    StopPool__(pool);
+  }
+};
+
+} // namespace
+
+static void WriteLog(void *owner, const char *text)
+{
+  LogOwner *log = static_cast<LogOwner *>(owner);
+  const std::lock_guard<std::mutex> guard(log->lock);
+
+  if (log->options->log != nullptr)
+    log->options->log(text, log->options->user);
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// The result
+
+// An array of the result; one element at least, so that NULL means failure.
+template <class T>
+static T *NewArray(int n)
+{
+  T *array = static_cast<T *>(std::calloc(static_cast<std::size_t>(std::max(n, 1)), sizeof(T)));
+
+  if (array == nullptr)
+    throw std::bad_alloc();
+  return array;
+}
+
+static void SetStatus(kapris_result *result, kapris_status status, const char *message)
+{
+  result->status = status;
+  std::snprintf(result->message, sizeof result->message, "%s", message);
+  // The messages of the classic interface end their line themselves.
+  const std::size_t length = std::strlen(result->message);
+  if (length > 0 && result->message[length - 1] == '\n')
+    result->message[length - 1] = '\0';
+}
+
+static void SetFinalStatus(kapris_result *result, const Run *run)
+{
+  if (run->stop == TIME_IS_UP)
+    SetStatus(result, KAPRIS_TIME_LIMIT, "the time limit was reached; this is the best partition so far");
+  else if (run->stop == CANCELLED)
+    SetStatus(result, KAPRIS_CANCELLED, "cancelled; this is the best partition so far");
+  else if (!result->balanced)
+    SetStatus(result, KAPRIS_INFEASIBLE, "some part is above its limit; this is the best partition found");
+}
+
+static void Deliver(const Run *run, kapris_result *result)
+{
+  const CleanProblem *problem = run->problem;
+
+  result->ncells = problem->ncells;
+  result->nparts = problem->nparts;
+  result->part = NewArray<int>(problem->ncells);
+  result->part_weights = NewArray<std::int64_t>(problem->nparts);
+  result->part_limits = NewArray<std::int64_t>(problem->nparts);
+  icopy__(problem->ncells, run->best.part, result->part);
+  std::copy_n(problem->limits, problem->nparts, result->part_limits);
+
+  const Measures measures = Measure__(problem, result->part, result->part_weights);
+  result->cut = measures.cut;
+  result->soed = measures.soed;
+  result->connectivity = measures.soed - measures.cut; // a net counts 0 while it is whole
+  result->imbalance = measures.imbalance;
+  result->balanced = measures.balanced;
+  result->best_start = run->best.start;
+  SetFinalStatus(result, run);
+}
+
+static void Partition(const kapris_problem *problem, const kapris_options *options, Ledger *ledger,
+                      TraceSink sink, std::chrono::steady_clock::time_point began, kapris_result *result)
+{
+  if (problem == nullptr || options == nullptr)
+    errexit__("%s is null", problem == nullptr ? "problem" : "options");
+  CheckOptions__(options);
+  LedgerLimit__(options->memory_limit, -1);
+  CheckProblem__(problem);
+  const CleanProblem clean = MakeCleanProblem__(problem, options);
+  result->seconds_prepare = SecondsSince__(began);
+
+  const std::unique_ptr<TaskPool, PoolCloser> pool(StartPool__(options->threads, ledger, sink));
+  Run run = {&clean, options, options->seed, began, pool.get(), nullptr, {GOES_ON}, {}, {}, {}, 0, 0.0};
+  if (run.seed < 0)
+    run.seed = std::time(nullptr) & INT_MAX;
+  run.best.start = NO_CANDIDATE;
+  result->seed = run.seed;
+  result->nstarts = options->starts;
+  run.starts = result->starts = NewArray<kapris_start>(options->starts);
+  RunStarts__(&run);
+  result->seconds_starts = SecondsSince__(began) - result->seconds_prepare;
+
+  Deliver(&run, result);
+}
+
+static kapris_status StatusOf(FatalKind kind)
+{
+  switch (kind) {
+  case FATAL_MEMORY:
+    return KAPRIS_OUT_OF_MEMORY;
+  case FATAL_MEMORY_LIMIT:
+    return KAPRIS_MEMORY_LIMIT;
+  default:
+    return KAPRIS_INVALID_ARGUMENT;
+  }
+}
+
+kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
+                               kapris_result **result)
+{
+  const auto began = std::chrono::steady_clock::now();
+  kapris_result *made = static_cast<kapris_result *>(std::calloc(1, sizeof(kapris_result)));
+  LogOwner log = {options, {}};
+  Ledger ledger;
+
+  if (result != nullptr)
+    *result = made;
+  if (result == nullptr || made == nullptr) {
+    std::free(made);
+    return result == nullptr ? KAPRIS_INVALID_ARGUMENT : KAPRIS_OUT_OF_MEMORY;
+  }
+
+  made->size = sizeof *made;
+  made->best_start = -1;
+  try {
+    const TraceSink sink = {WriteLog, &log};
+    const ThreadGuard guard(&ledger, sink);
+    Partition(problem, options, &ledger, sink, began, made);
+  } catch (const FatalError &error) {
+    SetStatus(made, StatusOf(error.kind), error.message);
+  } catch (const std::bad_alloc &) {
+    SetStatus(made, KAPRIS_OUT_OF_MEMORY, "out of memory");
+  } catch (const std::exception &error) {
+    SetStatus(made, KAPRIS_INTERNAL, error.what());
+  } catch (...) {
+    SetStatus(made, KAPRIS_INTERNAL, "an unknown fault");
+  }
+  if (made->status != KAPRIS_OK && made->status != KAPRIS_INFEASIBLE && made->status != KAPRIS_TIME_LIMIT &&
+      made->status != KAPRIS_CANCELLED) {
+    std::free(made->part);
+    made->part = nullptr;
+  }
+  made->peak_bytes = ledger.peak;
+  made->seconds = SecondsSince__(began);
+  return made->status;
+}

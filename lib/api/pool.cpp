@@ -1,0 +1,126 @@
+// lib/api/pool.cpp - the threads of one call.
+// SPDX-License-Identifier: MIT
+
+#include "pool.h"
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+struct Task {
+  void (*work)(void *argument);
+  void *argument;
+  bool done;
+  std::exception_ptr error;
+};
+
+struct TaskPool {
+  Ledger *ledger;
+  TraceSink sink;
+  std::mutex lock;
+  std::condition_variable changed; // a task came or was done, or the pool stops
+  std::deque<Task *> waiting;      // tasks that nobody has taken
+  bool stopping;
+  std::vector<std::thread> threads;
+};
+
+static void DoTask(TaskPool *pool, Task *task)
+{
+  try {
+    task->work(task->argument);
+  } catch (...) {
+    task->error = std::current_exception();
+  }
+  const std::lock_guard<std::mutex> guard(pool->lock);
+  task->done = true;
+  pool->changed.notify_all();
+}
+
+static void ServeTasks(TaskPool *pool)
+{
+  LedgerUse__(pool->ledger);
+  TraceUse__(pool->sink);
+  PushErrorHandler__();
+
+  std::unique_lock<std::mutex> guard(pool->lock);
+  for (;;) {
+    pool->changed.wait(guard, [&] { return pool->stopping || !pool->waiting.empty(); });
+    if (pool->waiting.empty())
+      return;
+    Task *task = pool->waiting.front();
+    pool->waiting.pop_front();
+    guard.unlock();
+    DoTask(pool, task);
+    guard.lock();
+  }
+}
+
+TaskPool *StartPool__(int nthreads, Ledger *ledger, TraceSink sink)
+{
+  std::unique_ptr<TaskPool> pool(new TaskPool{ledger, sink, {}, {}, {}, false, {}});
+
+  try {
+    for (int t = 1; t < nthreads; t++)
+      pool->threads.emplace_back(ServeTasks, pool.get());
+  } catch (const std::system_error &) {
+    // The call is slower, not wrong.
+  }
+  return pool.release();
+}
+
+void StopPool__(TaskPool *pool)
+{
+  {
+    const std::lock_guard<std::mutex> guard(pool->lock);
+    pool->stopping = true;
+    pool->changed.notify_all();
+  }
+  for (std::thread &thread : pool->threads)
+    thread.join();
+  delete pool;
+}
+
+Task *ForkTask__(TaskPool *pool, void (*work)(void *argument), void *argument)
+{
+  std::unique_ptr<Task> task(new Task{work, argument, false, nullptr});
+  const std::lock_guard<std::mutex> guard(pool->lock);
+
+  pool->waiting.push_back(task.get());
+  pool->changed.notify_one();
+  return task.release();
+}
+
+// Takes the task from the queue; false when another thread has it.
+static bool TakeBack(TaskPool *pool, Task *task)
+{
+  const std::lock_guard<std::mutex> guard(pool->lock);
+
+  for (auto it = pool->waiting.begin(); it != pool->waiting.end(); ++it) {
+    if (*it == task) {
+      pool->waiting.erase(it);
+      return true;
+    }
+  }
+  return false;
+}
+
+void JoinTask__(TaskPool *pool, Task *task)
+{
+  const std::unique_ptr<Task> owner(task);
+
+  if (TakeBack(pool, task)) {
+    const RandomState saved = SaveRandom__();
+    DoTask(pool, task);
+    RestoreRandom__(&saved);
+  } else {
+    std::unique_lock<std::mutex> guard(pool->lock);
+    pool->changed.wait(guard, [&] { return task->done; });
+  }
+  if (task->error)
+    std::rethrow_exception(task->error);
+}
