@@ -188,7 +188,7 @@ static void Deliver(const Run *run, kapris_result *result)
 }
 
 static void Partition(const kapris_problem *problem, const kapris_options *options, Ledger *ledger,
-                      TraceSink sink, std::chrono::steady_clock::time_point began, kapris_result *result)
+                      LogOwner *log, std::chrono::steady_clock::time_point began, kapris_result *result)
 {
   if (problem == nullptr || options == nullptr)
     errexit__("%s is null", problem == nullptr ? "problem" : "options");
@@ -198,14 +198,16 @@ static void Partition(const kapris_problem *problem, const kapris_options *optio
   const CleanProblem clean = MakeCleanProblem__(problem, options);
   result->seconds_prepare = SecondsSince__(began);
 
-  const std::unique_ptr<TaskPool, PoolCloser> pool(StartPool__(options->threads, ledger, sink));
-  Run run = {&clean, options, options->seed, began, pool.get(), nullptr, {GOES_ON}, {}, {}, {}, 0, 0.0};
+  const std::unique_ptr<TaskPool, PoolCloser> pool(
+      StartPool__(options->threads, ledger, TraceSink{WriteLog, log}));
+  Run run = {&clean, options, options->seed, began, pool.get(), nullptr, &log->lock, 0.0, {GOES_ON}, {}, {},
+             {},     0};
   if (run.seed < 0)
     run.seed = std::time(nullptr) & INT_MAX;
   run.best.start = NO_CANDIDATE;
   result->seed = run.seed;
-  result->nstarts = options->starts;
   run.starts = result->starts = NewArray<kapris_start>(options->starts);
+  result->nstarts = options->starts;
   RunStarts__(&run);
   result->seconds_starts = SecondsSince__(began) - result->seconds_prepare;
 
@@ -242,9 +244,8 @@ kapris_status kapris_partition(const kapris_problem *problem, const kapris_optio
   made->size = sizeof *made;
   made->best_start = -1;
   try {
-    const TraceSink sink = {WriteLog, &log};
-    const ThreadGuard guard(&ledger, sink);
-    Partition(problem, options, &ledger, sink, began, made);
+    const ThreadGuard guard(&ledger, TraceSink{WriteLog, &log});
+    Partition(problem, options, &ledger, &log, began, made);
   } catch (const FatalError &error) {
     SetStatus(made, StatusOf(error.kind), error.message);
   } catch (const std::bad_alloc &) {

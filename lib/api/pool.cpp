@@ -60,20 +60,7 @@ static void ServeTasks(TaskPool *pool)
   }
 }
 
-TaskPool *StartPool__(int nthreads, Ledger *ledger, TraceSink sink)
-{
-  std::unique_ptr<TaskPool> pool(new TaskPool{ledger, sink, {}, {}, {}, false, {}});
-
-  try {
-    for (int t = 1; t < nthreads; t++)
-      pool->threads.emplace_back(ServeTasks, pool.get());
-  } catch (const std::system_error &) {
-    // The call is slower, not wrong.
-  }
-  return pool.release();
-}
-
-void StopPool__(TaskPool *pool)
+static void JoinThreads(TaskPool *pool)
 {
   {
     const std::lock_guard<std::mutex> guard(pool->lock);
@@ -82,6 +69,27 @@ void StopPool__(TaskPool *pool)
   }
   for (std::thread &thread : pool->threads)
     thread.join();
+}
+
+TaskPool *StartPool__(int nthreads, Ledger *ledger, TraceSink sink)
+{
+  std::unique_ptr<TaskPool> pool(new TaskPool{ledger, sink, {}, {}, {}, false, {}});
+
+  try {
+    for (int t = 1; t < nthreads; t++)
+      pool->threads.emplace_back(ServeTasks, pool.get());
+  } catch (const std::system_error &) {
+    // No more threads to be had: the call is slower, not wrong.
+  } catch (...) {
+    JoinThreads(pool.get());
+    throw;
+  }
+  return pool.release();
+}
+
+void StopPool__(TaskPool *pool)
+{
+  JoinThreads(pool);
   delete pool;
 }
 

@@ -43,15 +43,20 @@ double SecondsSince__(std::chrono::steady_clock::time_point began)
 
 static void ReportProgress(Run *run, double seconds)
 {
-  const std::unique_lock<std::mutex> guard(run->lock, std::try_to_lock);
-  if (!guard.owns_lock() || seconds - run->lastprogress < PROGRESS_INTERVAL)
+  // Not worth waiting for: another thread is reporting, or logging.
+  const std::unique_lock<std::mutex> callbacks(*run->callbacks, std::try_to_lock);
+  if (!callbacks.owns_lock() || seconds - run->lastprogress < PROGRESS_INTERVAL)
     return;
 
   run->lastprogress = seconds;
-  const Measures *best = &run->best.measures;
-  const std::int64_t value = run->options->objective == KAPRIS_CUT ? best->cut : best->soed;
-  const kapris_progress progress = {run->nstartsdone, run->options->starts,
-                                    run->best.start == NO_CANDIDATE ? -1 : value, seconds};
+  kapris_progress progress = {0, run->options->starts, -1, seconds};
+  {
+    const std::lock_guard<std::mutex> guard(run->lock);
+    const Measures *best = &run->best.measures;
+    progress.starts_done = run->nstartsdone;
+    if (run->best.start != NO_CANDIDATE)
+      progress.best = run->options->objective == KAPRIS_CUT ? best->cut : best->soed;
+  }
   run->options->progress(&progress, run->options->user);
 }
 
@@ -60,7 +65,7 @@ static bool Proceed(void *owner)
   Run *run = static_cast<Start *>(owner)->run;
   const kapris_options *options = run->options;
 
-  if (options->cancel != nullptr && *options->cancel != 0) {
+  if (options->cancel != nullptr && __atomic_load_n(options->cancel, __ATOMIC_RELAXED) != 0) {
     int none = GOES_ON;
     run->stop.compare_exchange_strong(none, CANCELLED);
   }
@@ -250,18 +255,24 @@ struct StartTask {
 
 } // namespace
 
+// Keeps the exception that is being handled, if it is the first, and stops the other starts.
+static void SetError(Run *run)
+{
+  const std::lock_guard<std::mutex> guard(run->lock);
+
+  if (!run->error)
+    run->error = std::current_exception();
+  run->stop = FAILED;
+}
+
 static void RunStartTask(void *argument)
 {
   const StartTask *start = static_cast<StartTask *>(argument);
-  Run *run = start->run;
 
   try {
-    RunStart(run, start->index);
+    RunStart(start->run, start->index);
   } catch (...) {
-    const std::lock_guard<std::mutex> guard(run->lock);
-    if (!run->error)
-      run->error = std::current_exception();
-    run->stop = FAILED;
+    SetError(start->run);
   }
 }
 
@@ -274,13 +285,19 @@ void RunStarts__(Run *run)
   Consider(run, BEFORE_STARTS, part);
 
   StartTask *tasks = QVarray__<StartTask>(nstarts, "api: tasks");
+  int nforked = 1;
   for (int i = 0; i < nstarts; i++)
     tasks[i] = {run, i, nullptr};
   // The first one is for this thread.
-  for (int i = 1; i < nstarts; i++)
-    tasks[i].task = ForkTask__(run->pool, RunStartTask, &tasks[i]);
-  RunStartTask(&tasks[0]);
-  for (int i = 1; i < nstarts; i++)
+  try {
+    for (; nforked < nstarts; nforked++)
+      tasks[nforked].task = ForkTask__(run->pool, RunStartTask, &tasks[nforked]);
+    RunStartTask(&tasks[0]);
+  } catch (...) {
+    SetError(run);
+  }
+  // Whatever has happened: the tasks use what is on this stack.
+  for (int i = 1; i < nforked; i++)
     JoinTask__(run->pool, tasks[i].task);
   QVfree__(&tasks);
   if (run->error)

@@ -29,12 +29,14 @@ struct Run {
   TaskPool *pool;
   kapris_start *starts; // [options->starts]
 
+  std::mutex *callbacks; // held while progress or log of the options runs
+  double lastprogress;   // under callbacks
+
   std::atomic<int> stop; // StopReason
-  std::mutex lock;       // for the rest, and for the callbacks
+  std::mutex lock;       // for the rest
   std::exception_ptr error;
   Candidate best;
   int nstartsdone;
-  double lastprogress;
 };
 
 double SecondsSince__(std::chrono::steady_clock::time_point began);

@@ -36,7 +36,7 @@ TEST(islands, follow_the_kept_cells_and_go_to_the_lightest_part)
     if (kway)
       PartitionIslandsKway__(&ctrl, graph);
     else
-      PartitionIslands__(graph);
+      PartitionIslands__(&ctrl, graph);
     EXPECT_EQ(graph->where[8], 1); // of equal parts: part 1 of two, else the lowest
     EXPECT_EQ(graph->where[9], kway ? 2 : 0);
     EXPECT_EQ(List(graph->kpwgts, 3), (kway ? std::vector<int>{6, 7, 6} : std::vector<int>{6, 5, 5}));

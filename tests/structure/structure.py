@@ -21,6 +21,7 @@ EDGES = {
     "kway": {"core/core.h", "core/trials.h", "control/ctrl.h", "control/kapris.h", "coarsen/coarsen.h",
              "coarsen/uncoarsen.h", "recursive/recursive.h"},
     "control": {"core/core.h", "bisect/bisect.h", "recursive/recursive.h", "kway/kway.h"},
+    "api": {"core/core.h", "control/ctrl.h", "control/validate.h", "recursive/recursive.h", "kway/kway.h"},
 }
 
 
@@ -42,11 +43,11 @@ def wrong_includes(args):
 
 
 def broken_headers(args):
-    for header in sources(args.lib, "*.h"):
+    for header in sources(args.lib, "*.h*"):
         command = [args.cxx, "-std=c++20", "-x", "c++", "-fsyntax-only", "-Wall", "-Wextra", "-Werror",
                    "-Wno-pragma-once-outside-header", "-I", args.lib, "-include", header, "/dev/null"]
         runs = [[word for word in command if word != "-Wno-pragma-once-outside-header" or "clang" in args.cxx]]
-        if header.name == "kapris.h":
+        if header.name in ("kapris.h", "kapris_api.h"):
             runs.append([args.cc, "-std=c99", "-pedantic", "-x", "c", "-fsyntax-only", "-Wall", "-Werror",
                          "-include", header, "/dev/null"])
         for run in runs:
@@ -56,7 +57,8 @@ def broken_headers(args):
 
 
 def wrong_symbols(args):
-    declared = set(re.findall(r"\b(KAPRIS_\w+)\(", (args.lib / "control" / "kapris.h").read_text()))
+    headers = (args.lib / "control" / "kapris.h").read_text() + (args.lib / "api" / "kapris_api.h").read_text()
+    declared = set(re.findall(r"^KAPRIS_(?:SAFE_)?API .*?\*?(\w+)\(", headers, re.M))
     listing = subprocess.run([args.nm, "-D", "--defined-only", args.shared], capture_output=True, text=True,
                              check=True).stdout
     exported = {line.split()[-1] for line in listing.splitlines()}

@@ -1,0 +1,308 @@
+// kapris.hpp - multilevel hypergraph partitioning: the C++ interface, a header over kapris_api.h.
+// SPDX-License-Identifier: MIT
+//
+// Arrays go in as spans, the result comes out as a value, and what keeps a call from giving a partition is thrown.
+//
+//   const std::vector<int> net_starts = {0, 2, 4}, pins = {0, 1, 1, 2};
+//   const kapris::Hypergraph hypergraph = {.ncells = 3, .net_starts = net_starts, .pins = pins};
+//   const kapris::Result result = kapris::Partition(hypergraph, {.nparts = 2});
+//
+// Cells, nets and parts are numbered from 0. The enumerations, their values and the figures of a start are those of
+// kapris_api.h, and what is said there about determinism and limits holds here too.
+#pragma once
+
+#include "kapris_api.h"
+
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kapris
+{
+
+using Status = kapris_status;     // KAPRIS_OK, KAPRIS_INFEASIBLE, ...
+using Progress = kapris_progress; // a moment of a call
+using Start = kapris_start;       // what one start gave; starts count from 0
+
+// Why there is no result: KAPRIS_INVALID_ARGUMENT (what() names the argument, the index and the value),
+// KAPRIS_OUT_OF_MEMORY, KAPRIS_MEMORY_LIMIT or KAPRIS_INTERNAL.
+class Error : public std::runtime_error
+{
+public:
+  Error(Status status, const std::string &message) : std::runtime_error(message), code(status)
+  {
+  }
+
+  Status status() const noexcept
+  {
+    return code;
+  }
+
+private:
+  Status code;
+};
+
+// The cells and nets. The arrays belong to the caller and are only read, during the call. Any number of calls may read
+// them at once.
+struct Hypergraph {
+  int ncells = 0;                         // >= 0
+  std::span<const int> net_starts = {};   // number of nets + 1 offsets into pins, from 0; or empty: no nets
+  std::span<const int> pins = {};         // [net_starts.back()] cell numbers, those of net 0 first
+  std::span<const int> cell_weights = {}; // [ncells] >= 0, or empty: all 1
+  std::span<const int> net_weights = {};  // [number of nets] >= 0, or empty: all 1
+};
+
+// What the parts should be. The arrays belong to the caller, as above.
+struct Targets {
+  int nparts = 2; // >= 2
+  // [nparts] fraction of the total weight that each part should get, > 0, sum 1; or empty: all equal
+  std::span<const double> part_shares = {};
+  std::span<const int> fixed = {}; // [ncells] the part that a cell must go to, or -1; or empty: all free
+};
+
+// How to partition. The callbacks are called by any thread of the call, but never by two at once; they must not call
+// kapris. Calls that share an Options may call its callbacks at the same time.
+struct Options {
+  kapris_scheme scheme = KAPRIS_RECURSIVE;
+  kapris_objective objective = KAPRIS_CUT;
+  kapris_coarsening coarsening = KAPRIS_ALTERNATE;
+  kapris_refinement refinement = KAPRIS_FM; // of bisections
+  kapris_vcycle vcycle = KAPRIS_VCYCLE_BEST;
+  int runs = 10;               // >= 1; multilevel runs of each bisection or k-way partitioning
+  bool reconst = false;        // true: pieces of cut nets stay in the recursion
+  std::optional<int> seed = 0; // >= 0; nothing or negative: from the clock, the result tells which
+  double imbalance = 0.03;     // e >= 0: a part may weigh (1 + e) x its share of the total, rounded up
+  int starts = 1;              // >= 1; independent starts, of which the best counts
+  int threads = 1;             // >= 1; threads that the call may use, the calling one included
+  std::optional<std::chrono::duration<double>> time_limit = {}; // wall time >= 0; nothing: no limit
+  std::optional<std::size_t> memory_limit = {}; // bytes that the call may hold at once; nothing: no limit
+  // The call ends soon after *cancel becomes non-zero; or NULL. A callback that throws sets it to 1.
+  std::atomic<int> *cancel = nullptr;
+  std::function<void(const Progress &)> progress = {}; // or empty; called a few times per second
+  // Or empty; receives the traces. The text lives only as long as the callback runs.
+  std::function<void(std::string_view)> log = {};
+  int log_level = 0; // bit mask of traces as in kapris.h, option 8
+};
+
+// Everything a call gives. Belongs to whoever holds it.
+struct Result {
+  Status status = KAPRIS_OK; // or KAPRIS_INFEASIBLE, KAPRIS_TIME_LIMIT, KAPRIS_CANCELLED
+  std::string message;       // empty with KAPRIS_OK
+  std::vector<int> part;     // [ncells] part of each cell, 0 .. nparts-1
+  std::int64_t cut = 0;
+  std::int64_t soed = 0;
+  std::int64_t connectivity = 0;          // sum over the nets of (parts that it spans - 1) x weight
+  std::vector<std::int64_t> part_weights; // [nparts]
+  std::vector<std::int64_t> part_limits;  // [nparts] largest weight allowed by imbalance
+  double imbalance = 0.0;                 // largest part weight over its share of the total, less 1
+  bool balanced = false;                  // all parts within their limits
+  std::int64_t seed = 0;                  // that the call used
+  int best_start = -1;                    // index into starts, or -1: made before the first one ended
+  std::vector<Start> starts;              // one per start
+  double seconds = 0.0;                   // wall time of the call
+  double seconds_prepare = 0.0;           // of it: checking and cleaning the input
+  double seconds_starts = 0.0;            // of it: the starts
+  std::size_t peak_bytes = 0;             // largest memory that the call held, the result left out
+};
+
+// What the following functions share; not for other use.
+namespace detail
+{
+
+struct Release {
+  void operator()(kapris_result *result) const
+  {
+    kapris_free_result(result);
+  }
+};
+
+// The callbacks of one call. The first exception that one of them throws is kept here and stops the call.
+struct Callbacks {
+  const Options *options;
+  std::atomic<int> *cancel;
+  std::exception_ptr thrown;
+
+  template <class Function, class Argument>
+  void Call(const Function &function, const Argument &argument)
+  {
+    if (thrown)
+      return;
+    try {
+      function(argument);
+    } catch (...) {
+      thrown = std::current_exception();
+      cancel->store(1);
+    }
+  }
+};
+
+inline void CallProgress(const Progress *progress, void *user)
+{
+  Callbacks *callbacks = static_cast<Callbacks *>(user);
+  callbacks->Call(callbacks->options->progress, *progress);
+}
+
+inline void CallLog(const char *text, void *user)
+{
+  Callbacks *callbacks = static_cast<Callbacks *>(user);
+  callbacks->Call(callbacks->options->log, std::string_view(text));
+}
+
+[[noreturn]] inline void Refuse(const char *name, std::size_t size, const std::string &expected)
+{
+  throw Error(KAPRIS_INVALID_ARGUMENT,
+              std::string(name) + " has " + std::to_string(size) + " elements, but it should " + expected);
+}
+
+// The array, or NULL for an empty one.
+template <class T>
+const T *ArrayOf(std::span<const T> array, std::int64_t length, const char *name, const char *lengthname)
+{
+  if (array.empty())
+    return nullptr;
+  if (length < 0 || array.size() != static_cast<std::size_t>(length))
+    Refuse(name, array.size(), "be empty or have " + std::to_string(length) + ", one per " + lengthname);
+  return array.data();
+}
+
+inline kapris_problem ProblemOf(const Hypergraph &hypergraph, const Targets &targets)
+{
+  const std::span<const int> starts = hypergraph.net_starts;
+  kapris_problem problem;
+
+  kapris_init_problem(&problem);
+  if (starts.size() > std::size_t{INT_MAX})
+    Refuse("net_starts", starts.size(), "have at most " + std::to_string(INT_MAX));
+  // What the library reads of pins is bounded by the last offset.
+  const int npins = starts.empty() ? 0 : starts.back();
+  if (npins < 0 || hypergraph.pins.size() != static_cast<std::size_t>(npins))
+    Refuse("pins", hypergraph.pins.size(),
+           "have as many as net_starts ends with, which is " + std::to_string(npins));
+  problem.ncells = hypergraph.ncells;
+  problem.nnets = starts.empty() ? 0 : static_cast<int>(starts.size() - 1);
+  problem.net_starts = starts.data();
+  problem.pins = hypergraph.pins.data();
+  problem.cell_weights = ArrayOf(hypergraph.cell_weights, problem.ncells, "cell_weights", "cell");
+  problem.net_weights = ArrayOf(hypergraph.net_weights, problem.nnets, "net_weights", "net");
+  problem.nparts = targets.nparts;
+  problem.part_shares = ArrayOf(targets.part_shares, problem.nparts, "part_shares", "part");
+  problem.fixed = ArrayOf(targets.fixed, problem.ncells, "fixed", "cell");
+  return problem;
+}
+
+// In C, a limit of 0 is none; here it is reached at once.
+inline double SecondsOf(const std::optional<std::chrono::duration<double>> &limit)
+{
+  if (!limit)
+    return 0.0;
+  return limit->count() == 0.0 ? std::numeric_limits<double>::min() : limit->count();
+}
+
+inline std::size_t BytesOf(const std::optional<std::size_t> &limit)
+{
+  if (!limit)
+    return 0;
+  return *limit == 0 ? 1 : *limit;
+}
+
+inline kapris_options OptionsOf(const Options &options, Callbacks *callbacks)
+{
+  static_assert(sizeof(std::atomic<int>) == sizeof(int) && std::atomic<int>::is_always_lock_free);
+  kapris_options c;
+
+  kapris_init_options(&c);
+  c.scheme = options.scheme;
+  c.objective = options.objective;
+  c.coarsening = options.coarsening;
+  c.refinement = options.refinement;
+  c.vcycle = options.vcycle;
+  c.runs = options.runs;
+  c.reconst = options.reconst;
+  c.seed = options.seed.value_or(-1);
+  c.imbalance = options.imbalance;
+  c.starts = options.starts;
+  c.threads = options.threads;
+  c.time_limit = SecondsOf(options.time_limit);
+  c.memory_limit = BytesOf(options.memory_limit);
+  c.cancel = reinterpret_cast<const volatile int *>(callbacks->cancel);
+  c.progress = options.progress ? CallProgress : nullptr;
+  c.log = options.log ? CallLog : nullptr;
+  c.log_level = options.log_level;
+  c.user = callbacks;
+  return c;
+}
+
+template <class T>
+std::vector<T> Copy(const T *array, int n)
+{
+  return std::vector<T>(array, array + n);
+}
+
+inline Result ResultOf(const kapris_result *c)
+{
+  Result result;
+
+  result.status = c->status;
+  result.message = c->message;
+  result.part = Copy(c->part, c->ncells);
+  result.cut = c->cut;
+  result.soed = c->soed;
+  result.connectivity = c->connectivity;
+  result.part_weights = Copy(c->part_weights, c->nparts);
+  result.part_limits = Copy(c->part_limits, c->nparts);
+  result.imbalance = c->imbalance;
+  result.balanced = c->balanced != 0;
+  result.seed = c->seed;
+  result.best_start = c->best_start;
+  result.starts = Copy(c->starts, c->nstarts);
+  result.seconds = c->seconds;
+  result.seconds_prepare = c->seconds_prepare;
+  result.seconds_starts = c->seconds_starts;
+  result.peak_bytes = c->peak_bytes;
+  return result;
+}
+
+} // namespace detail
+
+// The name of a status in lower case, such as "time limit". Static text; never throws.
+inline const char *StatusName(Status status) noexcept
+{
+  return kapris_status_name(status);
+}
+
+// Partitions the cells into targets.nparts parts. Calls on different threads are independent; nothing is printed, and
+// nothing of the arguments is kept.
+//
+// Returns a complete partition with one of the statuses that Result names: look at status where a part above its limit,
+// or a run that was cut short, matters. Throws Error for the others; std::bad_alloc when there is no memory for the
+// returned vectors; and, once the call has ended, the first exception that a callback threw, whatever the call gave.
+inline Result Partition(const Hypergraph &hypergraph, const Targets &targets, const Options &options = {})
+{
+  std::atomic<int> own = 0;
+  detail::Callbacks callbacks = {&options, options.cancel != nullptr ? options.cancel : &own, nullptr};
+  const kapris_problem problem = detail::ProblemOf(hypergraph, targets);
+  const kapris_options c = detail::OptionsOf(options, &callbacks);
+  kapris_result *made = nullptr;
+
+  const Status status = kapris_partition(&problem, &c, &made);
+  const std::unique_ptr<kapris_result, detail::Release> result(made);
+  if (callbacks.thrown)
+    std::rethrow_exception(callbacks.thrown);
+  if (result == nullptr || result->part == nullptr)
+    throw Error(status, result == nullptr ? StatusName(status) : result->message);
+  return detail::ResultOf(result.get());
+}
+
+} // namespace kapris

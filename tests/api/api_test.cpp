@@ -1,0 +1,275 @@
+// tests/api/api_test.cpp - the safe interface: exact figures, refused arguments, and results that depend on nothing but
+// the call.
+// SPDX-License-Identifier: MIT
+
+#include "api/call.h"
+#include "control/kapris.h"
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+
+TEST(api, every_figure_is_exact_and_nothing_is_printed_or_left_behind)
+{
+  const std::size_t blocks = Ledger__()->blocks, bytes = Ledger__()->bytes;
+
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  std::string wrong;
+  for (std::uint64_t seed = 1; seed <= 200 && wrong.empty(); seed++) {
+    const Call call = RandomCall(seed);
+    wrong = WrongIn(call, Solve(call));
+    if (!wrong.empty())
+      wrong += " with seed " + std::to_string(seed) + ", " + call.instance.Literal();
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(wrong, "");
+  EXPECT_EQ(Ledger__()->blocks, blocks);
+  EXPECT_EQ(Ledger__()->bytes, bytes);
+}
+
+TEST(api, invalid_arguments_are_named)
+{
+  static const int weights[] = {1, -4, 1, 1}, heavy[] = {1 << 29, 1 << 29, 1, 1}, starts[] = {0, 2, 1, 5};
+  static const int offset[] = {1, 2, 4, 5}, pins[] = {0, 1, 1, 4, 2}, fixed[] = {-1, 0, 2, -1},
+                   below[] = {-2, 0, 0, 0};
+  static const int heavynets[] = {1 << 28, 1, 1};
+  static const double zero[] = {0.0, 1.0}, few[] = {0.5, 0.25}, nan[] = {NAN, 1.0};
+  const auto set = [](auto *option, int value) { std::memcpy(option, &value, sizeof value); };
+  const std::vector<std::tuple<const char *, std::function<void(kapris_problem *, kapris_options *)>>> cases =
+      {{"problem: not filled by kapris_init_problem of this version", [](auto *p, auto *) { p->size = 0; }},
+       {"options: not filled by kapris_init_options of this version", [](auto *, auto *o) { o->size--; }},
+       {"scheme: no such value", [&](auto *, auto *o) { set(&o->scheme, 2); }},
+       {"objective: no such value", [&](auto *, auto *o) { set(&o->objective, 2); }},
+       {"coarsening: no such value", [&](auto *, auto *o) { set(&o->coarsening, 5); }},
+       {"refinement: no such value", [&](auto *, auto *o) { set(&o->refinement, -1); }},
+       {"vcycle: no such value", [&](auto *, auto *o) { set(&o->vcycle, 4); }},
+       {"runs is 0, but it should be at least 1", [](auto *, auto *o) { o->runs = 0; }},
+       {"reconst is 2, but it should be 0 or 1", [](auto *, auto *o) { o->reconst = 2; }},
+       {"seed is 2147483648, but it should be at most 2147483647",
+        [](auto *, auto *o) { o->seed = 2147483648; }},
+       {"imbalance is -0.01, but it should be at least 0", [](auto *, auto *o) { o->imbalance = -0.01; }},
+       {"imbalance is inf, but it should be at least 0", [](auto *, auto *o) { o->imbalance = INFINITY; }},
+       {"starts is 0, but it should be at least 1", [](auto *, auto *o) { o->starts = 0; }},
+       {"threads is 0, but it should be at least 1", [](auto *, auto *o) { o->threads = 0; }},
+       {"time_limit is -1, but it should be at least 0", [](auto *, auto *o) { o->time_limit = -1.0; }},
+       {"nparts is 1, but it should be at least 2", [](auto *p, auto *) { p->nparts = 1; }},
+       {"ncells is -1, but it should be at least 0.", [](auto *p, auto *) { p->ncells = -1; }},
+       {"nnets is -1, but it should be at least 0.", [](auto *p, auto *) { p->nnets = -1; }},
+       {"net_starts is null.", [](auto *p, auto *) { p->net_starts = nullptr; }},
+       {"net_starts[0] is 1, but it should be 0.", [](auto *p, auto *) { p->net_starts = offset; }},
+       {"net_starts[2] is 1, but it should be at least net_starts[1], which is 2.",
+        [](auto *p, auto *) { p->net_starts = starts; }},
+       {"pins is null.", [](auto *p, auto *) { p->pins = nullptr; }},
+       {"pins[3] is 4, but a pin should be at least 0 and below ncells, which is 4 (net 1).",
+        [](auto *p, auto *) { p->pins = pins; }},
+       {"cell_weights[1] is -4, but it should be at least 0.",
+        [](auto *p, auto *) { p->cell_weights = weights; }},
+       {"cell_weights[1] is 536870912: twice the total cell weight is then 2147483648, but it should be at "
+        "most "
+        "2147483647.",
+        [](auto *p, auto *) { p->cell_weights = heavy; }},
+       {"net_weights[1] is -4, but it should be at least 0.",
+        [](auto *p, auto *) { p->net_weights = weights; }},
+       {"net_weights[0] is 268435456: 10 x the total net weight + 1 is then 2684354561, but it should be at "
+        "most "
+        "2147483647.",
+        [](auto *p, auto *) {
+          p->nparts = 3;
+          p->net_weights = heavynets;
+        }},
+       {"part_shares[0] is 0, but it should be above 0 and at most 1",
+        [](auto *p, auto *) { p->part_shares = zero; }},
+       {"part_shares[0] is nan, but it should be above 0 and at most 1",
+        [](auto *p, auto *) { p->part_shares = nan; }},
+       {"part_shares: the sum is 0.75, but it should be 1", [](auto *p, auto *) { p->part_shares = few; }},
+       {"fixed[2] is 2, but it should be between -1 and 1.", [](auto *p, auto *) { p->fixed = fixed; }},
+       {"fixed[0] is -2, but it should be between -1 and 1.", [](auto *p, auto *) { p->fixed = below; }}};
+
+  for (const auto &[message, spoil] : cases) {
+    Call call = MakeCall({4, {{0, 1}, {1, 2}, {3}}, {}, {}}, 2);
+    Connect(&call);
+    spoil(&call.problem, &call.options);
+    const ResultPtr result = SolveConnected(call);
+    EXPECT_EQ(result->status, KAPRIS_INVALID_ARGUMENT) << message;
+    EXPECT_STREQ(result->message, message);
+  }
+
+  Call call = MakeCall(Circuit(10), 2);
+  Connect(&call);
+  kapris_result *result = nullptr;
+  EXPECT_EQ(kapris_partition(nullptr, &call.options, &result), KAPRIS_INVALID_ARGUMENT);
+  EXPECT_STREQ(result->message, "problem is null");
+  kapris_free_result(result);
+  EXPECT_EQ(kapris_partition(&call.problem, nullptr, &result), KAPRIS_INVALID_ARGUMENT);
+  EXPECT_STREQ(result->message, "options is null");
+  kapris_free_result(result);
+  EXPECT_EQ(kapris_partition(&call.problem, &call.options, nullptr), KAPRIS_INVALID_ARGUMENT);
+  kapris_free_result(nullptr);
+}
+
+TEST(api, small_problems_and_those_without_solution)
+{
+  for (kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY}) {
+    Call empty = MakeCall({0, {}, {}, {}}, 5);
+    empty.options.scheme = scheme;
+    Connect(&empty);
+    empty.problem.net_starts = nullptr;
+    const ResultPtr nothing = SolveConnected(empty);
+    ASSERT_EQ(nothing->status, KAPRIS_OK) << nothing->message;
+    EXPECT_EQ(WrongIn(empty, nothing), "");
+
+    // Parts may hold one cell, so every net is cut and spans as many parts as it has cells.
+    Call scattered = MakeCall({3, {{0, 1}, {1, 2, 0}}, {}, {7, 20}}, 7);
+    scattered.options.scheme = scheme;
+    scattered.percent = 0;
+    const ResultPtr three = Solve(scattered);
+    EXPECT_EQ(three->status, KAPRIS_OK) << three->message;
+    EXPECT_EQ(three->cut, 27);
+    EXPECT_EQ(three->connectivity, 47);
+
+    // All weight in one cell, and two fixed cells in a part that has room for one.
+    Call heavy = MakeCall({4, {{0, 1}, {2, 3}}, {9, 0, 0, 0}, {}}, 3);
+    Call crowded = MakeCall({4, {{0, 1}, {2, 3}}, {}, {}}, 4);
+    heavy.options.scheme = crowded.options.scheme = scheme;
+    heavy.percent = crowded.percent = 0;
+    crowded.fixed = {1, 1, -1, -1};
+    for (const Call &call : {heavy, crowded}) {
+      const ResultPtr result = Solve(call);
+      EXPECT_EQ(result->status, KAPRIS_INFEASIBLE);
+      EXPECT_EQ(WrongIn(call, result), "");
+    }
+  }
+}
+
+TEST(api, absent_weights_are_ones)
+{
+  Call absent = MakeCall(Circuit(80), 3), ones = absent;
+
+  ones.instance.cellwgt.assign(80, 1);
+  ones.instance.netwgt.assign(ones.instance.nets.size(), 1);
+  EXPECT_EQ(FiguresOf(Solve(absent)), FiguresOf(Solve(ones)));
+}
+
+TEST(api, neither_threads_nor_the_number_of_starts_change_what_a_start_gives)
+{
+  for (kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY}) {
+    for (int fixed = 0; fixed <= 1; fixed++) {
+      Call call = MakeCall(Circuit(120), 7);
+      call.options.scheme = scheme;
+      call.options.runs = 2;
+      call.options.starts = 5;
+      if (fixed)
+        for (int i = 0; i < 120; i++)
+          call.fixed.push_back(i % 20 == 0 ? i / 20 : -1);
+      const ResultPtr five = Solve(call);
+      for (int threads : {2, 4}) {
+        call.options.threads = threads;
+        EXPECT_EQ(FiguresOf(Solve(call)), FiguresOf(five)) << threads << " threads";
+      }
+
+      const auto key = [](const kapris_start &s) {
+        return std::make_tuple(!s.balanced, s.cut, s.soed, s.imbalance);
+      };
+      const kapris_start *best = std::min_element(
+          five->starts, five->starts + 5, [&](const auto &a, const auto &b) { return key(a) < key(b); });
+      EXPECT_EQ(five->best_start, best - five->starts);
+      EXPECT_EQ(std::make_tuple(five->cut, five->soed), std::make_tuple(best->cut, best->soed));
+      call.options.starts = 1;
+      for (int i = 0; i < 5; i++) {
+        call.options.seed = five->starts[i].seed;
+        const ResultPtr one = Solve(call);
+        EXPECT_EQ(key(one->starts[0]), key(five->starts[i]));
+        EXPECT_TRUE(PartOf(one) == PartOf(five) || i != five->best_start);
+      }
+    }
+  }
+}
+
+TEST(api, a_seed_from_the_clock_is_reported)
+{
+  Call call = MakeCall(Circuit(200), 4);
+
+  call.options.seed = -1;
+  const ResultPtr first = Solve(call);
+  call.options.seed = first->seed;
+  EXPECT_GE(first->seed, 0);
+  EXPECT_EQ(FiguresOf(Solve(call)), FiguresOf(first));
+}
+
+// Nets of one pin and cells that a net names twice make the classic interface miscount this one, and say so.
+static const Instance miscounted = {28,
+                                    {{26},
+                                     {16, 18, 16, 14},
+                                     {26, 0, 8, 3},
+                                     {12, 11, 12, 24},
+                                     {25, 22, 24, 6},
+                                     {13, 14, 26},
+                                     {19, 20, 4, 20, 5},
+                                     {6, 24},
+                                     {8},
+                                     {12, 23, 7, 25},
+                                     {3},
+                                     {19, 17, 20, 18},
+                                     {22},
+                                     {15, 3, 27, 4, 26},
+                                     {22, 0, 12},
+                                     {20},
+                                     {27, 21, 2, 16, 22},
+                                     {27},
+                                     {14, 1, 12, 15},
+                                     {19, 5, 13, 11, 3},
+                                     {3, 14, 22, 11},
+                                     {3, 16, 27},
+                                     {6, 7},
+                                     {13},
+                                     {20, 20, 9},
+                                     {21, 8, 11},
+                                     {24, 2, 23}},
+                                    {},
+                                    {}};
+
+static std::vector<int> ClassicPart(const Instance &instance)
+{
+  const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
+  const int options[9] = {1, 1, 1, 1, 1, 0, 0, 1, 8};
+  std::vector<int> part(static_cast<std::size_t>(instance.ncells), -1);
+  int cut = -1;
+
+  KAPRIS_PartRecursive(instance.ncells, static_cast<int>(instance.nets.size()), nullptr, netptr.data(),
+                       netind.data(), nullptr, 2, 5, options, part.data(), &cut);
+  part.push_back(cut);
+  return part;
+}
+
+TEST(api, the_calling_thread_goes_on_as_if_nothing_had_happened)
+{
+  Call good = MakeCall(miscounted, 2), starved = good, wrong = good;
+  good.options.seed = good.options.runs = 1;
+  starved.options.memory_limit = 2000;
+  wrong.options.runs = 0;
+
+  testing::internal::CaptureStdout();
+  const std::vector<int> usual = ClassicPart(miscounted);
+  const std::string traces = testing::internal::GetCapturedStdout();
+  EXPECT_NE(traces.find("The mincut for this bisection"), std::string::npos);
+  EXPECT_NE(traces.find("Wrong cut!"), std::string::npos);
+  for (const auto &[call, status] :
+       {std::make_tuple(good, KAPRIS_OK), std::make_tuple(starved, KAPRIS_MEMORY_LIMIT),
+        std::make_tuple(wrong, KAPRIS_INVALID_ARGUMENT)}) {
+    InitRandom__(5);
+    RandomDraw__();
+    const int second = RandomDraw__();
+    InitRandom__(5);
+    RandomDraw__();
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(Solve(call)->status, status);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(RandomDraw__(), second);
+
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(ClassicPart(miscounted), usual);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), traces);
+  }
+}

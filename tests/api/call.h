@@ -1,0 +1,44 @@
+// tests/api/call.h - one call of the safe interface as data, and what its result should be.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "api/kapris.hpp"
+#include "support/build.h"
+
+#include <tuple>
+
+typedef std::unique_ptr<kapris_result, kapris::detail::Release> ResultPtr;
+
+// Shares are given in twelfths and the imbalance in percent, so that limits can be computed in whole numbers.
+struct Call {
+  Instance instance;
+  std::vector<int> netptr, netind, twelfths, fixed;
+  std::vector<double> shares;
+  kapris_problem problem;
+  kapris_options options;
+  int percent;
+};
+
+Instance Circuit(int ncells); // always the same one, without weights
+// Defaults, imbalance 3 percent, seed 0.
+Call MakeCall(const Instance &instance, int nparts);
+// Every kind of problem and every option, small.
+Call RandomCall(std::uint64_t seed);
+
+// Points the problem to the arrays of the call; afterwards they can be replaced by something wrong.
+void Connect(Call *call);
+// Both expect that status, message and partition go together.
+ResultPtr SolveConnected(const Call &call);
+ResultPtr Solve(Call call);
+
+std::vector<int> PartOf(const ResultPtr &result);
+
+typedef std::tuple<std::int64_t, std::int64_t, std::int64_t, double, int, int> StartFigures;
+typedef std::tuple<std::vector<int>, kapris_status, std::int64_t, std::int64_t, double, int,
+                   std::vector<StartFigures>>
+    Figures;
+// Everything that must not depend on threads or timing.
+Figures FiguresOf(const ResultPtr &result);
+
+// The first thing about a partition that is not as it should be, recomputed from the call's own arrays; or nothing.
+std::string WrongIn(const Call &call, const ResultPtr &result);

@@ -1,0 +1,123 @@
+// tests/api/cpp_test.cpp - the C++ interface: the same results as in C, and what it adds.
+// SPDX-License-Identifier: MIT
+
+#include "api/call.h"
+
+#include <functional>
+
+struct CppCall {
+  Instance instance = Circuit(60);
+  std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
+  kapris::Hypergraph hypergraph = {.ncells = 60, .net_starts = netptr, .pins = netind};
+  kapris::Targets targets = {};
+  kapris::Options options = {};
+};
+
+TEST(cpp, gives_what_c_gives)
+{
+  CppCall cpp;
+  const std::vector<double> shares = {3.0 / 12.0, 1.0 / 12.0, 8.0 / 12.0};
+  const std::vector<int> cellwgt(60, 2), netwgt(120, 3), fixed(60, -1);
+  Call c = MakeCall(cpp.instance, 3);
+
+  cpp.hypergraph.cell_weights = c.instance.cellwgt = cellwgt;
+  cpp.hypergraph.net_weights = c.instance.netwgt = netwgt;
+  cpp.targets = {3, shares, fixed};
+  cpp.options = {
+      KAPRIS_KWAY, KAPRIS_SOED, KAPRIS_PAIRS, KAPRIS_ONE_WAY_FM, KAPRIS_VCYCLE_NEVER, 3, true, 9, 0.2, 2, 2};
+  c.twelfths = {3, 1, 8};
+  c.fixed = fixed;
+  c.percent = 20;
+  c.options.scheme = KAPRIS_KWAY;
+  c.options.objective = KAPRIS_SOED;
+  c.options.coarsening = KAPRIS_PAIRS;
+  c.options.refinement = KAPRIS_ONE_WAY_FM;
+  c.options.vcycle = KAPRIS_VCYCLE_NEVER;
+  c.options.runs = 3;
+  c.options.reconst = 1;
+  c.options.seed = 9;
+  c.options.starts = c.options.threads = 2;
+
+  const ResultPtr expected = Solve(c);
+  const kapris::Result result = kapris::Partition(cpp.hypergraph, cpp.targets, cpp.options);
+  EXPECT_EQ(result.status, expected->status);
+  EXPECT_EQ(result.message, expected->message);
+  EXPECT_EQ(result.part, PartOf(expected));
+  EXPECT_EQ(std::make_tuple(result.cut, result.soed, result.connectivity, result.imbalance, result.balanced),
+            std::make_tuple(expected->cut, expected->soed, expected->connectivity, expected->imbalance,
+                            expected->balanced != 0));
+  EXPECT_EQ(result.part_weights,
+            std::vector<std::int64_t>(expected->part_weights, expected->part_weights + 3));
+  EXPECT_EQ(result.part_limits, std::vector<std::int64_t>(expected->part_limits, expected->part_limits + 3));
+  EXPECT_EQ(std::make_tuple(result.seed, result.best_start), std::make_tuple(9, expected->best_start));
+  ASSERT_EQ(result.starts.size(), 2u);
+  EXPECT_EQ(result.starts[1].seed, expected->starts[1].seed);
+  EXPECT_GT(result.peak_bytes, 0u);
+}
+
+// The status and the text of the Error that a call throws.
+static std::string ErrorOf(const CppCall &call)
+{
+  try {
+    kapris::Partition(call.hypergraph, call.targets, call.options);
+  } catch (const kapris::Error &error) {
+    return std::string(kapris::StatusName(error.status())) + ": " + error.what();
+  }
+  return "no error";
+}
+
+TEST(cpp, refuses_arrays_of_the_wrong_length)
+{
+  static const std::vector<int> three = {0, 0, 0}, negative = {0, -2};
+  static const std::vector<double> shares = {0.5, 0.25, 0.25};
+  const std::vector<std::tuple<const char *, std::function<void(CppCall *)>>> cases = {
+      {"pins has 3 elements, but it should have as many as net_starts ends with, which is ",
+       [](CppCall *call) { call->hypergraph.pins = three; }},
+      {"pins has 3 elements, but it should have as many as net_starts ends with, which is -2",
+       [](CppCall *call) {
+         call->hypergraph.net_starts = negative;
+         call->hypergraph.pins = three;
+       }},
+      {"cell_weights has 3 elements, but it should be empty or have 60, one per cell",
+       [](CppCall *call) { call->hypergraph.cell_weights = three; }},
+      {"net_weights has 3 elements, but it should be empty or have 120, one per net",
+       [](CppCall *call) { call->hypergraph.net_weights = three; }},
+      {"part_shares has 3 elements, but it should be empty or have 2, one per part",
+       [](CppCall *call) { call->targets.part_shares = shares; }},
+      {"fixed has 3 elements, but it should be empty or have 60, one per cell",
+       [](CppCall *call) { call->targets.fixed = three; }},
+      {"runs is 0, but it should be at least 1", [](CppCall *call) { call->options.runs = 0; }}};
+
+  for (const auto &[message, spoil] : cases) {
+    CppCall call;
+    spoil(&call);
+    const std::string expected = std::string("invalid argument: ") + message;
+    EXPECT_EQ(ErrorOf(call).substr(0, expected.size()), expected);
+  }
+}
+
+TEST(cpp, what_a_callback_throws_comes_out)
+{
+  std::atomic<int> own = 0;
+
+  for (std::atomic<int> *cancel : {static_cast<std::atomic<int> *>(nullptr), &own}) {
+    CppCall call;
+    int ncalls = 0;
+    call.options.runs = 2000000000;
+    call.options.starts = call.options.threads = 3;
+    call.options.cancel = cancel;
+    call.options.log_level = 16;
+    call.options.log = [&](std::string_view) { throw ++ncalls; };
+    EXPECT_THROW(kapris::Partition(call.hypergraph, call.targets, call.options), int);
+    EXPECT_EQ(ncalls, 1);
+    EXPECT_EQ(own, cancel == nullptr ? 0 : 1);
+
+    call.options.log = {};
+    call.options.cancel = nullptr;
+    call.options.progress = [](const kapris::Progress &progress) {
+      if (progress.seconds > 0.0)
+        throw std::string("enough");
+    };
+    EXPECT_THROW(kapris::Partition(call.hypergraph, call.targets, call.options), std::string);
+  }
+}

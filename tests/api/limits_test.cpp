@@ -1,0 +1,224 @@
+// tests/api/limits_test.cpp - calls that are cut short: time, cancellation from outside and from callbacks, memory.
+// SPDX-License-Identifier: MIT
+//
+// The program is linked with --wrap for malloc, calloc and operator new, so that any one allocation can be made to
+// fail.
+
+#include "api/call.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <thread>
+
+// ----------------------------------------------------------------------------------------------------------
+// Allocations that fail
+
+static std::atomic<long> allocations = -1; // that still succeed before one fails; negative = all do
+
+static bool IsRefused()
+{
+  return allocations >= 0 && allocations-- == 0;
+}
+
+extern "C" {
+void *__real_malloc(std::size_t size);
+void *__real_calloc(std::size_t n, std::size_t size);
+void *__real__Znwm(std::size_t size);
+
+void *__wrap_malloc(std::size_t size)
+{
+  return IsRefused() ? nullptr : __real_malloc(size);
+}
+
+void *__wrap_calloc(std::size_t n, std::size_t size)
+{
+  return IsRefused() ? nullptr : __real_calloc(n, size);
+}
+
+void *__wrap__Znwm(std::size_t size)
+{
+  if (IsRefused())
+    throw std::bad_alloc();
+  return __real__Znwm(size);
+}
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// Early ends
+
+// A call that ends only when it is stopped.
+static Call Endless(kapris_scheme scheme)
+{
+  Call call = MakeCall(Circuit(60), 2);
+
+  call.options.scheme = scheme;
+  call.options.runs = 2000000000;
+  return call;
+}
+
+TEST(limits, a_call_that_is_stopped_at_once_delivers_a_partition)
+{
+  static const int now = 1;
+
+  for (std::uint64_t seed = 1; seed <= 40; seed++) {
+    Call call = RandomCall(seed);
+    call.options.runs = 2000000000;
+    call.options.time_limit = 1e-9;
+    const ResultPtr late = Solve(call);
+    EXPECT_EQ(late->status, KAPRIS_TIME_LIMIT);
+    EXPECT_EQ(WrongIn(call, late), "") << seed;
+    EXPECT_EQ(late->best_start, -1);
+
+    call.options.time_limit = 0.0;
+    call.options.cancel = &now;
+    const ResultPtr cancelled = Solve(call);
+    EXPECT_EQ(cancelled->status, KAPRIS_CANCELLED);
+    EXPECT_EQ(PartOf(cancelled), PartOf(late));
+  }
+}
+
+// Notes what the callbacks see, and cancels after a number of calls.
+struct Watcher {
+  std::atomic<int> cancel = 0, inside = 0, overlaps = 0;
+  int nprogress = 0, nlines = 0, lastprogress = INT_MAX, lastline = INT_MAX;
+  kapris_progress last = {0, 0, -1, 0.0};
+  bool backwards = false;
+
+  // Stays for a while, so that other threads of the call come by.
+  void Enter(int milliseconds)
+  {
+    overlaps += inside++ != 0;
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  }
+
+  void Leave()
+  {
+    inside--;
+    if (nprogress >= lastprogress || nlines >= lastline)
+      cancel = 1;
+  }
+};
+
+static void Progress(const kapris_progress *progress, void *user)
+{
+  Watcher *watcher = static_cast<Watcher *>(user);
+
+  watcher->Enter(60);
+  watcher->nprogress += progress->starts_done > 0;
+  watcher->backwards = watcher->backwards || progress->starts_done < watcher->last.starts_done ||
+                       progress->seconds < watcher->last.seconds || progress->starts_done > progress->starts;
+  watcher->last = *progress;
+  watcher->Leave();
+}
+
+static void Log(const char *text, void *user)
+{
+  Watcher *watcher = static_cast<Watcher *>(user);
+
+  watcher->Enter(1);
+  watcher->nlines += std::strchr(text, '\n') != nullptr;
+  watcher->Leave();
+}
+
+static void Watch(Call *call, Watcher *watcher)
+{
+  call->options.cancel = reinterpret_cast<volatile int *>(&watcher->cancel);
+  call->options.user = watcher;
+  call->options.progress = Progress;
+}
+
+TEST(limits, callbacks_come_one_at_a_time_and_can_cancel)
+{
+  for (kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY}) {
+    Watcher several;
+    several.lastprogress = 3;
+    Call call = MakeCall(Circuit(60), 2);
+    Watch(&call, &several);
+    call.options.scheme = scheme;
+    call.options.runs = 1;
+    call.options.starts = 100000;
+    call.options.threads = 3;
+    call.options.log = Log;
+    call.options.log_level = 16;
+    const ResultPtr result = Solve(call);
+    EXPECT_EQ(result->status, KAPRIS_CANCELLED);
+    EXPECT_EQ(WrongIn(call, result), "");
+    EXPECT_GE(several.nprogress, 3);
+    EXPECT_GT(several.nlines, 0);
+    EXPECT_EQ(several.overlaps, 0);
+    EXPECT_FALSE(several.backwards);
+    EXPECT_EQ(several.last.starts, 100000);
+
+    // The line of the third trial comes after the first has given a partition.
+    Watcher trials;
+    trials.lastline = 3;
+    call = Endless(scheme);
+    Watch(&call, &trials);
+    call.options.log = Log;
+    call.options.log_level = 16;
+    const ResultPtr third = Solve(call);
+    EXPECT_EQ(third->status, KAPRIS_CANCELLED);
+    EXPECT_EQ(WrongIn(call, third), "");
+    EXPECT_EQ(third->best_start, 0);
+    EXPECT_EQ(third->starts[0].completed, 0);
+  }
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// Memory
+
+TEST(limits, a_memory_limit_is_kept_or_the_call_fails_cleanly)
+{
+  for (int threads : {1, 3}) {
+    Call call = MakeCall(Circuit(60), 5);
+    const ResultPtr unlimited = Solve(call);
+    const std::size_t blocks = Ledger__()->blocks;
+    int nfailures = 0;
+
+    call.options.threads = threads;
+    for (std::size_t limit = 1;; limit += 1 + limit / 16) {
+      call.options.memory_limit = limit;
+      const ResultPtr result = Solve(call);
+      EXPECT_EQ(Ledger__()->blocks, blocks);
+      EXPECT_LE(result->peak_bytes, limit);
+      if (result->status == KAPRIS_OK) {
+        EXPECT_EQ(FiguresOf(result), FiguresOf(unlimited));
+        break;
+      }
+      ASSERT_EQ(result->status, KAPRIS_MEMORY_LIMIT);
+      EXPECT_EQ(std::string(result->message).substr(0, 29), "Memory allocation failed for ");
+      nfailures++;
+    }
+    EXPECT_GT(nfailures, 100);
+  }
+}
+
+TEST(limits, any_allocation_may_fail)
+{
+  for (int threads : {1, 3}) {
+    Call call = MakeCall(Circuit(30), 4);
+    call.options.runs = 1;
+    call.options.starts = call.options.threads = threads;
+    Connect(&call);
+    const auto usual = FiguresOf(SolveConnected(call));
+
+    for (long n = 0;; n += 1 + n / 64) {
+      kapris_result *result = nullptr;
+      allocations = n;
+      const kapris_status status = kapris_partition(&call.problem, &call.options, &result);
+      const bool failed = allocations < 0;
+      allocations = -1;
+      const ResultPtr owner(result);
+      if (!failed)
+        break;
+      // The call can do with fewer threads.
+      if (status == KAPRIS_OK && threads > 1)
+        EXPECT_EQ(FiguresOf(owner), usual);
+      else
+        ASSERT_EQ(status, KAPRIS_OUT_OF_MEMORY) << "allocation " << n;
+      EXPECT_TRUE(status == KAPRIS_OK || owner == nullptr || owner->part == nullptr);
+    }
+    EXPECT_EQ(FiguresOf(SolveConnected(call)), usual);
+  }
+}
