@@ -198,8 +198,11 @@ static void Partition(const kapris_problem *problem, const kapris_options *optio
   const CleanProblem clean = MakeCleanProblem__(problem, options);
   result->seconds_prepare = SecondsSince__(began);
 
+  // There is never more to do at once than one bisection per part of every start.
+  const std::int64_t nthreads =
+      std::min<std::int64_t>(options->threads, static_cast<std::int64_t>(options->starts) * clean.nparts);
   const std::unique_ptr<TaskPool, PoolCloser> pool(
-      StartPool__(options->threads, ledger, TraceSink{WriteLog, log}));
+      StartPool__(static_cast<int>(nthreads), ledger, TraceSink{WriteLog, log}));
   Run run = {&clean, options, options->seed, began, pool.get(), nullptr, &log->lock, 0.0, {GOES_ON}, {}, {},
              {},     0};
   if (run.seed < 0)

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 static void Require(bool valid, const char *message)
 {
@@ -14,18 +15,26 @@ static void Require(bool valid, const char *message)
     errexit__("%s", message);
 }
 
+// Whether an enumeration of the caller has a value 0 .. last; it can hold any int.
+template <class Enumeration>
+static bool IsUpTo(const Enumeration *value, int last)
+{
+  static_assert(sizeof(Enumeration) == sizeof(int));
+  int number;
+
+  std::memcpy(&number, value, sizeof number);
+  return number >= 0 && number <= last;
+}
+
 void CheckOptions__(const kapris_options *options)
 {
   Require(options->size == sizeof(kapris_options),
           "options: not filled by kapris_init_options of this version");
-  Require(options->scheme == KAPRIS_RECURSIVE || options->scheme == KAPRIS_KWAY, "scheme: no such value");
-  Require(options->objective == KAPRIS_CUT || options->objective == KAPRIS_SOED, "objective: no such value");
-  Require(options->coarsening >= KAPRIS_ALTERNATE && options->coarsening <= KAPRIS_PAIRS,
-          "coarsening: no such value");
-  Require(options->refinement >= KAPRIS_FM && options->refinement <= KAPRIS_EARLY_EXIT_FM,
-          "refinement: no such value");
-  Require(options->vcycle >= KAPRIS_VCYCLE_NEVER && options->vcycle <= KAPRIS_VCYCLE_CLOSE,
-          "vcycle: no such value");
+  Require(IsUpTo(&options->scheme, KAPRIS_KWAY), "scheme: no such value");
+  Require(IsUpTo(&options->objective, KAPRIS_SOED), "objective: no such value");
+  Require(IsUpTo(&options->coarsening, KAPRIS_PAIRS), "coarsening: no such value");
+  Require(IsUpTo(&options->refinement, KAPRIS_EARLY_EXIT_FM), "refinement: no such value");
+  Require(IsUpTo(&options->vcycle, KAPRIS_VCYCLE_CLOSE), "vcycle: no such value");
   if (options->runs < 1)
     errexit__("runs is %d, but it should be at least 1", options->runs);
   if (options->reconst != 0 && options->reconst != 1)

@@ -183,13 +183,14 @@ static bool IsBetter(const Run *run, const Candidate *a, const Candidate *b)
   return key(a) < key(b);
 }
 
-// Balances the partition and makes it the best of the call if it is. Takes over part.
+// Makes the partition, balanced if need be, the best of the call if it is. Takes over part.
 static Measures Consider(Run *run, int index, int *part)
 {
   const CleanProblem *problem = run->problem;
   Candidate candidate = {part, Measure__(problem, part, nullptr), index};
 
-  if (!candidate.measures.balanced) {
+  // Balancing cannot be interrupted: not for what is only a fallback, nor after the end of the time.
+  if (!candidate.measures.balanced && index != BEFORE_STARTS && run->stop == GOES_ON) {
     const BalanceProblem balance = {problem->ncells,  problem->nnets,
                                     problem->cellwgt, problem->netwgt,
                                     problem->netptr,  problem->netind,

@@ -71,11 +71,13 @@ void PopErrorHandler__()
   handlers--;
 }
 
+#if KAPRIS_CHECK_LEVEL > 0
 void CheckFailed__(const char *what, const char *file, int line)
 {
   std::fprintf(stderr, "kapris: internal check failed: %s (%s:%d)\n", what, file, line);
   std::abort();
 }
+#endif
 
 const Ledger *Ledger__()
 {

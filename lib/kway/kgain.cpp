@@ -131,6 +131,7 @@ void ComputeInitKwayGains__(const Control *ctrl, HGraph *graph)
   graph->mincut = graph->soed = 0;
 
   for (int j = 0; j < graph->nnets; j++) {
+    CheckpointAt__(ctrl, j);
     NetInfo *net = &graph->nrinfo[j];
     net->ndegrees = 0;
     for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++)
@@ -141,6 +142,8 @@ void ComputeInitKwayGains__(const Control *ctrl, HGraph *graph)
     }
   }
   for (int i = 0; i < graph->ncells; i++) {
+    if (i % 256 == 0) // a record takes long where nets touch many parts
+      Checkpoint__(ctrl);
     int *pwgt = &graph->kpwgts[graph->where[i]];
     *pwgt = AddWrap__(*pwgt, graph->cellwgt[i]);
     ComputeCellRecord(graph, i);

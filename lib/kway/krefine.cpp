@@ -156,6 +156,7 @@ static int RunPass(const Control *ctrl, HGraph *graph, const Limits *limits, con
       continue;
     MoveCell(ctrl, graph, v, *target, marker, updind);
     nmoves++;
+    Checkpoint__(ctrl); // a move takes long where nets are large and parts many
   }
   return nmoves;
 }

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
-"""Checks what no compiler checks: folder edges, headers that compile alone, exported symbols.
+"""Checks what no compiler checks: folder edges, headers that compile alone, exported symbols, calls that could end
+the host's process or print.
 
-usage: structure.py includes|headers|symbols --lib DIR [--cxx COMMAND --cc COMMAND] [--shared FILE --nm COMMAND]
+usage: structure.py includes|headers|symbols|calls --lib DIR [--cxx COMMAND --cc COMMAND] [--shared FILE]
+                    [--static FILE --checks LEVEL] [--nm COMMAND]
 """
 # SPDX-License-Identifier: MIT
 import argparse
@@ -67,16 +69,42 @@ def wrong_symbols(args):
         yield f"exported but not declared: {sorted(exported - declared)}"
 
 
+# How a library could end its host or write where it was not asked to; one file may.
+OUTPUT = {"printf", "vprintf", "fprintf", "vfprintf", "puts", "putchar", "fputs", "fputc", "fwrite", "fflush", "stdout",
+          "stderr", "_ZSt4cout", "_ZSt4cerr", "_ZSt4clog"}
+ENDS = {"exit", "_exit", "_Exit", "quick_exit", "abort"}
+MAY = {"memory.cpp.o": (OUTPUT | {"exit"})}
+
+
+def wrong_calls(args):
+    objects = 0
+    listing = subprocess.run([args.nm, "-u", args.static], capture_output=True, text=True, check=True).stdout
+    for block in listing.split("\n\n"):
+        lines = block.strip().splitlines()
+        name = lines[0].rstrip(":") if lines else ""
+        objects += name.endswith(".o")
+        for line in lines[1:]:
+            symbol = line.split()[-1].split("@")[0]
+            allowed = MAY.get(name, set()) | ({"abort"} if args.checks != "0" and name in MAY else set())
+            if symbol in OUTPUT | ENDS and symbol not in allowed:
+                yield f"{name} uses {symbol}"
+    if objects < 30:
+        yield f"only {objects} objects found in {args.static}"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("check", choices=["includes", "headers", "symbols"])
+    parser.add_argument("check", choices=["includes", "headers", "symbols", "calls"])
     parser.add_argument("--lib", type=pathlib.Path, required=True)
     parser.add_argument("--cxx")
     parser.add_argument("--cc")
     parser.add_argument("--shared")
+    parser.add_argument("--static")
+    parser.add_argument("--checks", default="0")
     parser.add_argument("--nm", default="nm")
     args = parser.parse_args()
-    check = {"includes": wrong_includes, "headers": broken_headers, "symbols": wrong_symbols}[args.check]
+    check = {"includes": wrong_includes, "headers": broken_headers, "symbols": wrong_symbols,
+             "calls": wrong_calls}[args.check]
     faults = list(check(args))
     print("\n".join(faults))
     sys.exit(1 if faults else 0)
