@@ -15,10 +15,10 @@
  *   netind    [netptr[nnets]] the pins, cell numbers in 0 .. ncells-1
  *   netwgts   [nnets] net weights >= 0, or NULL: every net weighs 1
  *
- * A net may have one pin or none, and may name a cell twice. Two limits keep every sum within 32 bits: twice
- * the total cell weight, and the total net weight plus one, must be at most 2^31-1; for the k-way functions,
- * and for KAPRIS_PartRecursive into 3 to 64 parts, also ten times the total net weight plus one, and the sum
- * over the nets of weight x min(pins, nparts).
+ * A net may have one pin or none, and may name a cell twice. These limits keep every sum within 32 bits: twice the
+ * total cell weight, the total net weight plus one, and the weight of the nets of any one cell, counted once for each
+ * pin on it, must be at most 2^31-1; for the k-way functions, and for KAPRIS_PartRecursive into 3 to 64 parts, also ten
+ * times the total net weight plus one, and the sum over the nets of weight x min(pins, nparts).
  *
  * The other arguments:
  *

@@ -109,49 +109,6 @@ TEST(api, invalid_arguments_are_named)
   kapris_free_result(nullptr);
 }
 
-TEST(api, small_problems_and_those_without_solution)
-{
-  for (kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY}) {
-    Call empty = MakeCall({0, {}, {}, {}}, 5);
-    empty.options.scheme = scheme;
-    Connect(&empty);
-    empty.problem.net_starts = nullptr;
-    const ResultPtr nothing = SolveConnected(empty);
-    ASSERT_EQ(nothing->status, KAPRIS_OK) << nothing->message;
-    EXPECT_EQ(WrongIn(empty, nothing), "");
-
-    // Parts may hold one cell, so every net is cut and spans as many parts as it has cells.
-    Call scattered = MakeCall({3, {{0, 1}, {1, 2, 0}}, {}, {7, 20}}, 7);
-    scattered.options.scheme = scheme;
-    scattered.percent = 0;
-    const ResultPtr three = Solve(scattered);
-    EXPECT_EQ(three->status, KAPRIS_OK) << three->message;
-    EXPECT_EQ(three->cut, 27);
-    EXPECT_EQ(three->connectivity, 47);
-
-    // All weight in one cell, and two fixed cells in a part that has room for one.
-    Call heavy = MakeCall({4, {{0, 1}, {2, 3}}, {9, 0, 0, 0}, {}}, 3);
-    Call crowded = MakeCall({4, {{0, 1}, {2, 3}}, {}, {}}, 4);
-    heavy.options.scheme = crowded.options.scheme = scheme;
-    heavy.percent = crowded.percent = 0;
-    crowded.fixed = {1, 1, -1, -1};
-    for (const Call &call : {heavy, crowded}) {
-      const ResultPtr result = Solve(call);
-      EXPECT_EQ(result->status, KAPRIS_INFEASIBLE);
-      EXPECT_EQ(WrongIn(call, result), "");
-    }
-  }
-}
-
-TEST(api, absent_weights_are_ones)
-{
-  Call absent = MakeCall(Circuit(80), 3), ones = absent;
-
-  ones.instance.cellwgt.assign(80, 1);
-  ones.instance.netwgt.assign(ones.instance.nets.size(), 1);
-  EXPECT_EQ(FiguresOf(Solve(absent)), FiguresOf(Solve(ones)));
-}
-
 TEST(api, neither_threads_nor_the_number_of_starts_change_what_a_start_gives)
 {
   for (kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY}) {
@@ -185,17 +142,6 @@ TEST(api, neither_threads_nor_the_number_of_starts_change_what_a_start_gives)
       }
     }
   }
-}
-
-TEST(api, a_seed_from_the_clock_is_reported)
-{
-  Call call = MakeCall(Circuit(200), 4);
-
-  call.options.seed = -1;
-  const ResultPtr first = Solve(call);
-  call.options.seed = first->seed;
-  EXPECT_GE(first->seed, 0);
-  EXPECT_EQ(FiguresOf(Solve(call)), FiguresOf(first));
 }
 
 // Nets of one pin and cells that a net names twice make the classic interface miscount this one, and say so.

@@ -55,47 +55,6 @@ TEST(cpp, gives_what_c_gives)
   EXPECT_GT(result.peak_bytes, 0u);
 }
 
-// The status and the text of the Error that a call throws.
-static std::string ErrorOf(const CppCall &call)
-{
-  try {
-    kapris::Partition(call.hypergraph, call.targets, call.options);
-  } catch (const kapris::Error &error) {
-    return std::string(kapris::StatusName(error.status())) + ": " + error.what();
-  }
-  return "no error";
-}
-
-TEST(cpp, refuses_arrays_of_the_wrong_length)
-{
-  static const std::vector<int> three = {0, 0, 0}, negative = {0, -2};
-  static const std::vector<double> shares = {0.5, 0.25, 0.25};
-  const std::vector<std::tuple<const char *, std::function<void(CppCall *)>>> cases = {
-      {"pins has 3 elements, but it should have as many as net_starts ends with, which is ",
-       [](CppCall *call) { call->hypergraph.pins = three; }},
-      {"pins has 3 elements, but it should have as many as net_starts ends with, which is -2",
-       [](CppCall *call) {
-         call->hypergraph.net_starts = negative;
-         call->hypergraph.pins = three;
-       }},
-      {"cell_weights has 3 elements, but it should be empty or have 60, one per cell",
-       [](CppCall *call) { call->hypergraph.cell_weights = three; }},
-      {"net_weights has 3 elements, but it should be empty or have 120, one per net",
-       [](CppCall *call) { call->hypergraph.net_weights = three; }},
-      {"part_shares has 3 elements, but it should be empty or have 2, one per part",
-       [](CppCall *call) { call->targets.part_shares = shares; }},
-      {"fixed has 3 elements, but it should be empty or have 60, one per cell",
-       [](CppCall *call) { call->targets.fixed = three; }},
-      {"runs is 0, but it should be at least 1", [](CppCall *call) { call->options.runs = 0; }}};
-
-  for (const auto &[message, spoil] : cases) {
-    CppCall call;
-    spoil(&call);
-    const std::string expected = std::string("invalid argument: ") + message;
-    EXPECT_EQ(ErrorOf(call).substr(0, expected.size()), expected);
-  }
-}
-
 TEST(cpp, what_a_callback_throws_comes_out)
 {
   std::atomic<int> own = 0;

@@ -112,33 +112,6 @@ TEST(rebalance, leaves_a_balanced_partition_alone_without_allocating)
   EXPECT_EQ(part[4000] + part[3000], 7000);
 }
 
-// 7 + 4 against 6 + 3 with limits of 10: either 7 and 6 or 4 and 3 change places. The second swap would cut
-// the heavy net between the 4 and the fixed cell.
-TEST(rebalance, swaps_where_no_single_move_fits)
-{
-  Task task = {{5, {{1, 4}, {0, 3}}, {7, 4, 6, 3, 0}, {5, 1}}, {10, 10}, {-1, -1, -1, -1, 0}};
-  Ints part = {0, 0, 1, 1, 0};
-
-  EXPECT_EQ(Rebalanced(&task, &part), BALANCED);
-  EXPECT_EQ(part, Ints({1, 0, 0, 1, 0}));
-
-  // Each 7 of part 0 belongs to another part and must change places with the 6 there, one after another.
-  Task three = {{10, {{0, 7}, {1, 8}, {2, 9}}, {7, 7, 7, 6, 6, 6, 4, 0, 0, 0}, {}},
-                {22, 7, 7, 7},
-                {-1, -1, -1, -1, -1, -1, -1, 3, 2, 1}};
-  part = {0, 0, 0, 1, 2, 3, 0, 3, 2, 1};
-  EXPECT_EQ(Rebalanced(&three, &part), BALANCED);
-  EXPECT_EQ(part, Ints({3, 2, 1, 0, 0, 0, 0, 3, 2, 1}));
-}
-
-TEST(rebalance, packs_heavy_cells_where_moves_and_swaps_fail)
-{
-  EXPECT_EQ(Packed({6, 6, 4, 4, 4}, {12, 12}), BALANCED);
-  EXPECT_EQ(Packed({6, 6, 4, 4, 4}, {12, 12}, {0, -1, 1, -1, -1}), BALANCED); // 6 + 6 and 4 + 4 + 4
-  EXPECT_EQ(Packed({5, 4, 5, 3, 3, 6}, {5, 9, 12}), BALANCED);                // 5, 5 + 4 and 6 + 3 + 3
-  EXPECT_EQ(Packed({26, 33, 41, 27, 30, 43, 28, 35, 37, 29, 25, 46}, {100, 100, 100, 100}), BALANCED);
-}
-
 TEST(rebalance, shows_what_is_impossible_and_comes_as_close_as_it_can)
 {
   std::int64_t excess;

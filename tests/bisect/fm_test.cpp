@@ -85,17 +85,6 @@ TEST(fm, a_move_changes_the_gains_of_its_net_by_the_pins_left_and_arrived)
   }
 }
 
-TEST(fm, the_bounds_are_single_precision_on_side_0_and_double_on_side_1)
-{
-  for (int total : {1000, 100}) {
-    Level level({2, {}, {total, 0}, {}}, "01", 0.05f);
-    FMState state;
-    FM_SetBounds__(&level.ctrl, level.graph, &state);
-    EXPECT_EQ(state.minpwgt[0], total == 1000 ? 450 : 45);
-    EXPECT_EQ(state.minpwgt[1], total == 1000 ? 449 : 44);
-  }
-}
-
 template <int percent>
 static void EarlyExit(Control *ctrl, HGraph *graph, int npasses)
 {
@@ -183,20 +172,4 @@ TEST(fm, passes_decide_by_gain_room_and_balance)
     const bool stale = row.refine == Refine_FM__ || row.refine == Refine_FM2__;
     EXPECT_VALID(stale ? nullptr : CheckGains__(level.graph));
   }
-}
-
-TEST(fm, the_validators_name_what_is_broken)
-{
-  Level level({4, {{0, 1}, {2, 3}}, {}, {}}, "0011");
-
-  level.graph->gain[3]++;
-  EXPECT_STREQ(CheckGains__(level.graph), "gain: not the fall of the cut when the cell changes sides");
-  level.graph->ndeg[1][0]++;
-  EXPECT_STREQ(CheckGains__(level.graph), "ndeg: not the pins of the net on each side");
-  level.graph->mincut++;
-  EXPECT_STREQ(CheckBisection__(level.graph), "mincut: not the cut of where");
-  level.graph->pwgts[1]++;
-  EXPECT_STREQ(CheckBisection__(level.graph), "pwgts: not the sums of the sides");
-  level.graph->where[2] = 2;
-  EXPECT_STREQ(CheckBisection__(level.graph), "where: a cell is on no side");
 }

@@ -38,22 +38,6 @@ struct Queue : PQueue {
 
 } // namespace
 
-TEST(pqueue, buckets_give_the_newest_of_equal_gains_and_the_heap_prefers_parent_and_left_child)
-{
-  Queue buckets(9, {5, 5, 5, 3, -1}), heap(HEAP, {9, 7, 8, 1});
-
-  PQueueUpdate__(&buckets, 0, 5, 5);  // leaves the order alone
-  PQueueUpdate__(&buckets, 3, 3, -1); // now the newest of its bucket
-  EXPECT_EQ(buckets.TakeAll(), Ints({2, 1, 0, 3, 4}));
-  EXPECT_EQ(buckets.topgain, -9);
-  EXPECT_EQ(Queue(2, {-7}).TakeAll(), Ints({0})); // the buckets grow
-  PQueueUpdate__(&heap, 3, 1, 9);                 // rises above 7, not above an equal parent
-  PQueueUpdate__(&heap, 2, 8, -8);                // has no children
-  EXPECT_EQ(heap.TakeAll(), Ints({0, 3, 1, 2}));
-  EXPECT_EQ(Queue(HEAP, {5, 5, 5}).TakeAll(), Ints({0, 2, 1})); // the last entry replaces the first
-  EXPECT_EQ(Queue(HEAP, {9, 7, 7, 1}).TakeAll(), Ints({0, 1, 2, 3}));
-}
-
 TEST(pqueue, a_weight_limit_above_1000_finds_a_fitting_item_of_positive_gain)
 {
   const Ints wgts = {2000, 1002, 1500, 1001, 1, 1001};
@@ -102,22 +86,4 @@ TEST(pqueue, agrees_with_a_list_over_random_operations)
       ASSERT_EQ(queue.nnodes, static_cast<int>(list.size())) << step;
     }
   }
-}
-
-TEST(pqueue, the_validator_names_what_is_broken)
-{
-  Queue buckets(5, {3, 2, 2}), heap(HEAP, {3, 2, 1});
-
-  buckets.topgain++;
-  EXPECT_STREQ(CheckQueue__(&buckets), "topgain: not the highest gain");
-  buckets.nnodes--;
-  EXPECT_STREQ(CheckQueue__(&buckets), "nnodes: not the number of queued items");
-  buckets.nodes[1].prev = NOT_QUEUED; // it lies behind item 2
-  EXPECT_STREQ(CheckQueue__(&buckets), "nodes: a bucket's list is not linked both ways");
-  heap.nnodes--;
-  EXPECT_STREQ(CheckQueue__(&heap), "nnodes: not the number of queued items");
-  heap.heap[1].key = 4;
-  EXPECT_STREQ(CheckQueue__(&heap), "heap: a child is above its parent");
-  heap.locator[0] = NOT_QUEUED;
-  EXPECT_STREQ(CheckQueue__(&heap), "locator: an item is not where it says");
 }
