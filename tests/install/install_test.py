@@ -8,7 +8,6 @@ usage: install_test.py CHECK --config FILE
   pkg_config_shared  C and C++ programs through pkg-config
   pkg_config_static  the same, linked statically
   subproject         C programs in a project without C++ that builds the library as a part of it
-  debian             the Debian package, and a program against its content
 
 FILE is what CMake wrote about the build. Exit status 77: skipped, for the reason printed.
 """
@@ -170,49 +169,12 @@ def check_subproject(build):
             fail(f"KAPRIS_INSTALL installs only {sorted(files)}")
 
 
-def check_debian(build):
-    for tool in ("dpkg-deb", "dpkg-shlibdeps", "file", "readelf", "pkg-config"):
-        if not shutil.which(tool):
-            skip(f"{tool} is not installed")
-    if build.sanitize:
-        skip("a package of a sanitized build is of no use")
-    folder = fresh(build.scratch / "debian")
-    # The generator of this build would build all targets first; Ninja has no such step, and all is built.
-    run("cpack", "-G", "DEB", "--config", f"{build.binary}/CPackConfig.cmake", "-B", folder,
-        "-D", "CPACK_CMAKE_GENERATOR=Ninja")
-    packages = list(folder.glob("*.deb"))
-    if len(packages) != 1:
-        fail(f"made {packages}, not one package")
-
-    fields = dict(line.split(": ", 1) for line in run("dpkg-deb", "-f", packages[0]).splitlines()
-                  if line and not line.startswith(" "))
-    for name, value in {"Package": "kapris", "Version": build.version, "Section": "math",
-                        "Maintainer": "kapris developers <maintainers@kapris.invalid>"}.items():
-        if fields.get(name) != value:
-            fail(f"{name} is {fields.get(name)!r}, not {value!r}")
-    for needed in ("libc6", "libstdc++6"):
-        if needed not in fields["Depends"]:
-            fail(f"Depends lacks {needed}")
-
-    tree = folder / "tree"
-    run("dpkg-deb", "-x", packages[0], tree)
-    outside = [str(file) for file in tree.iterdir() if file.name != "usr"]
-    if outside:
-        fail(f"the package has {outside} outside of /usr")
-    libdir = tree / "usr" / build.libdir
-    flags = shlex.split(run("pkg-config", "--cflags", "--libs", "kapris", PKG_CONFIG_LIBDIR=libdir / "pkgconfig"))
-    program = folder / "program"
-    run(build.cc, "-o", program, HERE / "consumer" / "main.c", *flags)
-    check_program(build, program, "C", "shared", LD_LIBRARY_PATH=libdir)
-
-
 CHECKS = {
     "tree": check_tree,
     "find_package": check_find_package,
     "pkg_config_shared": lambda build: check_pkg_config(build, "shared"),
     "pkg_config_static": lambda build: check_pkg_config(build, "static"),
     "subproject": check_subproject,
-    "debian": check_debian,
 }
 
 
