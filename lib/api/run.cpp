@@ -26,7 +26,6 @@ namespace
 
 struct Start {
   Run *run;
-  int index;
   int *incumbent; // the best complete partition of this start so far
   bool hasincumbent;
 };
@@ -222,7 +221,7 @@ static void RunStart(Run *run, int index)
   const auto began = std::chrono::steady_clock::now();
   kapris_start *record = &run->starts[index];
   int *part = imalloc__(run->problem->ncells, "api: part");
-  Start start = {run, index, imalloc__(run->problem->ncells, "api: incumbent"), false};
+  Start start = {run, imalloc__(run->problem->ncells, "api: incumbent"), false};
 
   record->seed = SeedOf(run, index);
   try {

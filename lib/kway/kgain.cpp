@@ -73,9 +73,9 @@ static inline int AddPin(NetInfo *net, int p)
 static inline int RemovePin(NetInfo *net, int p)
 {
   NetDegree *entry = FindPart(net, p);
-  const int left = --entry->npins;
 
-  CHECK_LIGHT(entry < net->degrees + net->ndegrees);
+  CHECK_NORMAL(entry < net->degrees + net->ndegrees);
+  const int left = --entry->npins;
   if (left == 0)
     *entry = net->degrees[--net->ndegrees];
   return left;
