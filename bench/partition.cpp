@@ -6,10 +6,11 @@
 // cut, soed and imbalance are recomputed from the part vector; wrongcuts counts what the library reports itself.
 
 #include "failure.h"
-#include "files.h"
-#include "hgr.h"
 #include "kapris.h"
-#include "measures.h"
+
+#include "io/files.h"
+#include "io/hgr.h"
+#include "measure/measures.h"
 
 #include <chrono>
 #include <cstdio>

@@ -2,7 +2,8 @@
 // it. SPDX-License-Identifier: MIT
 
 #include "failure.h"
-#include "hgr.h"
+
+#include "io/hgr.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -1,9 +1,9 @@
-// cli/report.h - the lines "name  value" that the verbs print.
+// cli/measure/report.h - the lines "name  value" that the verbs print.
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "hgr.h"
-#include "measures.h"
+#include "io/hgr.h"
+#include "measure/measures.h"
 
 #include <fmt/format.h>
 #include <string>

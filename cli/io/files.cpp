@@ -1,11 +1,11 @@
-// cli/files.cpp - whole files in and out.
+// cli/io/files.cpp - whole files in and out.
 // SPDX-License-Identifier: MIT
 //
 // A regular file is written under a temporary name in its own directory and then renamed, so that a reader
 // sees the old contents or the new, never a part. Devices and pipes cannot be renamed over; they are written
 // as they are.
 
-#include "files.h"
+#include "io/files.h"
 
 #include "failure.h"
 

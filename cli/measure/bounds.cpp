@@ -1,10 +1,10 @@
-// cli/bounds.cpp - what the library can add up, and how heavy its recursion may make a part.
+// cli/measure/bounds.cpp - what the library can add up, and how heavy its recursion may make a part.
 // SPDX-License-Identifier: MIT
 //
 // The library ends the process with status 0 when a sum is too large. So the tool finds out first, in 64
 // bits, and fails with a status that says so. kapris.h states the limits.
 
-#include "bounds.h"
+#include "measure/bounds.h"
 
 #include "failure.h"
 

@@ -1,4 +1,4 @@
-// cli/hgr.h - the hypergraph record of the tool and the reader of .hgr text.
+// cli/io/hgr.h - the hypergraph record of the tool and the reader of .hgr text.
 // SPDX-License-Identifier: MIT
 #pragma once
 

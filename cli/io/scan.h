@@ -1,4 +1,4 @@
-// cli/scan.h - whole numbers line by line out of a text in memory, with the place of every fault.
+// cli/io/scan.h - whole numbers line by line out of a text in memory, with the place of every fault.
 // SPDX-License-Identifier: MIT
 //
 // Lines end with '\n' or with the text; blanks, tabs and carriage returns separate, which also covers "\r\n"

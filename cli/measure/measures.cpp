@@ -1,10 +1,10 @@
-// cli/measures.cpp - the quality of a partition, from its definition and without the library.
+// cli/measure/measures.cpp - the quality of a partition, from its definition and without the library.
 // SPDX-License-Identifier: MIT
 //
 // Sums stay below 2^63: a file has fewer than 2^31 pins and cells, so the spans of all nets add up to less
 // than 2^31, and a weight is less than 2^31.
 
-#include "measures.h"
+#include "measure/measures.h"
 
 #include <algorithm>
 

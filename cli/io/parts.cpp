@@ -1,9 +1,9 @@
-// cli/parts.cpp - part files: one part number per line, in the order of the cells, counted from 0.
+// cli/io/parts.cpp - part files: one part number per line, in the order of the cells, counted from 0.
 // SPDX-License-Identifier: MIT
 
-#include "parts.h"
+#include "io/parts.h"
 
-#include "scan.h"
+#include "io/scan.h"
 
 #include <cctype>
 #include <charconv>

@@ -1,4 +1,4 @@
-// cli/hgr.cpp - the reader of .hgr text.
+// cli/io/hgr.cpp - the reader of .hgr text.
 // SPDX-License-Identifier: MIT
 //
 //   header   nets, cells and which weights follow                ReadHeader
@@ -11,10 +11,11 @@
 // Nothing is repaired: a pin that a net names twice, a net of one pin and a net without pins stay as they
 // are.
 
-#include "hgr.h"
+#include "io/hgr.h"
 
 #include "failure.h"
-#include "scan.h"
+
+#include "io/scan.h"
 
 #include <climits>
 #include <fmt/format.h>

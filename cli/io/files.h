@@ -1,4 +1,4 @@
-// cli/files.h - whole files in and out.
+// cli/io/files.h - whole files in and out.
 // SPDX-License-Identifier: MIT
 #pragma once
 

@@ -1,7 +1,7 @@
-// cli/scan.cpp - whole numbers line by line out of a text in memory, with the place of every fault.
+// cli/io/scan.cpp - whole numbers line by line out of a text in memory, with the place of every fault.
 // SPDX-License-Identifier: MIT
 
-#include "scan.h"
+#include "io/scan.h"
 
 #include "failure.h"
 

@@ -1,9 +1,9 @@
-// cli/report.cpp - the lines "name  value" that the verbs print.
+// cli/measure/report.cpp - the lines "name  value" that the verbs print.
 // SPDX-License-Identifier: MIT
 
-#include "report.h"
+#include "measure/report.h"
 
-#include "bounds.h"
+#include "measure/bounds.h"
 
 #include <algorithm>
 

@@ -1,19 +1,20 @@
-// cli/partition.cpp - kapris partition: a .hgr file in, a part file and a summary out.
+// cli/verbs/partition.cpp - kapris partition: a .hgr file in, a part file and a summary out.
 // SPDX-License-Identifier: MIT
 //
 //   check    the output can be written, the sums fit   CheckOutput, CheckSums
 //   run      the library                               RunLibrary
 //   write    the part file, then the summary           WriteFile, Summary
 
-#include "bounds.h"
 #include "failure.h"
-#include "files.h"
-#include "hgr.h"
 #include "kapris.h"
-#include "measures.h"
-#include "parts.h"
-#include "report.h"
-#include "verbs.h"
+
+#include "io/files.h"
+#include "io/input.h"
+#include "io/parts.h"
+#include "measure/bounds.h"
+#include "measure/measures.h"
+#include "measure/report.h"
+#include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
 #include <chrono>
@@ -30,7 +31,7 @@ namespace kapris_cli
 {
 
 struct PartitionRequest {
-  std::string file;
+  Input input;
   std::string fixed; // empty: no cell is fixed
   std::string out;
   int nparts = 2;
@@ -110,7 +111,7 @@ static Outcome RunLibrary(const PartitionRequest &request, const Hgr &hgr, const
 // FILE.part.N in the working directory, whichever directory FILE is in.
 static std::string DefaultOutput(const PartitionRequest &request)
 {
-  const std::string name = InputName(request.file);
+  const std::string name = NameOf(request.input);
 
   return fmt::format("{}.part.{}", name.substr(name.rfind('/') + 1), request.nparts);
 }
@@ -118,7 +119,7 @@ static std::string DefaultOutput(const PartitionRequest &request)
 static std::string Summary(const PartitionRequest &request, const Hgr &hgr, const Outcome &outcome,
                            const Measures &measures)
 {
-  return FormatSizes(InputName(request.file), hgr) + Line("parts", request.nparts) +
+  return FormatSizes(NameOf(request.input), hgr) + Line("parts", request.nparts) +
          Line("imbalance", fmt::format("{}%", request.imbalance)) + Line("runs", request.runs) +
          Line("seed", fmt::format("{}{}", request.seed, request.seed < 0 ? " (clock)" : "")) +
          Line("cut", measures.cut) + FormatWeights(measures, request.nparts, request.imbalance) +
@@ -128,14 +129,14 @@ static std::string Summary(const PartitionRequest &request, const Hgr &hgr, cons
 
 static ExitStatus Partition(PartitionRequest request)
 {
-  if (request.file == "-" && request.fixed == "-")
+  if (request.input.path == "-" && request.fixed == "-")
     throw Failure{EXIT_USAGE, "only one of FILE and FIXED can be standard input"};
   if (request.out.empty())
     request.out = DefaultOutput(request);
-  CheckOutput(request.out, request.file);
+  CheckOutput(request.out, request.input.path);
 
-  const Hgr hgr = ReadHgr(InputName(request.file), ReadFile(request.file));
-  CheckSums(InputName(request.file), hgr, request.nparts);
+  const Hgr hgr = ReadHypergraph(request.input);
+  CheckSums(NameOf(request.input), hgr, request.nparts);
   std::vector<int> fixed;
   if (!request.fixed.empty())
     fixed = ReadFixed(InputName(request.fixed), ReadFile(request.fixed), hgr.ncells, request.nparts);
@@ -158,9 +159,7 @@ void AddPartition(CLI::App *app, Run *run)
       "down to the parts. For 3 to 64 parts the largest of these limits holds for every part. A part above\n"
       "its limit is reported as over, and the exit status is 4.\n\n"
       "FILE counts pins from 1, the part file counts parts from 0.");
-  verb->add_option("FILE", request->file, "Hypergraph in .hgr format, - for standard input")
-      ->required()
-      ->type_name("");
+  AddInput(verb, &request->input);
   verb->add_option("-k,--parts", request->nparts, "Number of parts, at least 2")
       ->required()
       ->type_name("N")

@@ -1,8 +1,8 @@
-// cli/measures.h - the quality of a partition, from its definition and without the library.
+// cli/measure/measures.h - the quality of a partition, from its definition and without the library.
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "hgr.h"
+#include "io/hgr.h"
 
 #include <vector>
 

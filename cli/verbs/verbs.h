@@ -1,4 +1,4 @@
-// cli/verbs.h - the verbs of the tool.
+// cli/verbs/verbs.h - the verbs of the tool.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -17,7 +17,11 @@ namespace kapris_cli
 // What is to be done once the command line has been read completely.
 using Run = std::function<ExitStatus()>;
 
-// Each adds its verb with options to app; the parser sets run if the user names the verb.
+// Describes the whole command: its verbs with their options, examples, exit statuses. Help, manual pages and
+// completions come from this one description. The parser sets run when the user names a verb.
+void DescribeCommand(CLI::App *app, Run *run);
+
+// Each adds its verb with options to app.
 void AddPartition(CLI::App *app, Run *run);
 void AddEval(CLI::App *app, Run *run);
 

@@ -1,4 +1,4 @@
-// cli/parts.h - part files: one part number per line, in the order of the cells, counted from 0.
+// cli/io/parts.h - part files: one part number per line, in the order of the cells, counted from 0.
 // SPDX-License-Identifier: MIT
 #pragma once
 

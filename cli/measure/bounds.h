@@ -1,9 +1,9 @@
-// cli/bounds.h - what the library can add up, and how heavy its recursion may make a part.
+// cli/measure/bounds.h - what the library can add up, and how heavy its recursion may make a part.
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "hgr.h"
-#include "measures.h"
+#include "io/hgr.h"
+#include "measure/measures.h"
 
 #include <string>
 
