@@ -43,6 +43,23 @@ void kapris_init_options(kapris_options *options)
   options->threads = 1;
 }
 
+const char *kapris_phase_name(kapris_phase phase)
+{
+  switch (phase) {
+  case KAPRIS_PREPARING:
+    return "preparing";
+  case KAPRIS_COARSENING:
+    return "coarsening";
+  case KAPRIS_INITIAL:
+    return "initial partition";
+  case KAPRIS_REFINING:
+    return "refining";
+  case KAPRIS_BALANCING:
+    return "balancing";
+  }
+  return "unknown phase";
+}
+
 const char *kapris_status_name(kapris_status status)
 {
   switch (status) {
@@ -149,10 +166,10 @@ static void SetStatus(kapris_result *result, kapris_status status, const char *m
 {
   result->status = status;
   std::snprintf(result->message, sizeof result->message, "%s", message);
-  // The messages of the classic interface end their line themselves.
-  const std::size_t length = std::strlen(result->message);
-  if (length > 0 && result->message[length - 1] == '\n')
-    result->message[length - 1] = '\0';
+  // Those of the classic interface end their sentence and their line.
+  std::size_t length = std::strlen(result->message);
+  while (length > 0 && (result->message[length - 1] == '\n' || result->message[length - 1] == '.'))
+    result->message[--length] = '\0';
 }
 
 static void SetFinalStatus(kapris_result *result, const Run *run)
@@ -183,18 +200,21 @@ static void Deliver(const Run *run, kapris_result *result)
   result->connectivity = measures.soed - measures.cut; // a net counts 0 while it is whole
   result->imbalance = measures.imbalance;
   result->balanced = measures.balanced;
-  result->best_start = run->best.start;
+  result->best_start = std::max(run->best.start, -1);
   SetFinalStatus(result, run);
 }
 
-static void Partition(const kapris_problem *problem, const kapris_options *options, Ledger *ledger,
-                      LogOwner *log, std::chrono::steady_clock::time_point began, kapris_result *result)
+static void Partition(const kapris_problem *problem, const kapris_options *options, bool refine,
+                      const int *given, Ledger *ledger, LogOwner *log,
+                      std::chrono::steady_clock::time_point began, kapris_result *result)
 {
   if (problem == nullptr || options == nullptr)
     errexit__("%s is null", problem == nullptr ? "problem" : "options");
   CheckOptions__(options);
   LedgerLimit__(options->memory_limit, -1);
   CheckProblem__(problem);
+  if (refine)
+    CheckGiven__(problem, given);
   const CleanProblem clean = MakeCleanProblem__(problem, options);
   result->seconds_prepare = SecondsSince__(began);
 
@@ -203,15 +223,21 @@ static void Partition(const kapris_problem *problem, const kapris_options *optio
       std::min<std::int64_t>(options->threads, static_cast<std::int64_t>(options->starts) * clean.nparts);
   const std::unique_ptr<TaskPool, PoolCloser> pool(
       StartPool__(static_cast<int>(nthreads), ledger, TraceSink{WriteLog, log}));
-  Run run = {&clean, options, options->seed, began, pool.get(), nullptr, &log->lock, 0.0, {GOES_ON}, {}, {},
-             {},     0};
+  Run run = {};
+  run.problem = &clean;
+  run.options = options;
+  run.seed = options->seed;
+  run.began = began;
+  run.pool = pool.get();
+  run.callbacks = &log->lock;
+  run.seconds = result->seconds_phase;
   if (run.seed < 0)
     run.seed = std::time(nullptr) & INT_MAX;
-  run.best.start = NO_CANDIDATE;
+  run.best.start = run.shown.start = NO_CANDIDATE;
   result->seed = run.seed;
   run.starts = result->starts = NewArray<kapris_start>(options->starts);
   result->nstarts = options->starts;
-  RunStarts__(&run);
+  RunStarts__(&run, given);
   result->seconds_starts = SecondsSince__(began) - result->seconds_prepare;
 
   Deliver(&run, result);
@@ -229,8 +255,9 @@ static kapris_status StatusOf(FatalKind kind)
   }
 }
 
-kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
-                               kapris_result **result)
+// given = the partition to refine, if refine.
+static kapris_status Call(const kapris_problem *problem, const kapris_options *options, bool refine,
+                          const int *given, kapris_result **result)
 {
   const auto began = std::chrono::steady_clock::now();
   kapris_result *made = static_cast<kapris_result *>(std::calloc(1, sizeof(kapris_result)));
@@ -248,7 +275,7 @@ kapris_status kapris_partition(const kapris_problem *problem, const kapris_optio
   made->best_start = -1;
   try {
     const ThreadGuard guard(&ledger, TraceSink{WriteLog, &log});
-    Partition(problem, options, &ledger, &log, began, made);
+    Partition(problem, options, refine, given, &ledger, &log, began, made);
   } catch (const FatalError &error) {
     SetStatus(made, StatusOf(error.kind), error.message);
   } catch (const std::bad_alloc &) {
@@ -266,4 +293,16 @@ kapris_status kapris_partition(const kapris_problem *problem, const kapris_optio
   made->peak_bytes = ledger.peak;
   made->seconds = SecondsSince__(began);
   return made->status;
+}
+
+kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
+                               kapris_result **result)
+{
+  return Call(problem, options, false, nullptr, result);
+}
+
+kapris_status kapris_refine(const kapris_problem *problem, const kapris_options *options, const int *part,
+                            kapris_result **result)
+{
+  return Call(problem, options, true, part, result);
 }

@@ -13,6 +13,12 @@
 
 #include "kapris_api.h"
 
+#if __cplusplus < 202002L
+#error "kapris.hpp needs C++20; kapris_api.h does not"
+#endif
+
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <climits>
@@ -20,6 +26,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -34,7 +41,8 @@ namespace kapris
 
 using Status = kapris_status;     // KAPRIS_OK, KAPRIS_INFEASIBLE, ...
 using Progress = kapris_progress; // a moment of a call
-using Start = kapris_start;       // what one start gave; starts count from 0
+using Phase = kapris_phase;       // what a start is doing
+using Start = kapris_start;       // what one start gave
 
 // Why there is no result: KAPRIS_INVALID_ARGUMENT (what() names the argument, the index and the value),
 // KAPRIS_OUT_OF_MEMORY, KAPRIS_MEMORY_LIMIT or KAPRIS_INTERNAL.
@@ -85,6 +93,7 @@ struct Options {
   std::optional<int> seed = 0; // >= 0; nothing or negative: from the clock, the result tells which
   double imbalance = 0.03;     // e >= 0: a part may weigh (1 + e) x its share of the total, rounded up
   int starts = 1;              // >= 1; independent starts, of which the best counts
+  int first_start = 0;         // >= 0; number of the first of them, to spread starts over several calls
   int threads = 1;             // >= 1; threads that the call may use, the calling one included
   std::optional<std::chrono::duration<double>> time_limit = {}; // wall time >= 0; nothing: no limit
   std::optional<std::size_t> memory_limit = {}; // bytes that the call may hold at once; nothing: no limit
@@ -109,12 +118,13 @@ struct Result {
   double imbalance = 0.0;                 // largest part weight over its share of the total, less 1
   bool balanced = false;                  // all parts within their limits
   std::int64_t seed = 0;                  // that the call used
-  int best_start = -1;                    // index into starts, or -1: made before the first one ended
-  std::vector<Start> starts;              // one per start
-  double seconds = 0.0;                   // wall time of the call
-  double seconds_prepare = 0.0;           // of it: checking and cleaning the input
-  double seconds_starts = 0.0;            // of it: the starts
-  std::size_t peak_bytes = 0;             // largest memory that the call held, the result left out
+  int best_start = -1;          // index into starts, or -1: given, or made before the first one ended
+  std::vector<Start> starts;    // one per start
+  double seconds = 0.0;         // wall time of the call
+  double seconds_prepare = 0.0; // of it: checking and cleaning the input
+  double seconds_starts = 0.0;  // of it: the starts
+  std::array<double, 5> seconds_phase = {}; // what the starts spent, all threads added up, by Phase
+  std::size_t peak_bytes = 0;               // largest memory that the call held, the result left out
 };
 
 // What the following functions share; not for other use.
@@ -233,6 +243,7 @@ inline kapris_options OptionsOf(const Options &options, Callbacks *callbacks)
   c.seed = options.seed.value_or(-1);
   c.imbalance = options.imbalance;
   c.starts = options.starts;
+  c.first_start = options.first_start;
   c.threads = options.threads;
   c.time_limit = SecondsOf(options.time_limit);
   c.memory_limit = BytesOf(options.memory_limit);
@@ -270,8 +281,28 @@ inline Result ResultOf(const kapris_result *c)
   result.seconds = c->seconds;
   result.seconds_prepare = c->seconds_prepare;
   result.seconds_starts = c->seconds_starts;
+  std::copy(std::begin(c->seconds_phase), std::end(c->seconds_phase), result.seconds_phase.begin());
   result.peak_bytes = c->peak_bytes;
   return result;
+}
+
+// Makes the call that function(problem, options, &result) stands for.
+template <class Function>
+Result Call(const Hypergraph &hypergraph, const Targets &targets, const Options &options, Function function)
+{
+  std::atomic<int> own = 0;
+  Callbacks callbacks = {&options, options.cancel != nullptr ? options.cancel : &own, nullptr};
+  const kapris_problem problem = ProblemOf(hypergraph, targets);
+  const kapris_options c = OptionsOf(options, &callbacks);
+  kapris_result *made = nullptr;
+
+  const Status status = function(&problem, &c, &made);
+  const std::unique_ptr<kapris_result, Release> result(made);
+  if (callbacks.thrown)
+    std::rethrow_exception(callbacks.thrown);
+  if (result == nullptr || result->part == nullptr)
+    throw Error(status, result == nullptr ? kapris_status_name(status) : result->message);
+  return ResultOf(result.get());
 }
 
 } // namespace detail
@@ -282,6 +313,12 @@ inline const char *StatusName(Status status) noexcept
   return kapris_status_name(status);
 }
 
+// The name of a phase in lower case, such as "coarsening". Static text; never throws.
+inline const char *PhaseName(Phase phase) noexcept
+{
+  return kapris_phase_name(phase);
+}
+
 // Partitions the cells into targets.nparts parts. Calls on different threads are independent; nothing is printed, and
 // nothing of the arguments is kept.
 //
@@ -290,19 +327,21 @@ inline const char *StatusName(Status status) noexcept
 // returned vectors; and, once the call has ended, the first exception that a callback threw, whatever the call gave.
 inline Result Partition(const Hypergraph &hypergraph, const Targets &targets, const Options &options = {})
 {
-  std::atomic<int> own = 0;
-  detail::Callbacks callbacks = {&options, options.cancel != nullptr ? options.cancel : &own, nullptr};
-  const kapris_problem problem = detail::ProblemOf(hypergraph, targets);
-  const kapris_options c = detail::OptionsOf(options, &callbacks);
-  kapris_result *made = nullptr;
+  return detail::Call(hypergraph, targets, options, kapris_partition);
+}
 
-  const Status status = kapris_partition(&problem, &c, &made);
-  const std::unique_ptr<kapris_result, detail::Release> result(made);
-  if (callbacks.thrown)
-    std::rethrow_exception(callbacks.thrown);
-  if (result == nullptr || result->part == nullptr)
-    throw Error(status, result == nullptr ? StatusName(status) : result->message);
-  return detail::ResultOf(result.get());
+// Improves part, [ncells] 0 .. nparts-1 with fixed cells in their parts; otherwise as Partition. The result is never
+// worse, and part itself if nothing better was found (kapris_refine).
+inline Result Refine(const Hypergraph &hypergraph, const Targets &targets, std::span<const int> part,
+                     const Options &options = {})
+{
+  return detail::Call(hypergraph, targets, options,
+                      [&](const kapris_problem *problem, const kapris_options *c, kapris_result **result) {
+                        if (part.size() != static_cast<std::size_t>(problem->ncells))
+                          detail::Refuse("part", part.size(),
+                                         "have " + std::to_string(problem->ncells) + ", one per cell");
+                        return kapris_refine(problem, c, part.data(), result);
+                      });
 }
 
 } // namespace kapris

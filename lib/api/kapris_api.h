@@ -101,12 +101,27 @@ typedef enum kapris_vcycle {
   KAPRIS_VCYCLE_CLOSE = 3      /* every run that comes close to the best */
 } kapris_vcycle;
 
+/* What a start is doing. */
+typedef enum kapris_phase {
+  KAPRIS_PREPARING = 0,  /* between the others */
+  KAPRIS_COARSENING = 1, /* grouping the cells of a level */
+  KAPRIS_INITIAL = 2,    /* partitioning the coarsest level */
+  KAPRIS_REFINING = 3,   /* improving the partition of a level */
+  KAPRIS_BALANCING = 4   /* bringing parts within their limits */
+} kapris_phase;
+
+/* The name of a phase in lower case, such as "coarsening". Static text. */
+KAPRIS_SAFE_API const char *kapris_phase_name(kapris_phase phase);
+
 /* A moment of a call, for kapris_options.progress. */
 typedef struct kapris_progress {
-  int starts_done; /* completed starts */
-  int starts;      /* of this call */
-  int64_t best;    /* objective of the best partition so far, -1 while there is none */
-  double seconds;  /* wall time since the call began */
+  int starts_done;    /* completed starts */
+  int starts;         /* of this call */
+  int64_t best;       /* objective of the best partition so far, -1 while there is none */
+  double seconds;     /* wall time since the call began */
+  double done;        /* estimate of the work done, 0 .. 1 */
+  kapris_phase phase; /* of the start that reports */
+  int level_cells;    /* cells of the level that it works on, 0 where there is none */
 } kapris_progress;
 
 /* How to partition. Fill with kapris_init_options, then change what differs. */
@@ -122,6 +137,7 @@ typedef struct kapris_options {
   int64_t seed;                 /* 0 .. 2^31-1; negative = from the clock (the result tells which): 0 */
   double imbalance;    /* e >= 0: a part may weigh (1 + e) x its share of the total, rounded up: 0.03 */
   int starts;          /* >= 1; independent starts, of which the best counts: 1 */
+  int first_start;     /* >= 0; number of the first of them, to spread starts over several calls: 0 */
   int threads;         /* >= 1; threads that the call may use, the calling one included: 1 */
   double time_limit;   /* wall seconds, 0 = none: 0 */
   size_t memory_limit; /* bytes that the call may hold at once, 0 = none: 0 */
@@ -145,6 +161,7 @@ typedef struct kapris_start {
   int balanced;     /* 1 = all parts within their limits */
   int completed;    /* 0 = cut short: values of the best partition that it had, if any */
   double seconds;   /* wall time */
+  int number;       /* first_start and up */
 } kapris_start;
 
 /* Everything a call gives; owned by the caller, released by kapris_free_result. */
@@ -162,12 +179,15 @@ typedef struct kapris_result {
   double imbalance;      /* largest part weight over its share of the total, less 1 */
   int balanced;          /* 1 = all parts within their limits */
   int64_t seed;          /* that the call used */
-  int best_start; /* index of the start that gave part, -1: a partition made before the first one ended */
+  int best_start; /* index into starts of the one that gave part; -1: the given partition, or a simple one made
+                     before the first start ended */
   kapris_start *starts;   /* [nstarts] */
   double seconds;         /* wall time of the call */
   double seconds_prepare; /* of it: checking and cleaning the input */
   double seconds_starts;  /* of it: the starts */
-  size_t peak_bytes;      /* largest memory that the call held, the result left out */
+  /* What the starts spent on each phase: seconds of all threads added up, by kapris_phase. */
+  double seconds_phase[5];
+  size_t peak_bytes; /* largest memory that the call held, the result left out */
 } kapris_result;
 
 /* Partitions. *result always receives a result, except with the status KAPRIS_OUT_OF_MEMORY or
@@ -176,6 +196,13 @@ typedef struct kapris_result {
  * imbalance; then the smaller index. */
 KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
                                                kapris_result **result);
+
+/* Improves a partition: part[ncells] holds 0 .. nparts-1, and fixed cells in their parts. The result is never worse than
+ * part under the order above, and part itself if nothing better was found. Each of the runs of each start goes on from
+ * the best partition of the start so far; scheme tells two-way from k-way refinement only when nparts is 2, and
+ * coarsening, reconst and, unless it is KAPRIS_VCYCLE_NEVER, vcycle do not matter. part is only read. */
+KAPRIS_SAFE_API kapris_status kapris_refine(const kapris_problem *problem, const kapris_options *options,
+                                            const int *part, kapris_result **result);
 
 /* Releases a result; NULL is allowed. */
 KAPRIS_SAFE_API void kapris_free_result(kapris_result *result);

@@ -45,6 +45,11 @@ void CheckOptions__(const kapris_options *options)
     errexit__("imbalance is %g, but it should be at least 0", options->imbalance);
   if (options->starts < 1)
     errexit__("starts is %d, but it should be at least 1", options->starts);
+  if (options->first_start < 0)
+    errexit__("first_start is %d, but it should be at least 0", options->first_start);
+  if (options->first_start > INT_MAX - options->starts)
+    errexit__("first_start is %d, but first_start and starts, which is %d, should add up to at most %d",
+              options->first_start, options->starts, INT_MAX);
   if (options->threads < 1)
     errexit__("threads is %d, but it should be at least 1", options->threads);
   if (!(options->time_limit >= 0.0))
@@ -66,30 +71,49 @@ static void CheckShares(const kapris_problem *problem)
     errexit__("part_shares: the sum is %.9g, but it should be 1", sum);
 }
 
+static EntryArgs ArgsOf(const kapris_problem *problem, const int *part, const ArgNames *names)
+{
+  return {problem->ncells,
+          problem->nnets,
+          problem->cell_weights,
+          problem->net_starts,
+          problem->pins,
+          problem->net_weights,
+          problem->nparts,
+          0,
+          nullptr,
+          const_cast<int *>(part), // only read
+          nullptr,
+          names};
+}
+
 void CheckProblem__(const kapris_problem *problem)
 {
   static const ArgNames names = {"cell_weights", "net_starts", "pins", "net_weights", "fixed"};
-  const EntryArgs args = {problem->ncells,
-                          problem->nnets,
-                          problem->cell_weights,
-                          problem->net_starts,
-                          problem->pins,
-                          problem->net_weights,
-                          problem->nparts,
-                          0,
-                          nullptr,
-                          const_cast<int *>(problem->fixed), // only read
-                          nullptr,
-                          &names};
 
   Require(problem->size == sizeof(kapris_problem),
           "problem: not filled by kapris_init_problem of this version");
   if (problem->nparts < 2)
     errexit__("nparts is %d, but it should be at least 2", problem->nparts);
+  const EntryArgs args = ArgsOf(problem, problem->fixed, &names);
   CheckInputHGraph__(&args, problem->nparts > 2);
   CheckShares(problem);
   if (problem->fixed != nullptr)
     CheckParts__(&args, -1);
+}
+
+void CheckGiven__(const kapris_problem *problem, const int *part)
+{
+  static const ArgNames names = {"cell_weights", "net_starts", "pins", "net_weights", "part"};
+  const EntryArgs args = ArgsOf(problem, part, &names);
+
+  Require(part != nullptr || problem->ncells == 0, "part is null");
+  CheckParts__(&args, 0);
+  if (problem->fixed == nullptr)
+    return;
+  for (int i = 0; i < problem->ncells; i++)
+    if (problem->fixed[i] != -1 && part[i] != problem->fixed[i])
+      errexit__("part[%d] is %d, but the cell is fixed to part %d", i, part[i], problem->fixed[i]);
 }
 
 // Copies the distinct pins of the nets that connect at least two cells.

@@ -22,9 +22,11 @@ struct CleanProblem {
   std::int64_t total;   // cell weight
 };
 
-// Both refuse through errexit__, naming the argument, the index and the value.
+// These refuse through errexit__, naming the argument, the index and the value.
 void CheckOptions__(const kapris_options *options);
 void CheckProblem__(const kapris_problem *problem);
+// The partition to improve.
+void CheckGiven__(const kapris_problem *problem, const int *part);
 
 CleanProblem MakeCleanProblem__(const kapris_problem *problem, const kapris_options *options);
 

@@ -39,7 +39,7 @@ static void Improve(Balance *balance)
   } while (balance->excess > 0 && RunSwaps__(balance));
 }
 
-static BalanceVerdict Repack(Balance *balance, Packing *packing)
+static BalanceVerdict Repack(Balance *balance, Packing *packing, int *before)
 {
   const int ncells = balance->problem->ncells;
   const std::int64_t excess = balance->excess;
@@ -47,7 +47,7 @@ static BalanceVerdict Repack(Balance *balance, Packing *packing)
 
   if (CannotPack__(packing))
     return IMPOSSIBLE;
-  int *before = icopy__(ncells, balance->part, imalloc__(ncells, "Rebalance: before"));
+  icopy__(ncells, balance->part, before);
   PackNear__(packing, balance->part);
   ReloadBalance__(balance);
   Improve(balance);
@@ -56,25 +56,42 @@ static BalanceVerdict Repack(Balance *balance, Packing *packing)
   if (verdict != BALANCED && balance->excess >= excess)
     icopy__(ncells, before, balance->part);
   ReloadBalance__(balance);
-  QVfree__(&before);
   return verdict;
 }
 
-BalanceVerdict Rebalance__(const BalanceProblem *problem, int *part)
+// before, [ncells], receives partitions to fall back on.
+static BalanceVerdict RunSteps(const BalanceProblem *problem, int *part, int *before)
 {
   BalanceVerdict verdict = BALANCED;
-
-  if (TotalExcess__(problem, part) == 0)
-    return BALANCED;
   Balance balance = CreateBalance__(problem, part);
+
   Improve(&balance);
   if (balance.excess > 0) {
     Packing packing = CreatePacking__(problem);
-    verdict = Repack(&balance, &packing);
+    verdict = Repack(&balance, &packing, before);
     FreePacking__(&packing);
   }
   Polish__(&balance);
   CHECK_LIGHT((verdict == BALANCED) == (balance.excess == 0));
   FreeBalance__(&balance);
+  return verdict;
+}
+
+BalanceVerdict Rebalance__(const BalanceProblem *problem, int *part)
+{
+  const std::int64_t excess = TotalExcess__(problem, part);
+  BalanceVerdict verdict = NOT_FOUND;
+
+  if (excess == 0)
+    return BALANCED;
+  int *before = icopy__(problem->ncells, part, imalloc__(problem->ncells, "Rebalance: before"));
+  try {
+    verdict = RunSteps(problem, part, before);
+  } catch (const StopRun &) {
+    // Packing starts from worse partitions. The memory of the steps goes back when the call ends.
+    if (TotalExcess__(problem, part) > excess)
+      icopy__(problem->ncells, before, part);
+  }
+  QVfree__(&before);
   return verdict;
 }

@@ -13,15 +13,17 @@ struct BalanceProblem {
   const int *cellwgt, *netwgt; // >= 0; the cells together below 2^60
   const int *netptr, *netind;  // every net has two pins or more and lists none twice
   int nparts;
-  const std::int64_t *limits; // [nparts] largest weight of each part, >= 0
-  const int *fixed;           // [ncells] the part that a cell must stay in, or -1; or NULL: all are free
-  int bysoed;                 // harm is a rise of: 0 = the cut, then SOED; 1 = SOED, then the cut
+  const std::int64_t *limits;   // [nparts] largest weight of each part, >= 0
+  const int *fixed;             // [ncells] the part that a cell must stay in, or -1; or NULL: all are free
+  int bysoed;                   // harm is a rise of: 0 = the cut, then SOED; 1 = SOED, then the cut
+  bool (*proceed)(void *owner); // asked every few milliseconds; false ends the work. Or NULL
+  void *owner;
 };
 
 enum BalanceVerdict {
   BALANCED,   // no part is above its limit
   IMPOSSIBLE, // some part is, and it is shown that no assignment of the free cells avoids that
-  NOT_FOUND   // some part is, and nothing is shown
+  NOT_FOUND   // some part is, and nothing is shown, or the work was ended
 };
 
 // The weight above the limits, summed over the parts. Allocates nothing.

@@ -157,9 +157,11 @@ static void FillQueue(Balance *balance, Queue *queue)
 
   queue->n = 0;
   iset__(ncells, NOT_QUEUED, queue->locator);
-  for (int i = 0; i < ncells; i++)
+  for (int i = 0; i < ncells; i++) {
+    Breathe__(balance->problem, i);
     if (IsCandidate(balance, i))
       Look(balance, queue, i);
+  }
 }
 
 // The pins whose moves can have become better: those of nets that the cell left, or left to one last pin, and
@@ -209,8 +211,10 @@ bool RunMoves__(Balance *balance)
   Queue queue = {0, QVarray__<Rank>(ncells, "Rebalance: heap"), imalloc__(ncells, "Rebalance: locator")};
 
   FillQueue(balance, &queue);
-  while (queue.n > 0 && balance->excess > 0)
+  for (std::int64_t n = 0; queue.n > 0 && balance->excess > 0; n += 16) {
+    Breathe__(balance->problem, n);
     Advance(balance, &queue);
+  }
   QVfree__(&queue.heap, &queue.locator);
   return balance->excess < before;
 }
@@ -222,6 +226,7 @@ void Polish__(Balance *balance)
 
   for (int pass = 0; pass < POLISH_PASSES; pass++) {
     for (int i = 0; i < problem->ncells && balance->nread < last; i++) {
+      Breathe__(problem, i);
       if (!IsFree__(problem, i))
         continue;
       const Move move = FindMove(balance, i);

@@ -175,6 +175,7 @@ void PackNear__(Packing *packing, int *part)
 
   ResetRooms(packing);
   for (int i = 0; i < packing->n; i++) {
+    Breathe__(packing->problem, i);
     const int p = part[packing->order[i]];
     const bool stays = packing->room[p] >= WeightOf(packing, i);
     // What fits nowhere goes where it exceeds the limit least.
@@ -188,7 +189,7 @@ static bool PlaceRest(Packing *packing, Search *search)
 {
   for (int i = search->depth; i < packing->n; i++) {
     const int k = FirstFit(packing, i);
-    search->nodes++;
+    Breathe__(packing->problem, search->nodes++);
     if (k == packing->problem->nparts) {
       while (--i >= search->depth)
         Unplace(packing, i);
@@ -222,6 +223,7 @@ static bool PlaceFrom(Packing *packing, Search *search, int i)
     const int k = search->roomyfirst ? first + nparts - 1 - n : n;
     if (IsRepeated(packing, i, k))
       continue;
+    Breathe__(packing->problem, search->nodes);
     if (search->nodes++ >= SEARCH_NODES) {
       search->complete = false;
       return false;

@@ -4,6 +4,7 @@
 
 #include "rebalance.h"
 
+#include "control/ctrl.h"
 #include "core/core.h"
 
 // ----------------------------------------------------------------------------------------------------------
@@ -43,6 +44,13 @@ Harm HarmOfTarget__(const Balance *balance, int target);
 void MoveCell__(Balance *balance, int cell, int target);
 
 int PinsIn__(const NetInfo *net, int p);
+
+// Called in loops, with a number that counts up by about a microsecond's work.
+inline void Breathe__(const BalanceProblem *problem, std::int64_t step)
+{
+  if ((step & 1023) == 0 && problem->proceed != nullptr && !problem->proceed(problem->owner))
+    throw StopRun{};
+}
 
 inline bool IsFree__(const BalanceProblem *problem, int cell)
 {

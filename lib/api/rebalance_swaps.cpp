@@ -136,7 +136,7 @@ static Swap FindSwap(Balance *balance, Lists *lists, int p)
       if (best.fall == most && (lists->ncompared >= COMPARED || balance->steps >= enough))
         return best;
       ComparePartners(balance, lists, lists->cells[k], q, &best);
-      balance->steps++;
+      Breathe__(balance->problem, balance->steps++);
     }
   }
   return best;

@@ -2,172 +2,22 @@
 // SPDX-License-Identifier: MIT
 //
 // A start is a complete partitioning with a seed of its own:
-//   engine    by the scheme, with this file's context in its Control record   Partition
-//   balance   if a part is above its limit                                    Consider
-//   compare   under a total order, so that neither the number of threads nor their timing decides
-// While it runs, the engine asks Proceed at short intervals and hands over complete partitions (TakeIncumbent); a start
-// that is cut short delivers the last of these.
+//   engine    by the scheme, with the context of the call   RunEngine__
+//   balance   if a part is above its limit                  Balance
+//   compare   under a total order, so that neither the number of threads nor their timing decides   Consider
+// Before the first one there is a candidate already: the given partition, or a simple one.
 
 #include "run.h"
 
 #include "rebalance.h"
-
-#include "control/ctrl.h"
-#include "kway/kway.h"
-#include "recursive/recursive.h"
+#include "start.h"
 
 #include <tuple>
-
-static const double PROGRESS_INTERVAL = 0.25; // seconds
-static const int MAX_POLISHED_PARTS = 64;
-
-namespace
-{
-
-struct Start {
-  Run *run;
-  int *incumbent; // the best complete partition of this start so far
-  bool hasincumbent;
-};
-
-} // namespace
-
-double SecondsSince__(std::chrono::steady_clock::time_point began)
-{
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
-}
-
-// ----------------------------------------------------------------------------------------------------------
-// What the engine calls
-
-static void ReportProgress(Run *run, double seconds)
-{
-  // Not worth waiting for: another thread is reporting, or logging.
-  const std::unique_lock<std::mutex> callbacks(*run->callbacks, std::try_to_lock);
-  if (!callbacks.owns_lock() || seconds - run->lastprogress < PROGRESS_INTERVAL)
-    return;
-
-  run->lastprogress = seconds;
-  kapris_progress progress = {0, run->options->starts, -1, seconds};
-  {
-    const std::lock_guard<std::mutex> guard(run->lock);
-    const Measures *best = &run->best.measures;
-    progress.starts_done = run->nstartsdone;
-    if (run->best.start != NO_CANDIDATE)
-      progress.best = run->options->objective == KAPRIS_CUT ? best->cut : best->soed;
-  }
-  run->options->progress(&progress, run->options->user);
-}
-
-static bool Proceed(void *owner)
-{
-  Run *run = static_cast<Start *>(owner)->run;
-  const kapris_options *options = run->options;
-
-  if (options->cancel != nullptr && __atomic_load_n(options->cancel, __ATOMIC_RELAXED) != 0) {
-    int none = GOES_ON;
-    run->stop.compare_exchange_strong(none, CANCELLED);
-  }
-  if (options->time_limit > 0.0 || options->progress != nullptr) {
-    const double seconds = SecondsSince__(run->began);
-    if (options->time_limit > 0.0 && seconds >= options->time_limit) {
-      int none = GOES_ON;
-      run->stop.compare_exchange_strong(none, TIME_IS_UP);
-    }
-    if (options->progress != nullptr)
-      ReportProgress(run, seconds);
-  }
-  return run->stop == GOES_ON;
-}
-
-static void TakeIncumbent(void *owner, const int *part)
-{
-  Start *start = static_cast<Start *>(owner);
-
-  icopy__(start->run->problem->ncells, part, start->incumbent);
-  start->hasincumbent = true;
-}
-
-static void *Fork(void *owner, void (*work)(void *argument), void *argument)
-{
-  return ForkTask__(static_cast<Start *>(owner)->run->pool, work, argument);
-}
-
-static void Join(void *owner, void *task)
-{
-  JoinTask__(static_cast<Start *>(owner)->run->pool, static_cast<Task *>(task));
-}
-
-// ----------------------------------------------------------------------------------------------------------
-// One start
-
-// The first start has the seed of the call; the others follow from it and their number (splitmix64).
-static std::int64_t SeedOf(const Run *run, int index)
-{
-  if (index == 0)
-    return run->seed;
-  std::uint64_t z =
-      static_cast<std::uint64_t>(run->seed) + static_cast<std::uint64_t>(index) * 0x9e3779b97f4a7c15u;
-  z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
-  z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
-  return static_cast<std::int64_t>((z ^ (z >> 31)) & INT_MAX);
-}
-
-static Control ControlOf(const Run *run, const RunContext *context, std::int64_t seed)
-{
-  static const int ctypes[] = {1, 2, 3, 4, 5}; // of kapris_coarsening
-  const kapris_options *options = run->options;
-  const CleanProblem *problem = run->problem;
-  const bool kway = options->scheme == KAPRIS_KWAY;
-  const int byobjective = options->objective == KAPRIS_SOED ? 2 : 1;
-  Control ctrl = {};
-
-  ctrl.context = context;
-  ctrl.nparts = problem->nparts;
-  ctrl.nruns = options->runs;
-  ctrl.ctype = ctypes[options->coarsening];
-  ctrl.rtype = kway ? byobjective : options->refinement + 1;
-  ctrl.polishtype = byobjective;
-  ctrl.vcycle = options->vcycle;
-  ctrl.reconst = options->reconst;
-  ctrl.fixed = problem->fixed != nullptr;
-  ctrl.seed = seed;
-  ctrl.dbglvl = options->log != nullptr ? options->log_level & ~DBG_TIME : 0;
-  ctrl.maxnetsize = 50;
-  ctrl.ubfactor = static_cast<float>(1.0 + options->imbalance);
-  ctrl.kwayrefine = !kway && problem->nparts <= MAX_POLISHED_PARTS;
-  ctrl.coarsento = 100;
-  if (kway)
-    ctrl.coarsento = static_cast<int>(
-        std::min<std::int64_t>(problem->ncells - std::int64_t{1}, std::int64_t{200} * problem->nparts));
-  return ctrl;
-}
-
-static void Partition(Start *start, std::int64_t seed, int *part)
-{
-  Run *run = start->run;
-  const CleanProblem *problem = run->problem;
-  const RunContext context = {
-      start, Proceed,         TakeIncumbent,      run->options->threads > 1 ? Fork : nullptr,
-      Join,  problem->shares, problem->intlimits, static_cast<int>(problem->total)};
-  Control ctrl = ControlOf(run, &context, seed);
-
-  Checkpoint__(&ctrl);
-  if (problem->fixed != nullptr)
-    icopy__(problem->ncells, problem->fixed, part);
-  HGraph *graph = CopyHGraph__(problem->ncells, problem->nnets, problem->cellwgt, problem->netptr,
-                               problem->netind, problem->netwgt);
-  if (run->options->scheme == KAPRIS_KWAY)
-    MultilevelKwayPartition__(&ctrl, graph, part);
-  else
-    MultilevelPartition__(&ctrl, graph, part);
-  FreeHGraph__(graph);
-}
 
 // ----------------------------------------------------------------------------------------------------------
 // Candidates
 
-static bool IsBetter(const Run *run, const Candidate *a, const Candidate *b)
+bool IsBetter__(const Run *run, const Candidate *a, const Candidate *b)
 {
   const bool bycut = run->options->objective == KAPRIS_CUT;
   const auto key = [bycut](const Candidate *c) {
@@ -176,35 +26,61 @@ static bool IsBetter(const Run *run, const Candidate *a, const Candidate *b)
                            c->start);
   };
 
-  // What was made before the first start counts only while no start has a partition.
-  if (b->start < 0)
-    return a->start > b->start;
+  if (a->start == NO_CANDIDATE || b->start == NO_CANDIDATE)
+    return b->start == NO_CANDIDATE;
+  // The simple partition stands in for a balanced one only.
+  if (a->start == SIMPLE_PARTITION || b->start == SIMPLE_PARTITION) {
+    if (a->measures.balanced != b->measures.balanced)
+      return a->measures.balanced;
+    return b->start == SIMPLE_PARTITION;
+  }
   return key(a) < key(b);
 }
 
-// Makes the partition, balanced if need be, the best of the call if it is. Takes over part.
+// Whether a part above its limit has been repaired is for the measures to tell.
+static void Balance(Start *start, int *part)
+{
+  const Run *run = start->run;
+  const CleanProblem *problem = run->problem;
+  const BalanceProblem balance = {problem->ncells,  problem->nnets,
+                                  problem->cellwgt, problem->netwgt,
+                                  problem->netptr,  problem->netind,
+                                  problem->nparts,  problem->limits,
+                                  problem->fixed,   run->options->objective == KAPRIS_SOED,
+                                  Proceed__,        start};
+
+  Enter__(start, PHASE_BALANCE, problem->ncells);
+  Rebalance__(&balance, part);
+}
+
+// Makes the partition the best of the call if it is. Takes over part.
 static Measures Consider(Run *run, int index, int *part)
 {
-  const CleanProblem *problem = run->problem;
-  Candidate candidate = {part, Measure__(problem, part, nullptr), index};
-
-  // Balancing cannot be interrupted: not for what is only a fallback, nor after the end of the time.
-  if (!candidate.measures.balanced && index != BEFORE_STARTS && run->stop == GOES_ON) {
-    const BalanceProblem balance = {problem->ncells,  problem->nnets,
-                                    problem->cellwgt, problem->netwgt,
-                                    problem->netptr,  problem->netind,
-                                    problem->nparts,  problem->limits,
-                                    problem->fixed,   run->options->objective == KAPRIS_SOED};
-    Rebalance__(&balance, part);
-    candidate.measures = Measure__(problem, part, nullptr);
-  }
-
+  Candidate candidate = {part, Measure__(run->problem, part, nullptr), index};
   const Measures measures = candidate.measures;
   const std::lock_guard<std::mutex> guard(run->lock);
-  if (IsBetter(run, &candidate, &run->best))
+
+  if (index != SIMPLE_PARTITION && IsBetter__(run, &candidate, &run->shown))
+    run->shown = {nullptr, measures, index};
+  if (IsBetter__(run, &candidate, &run->best))
     std::swap(candidate, run->best);
   QVfree__(&candidate.part);
   return measures;
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// One start
+
+// The first start of all has the seed of the call; the others follow from it and their number (splitmix64).
+static std::int64_t SeedOf(const Run *run, int number)
+{
+  if (number == 0)
+    return run->seed;
+  std::uint64_t z =
+      static_cast<std::uint64_t>(run->seed) + static_cast<std::uint64_t>(number) * 0x9e3779b97f4a7c15u;
+  z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
+  z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
+  return static_cast<std::int64_t>((z ^ (z >> 31)) & INT_MAX);
 }
 
 static void RecordStart(kapris_start *record, const Measures *measures, bool completed)
@@ -216,16 +92,31 @@ static void RecordStart(kapris_start *record, const Measures *measures, bool com
   record->completed = completed;
 }
 
+static void EndStart(Start *start)
+{
+  Run *run = start->run;
+
+  Enter__(start, PHASE_OTHER, 0);
+  run->done += 1.0 - start->done;
+  const std::lock_guard<std::mutex> guard(run->lock);
+  for (int phase = 0; phase < NPHASES; phase++)
+    run->seconds[phase] += start->seconds[phase];
+  run->nstartsdone++;
+}
+
 static void RunStart(Run *run, int index)
 {
   const auto began = std::chrono::steady_clock::now();
   kapris_start *record = &run->starts[index];
   int *part = imalloc__(run->problem->ncells, "api: part");
-  Start start = {run, imalloc__(run->problem->ncells, "api: incumbent"), false};
+  Start start = {run, index, imalloc__(run->problem->ncells, "api: incumbent"), false, {0}, {0}, {0.0}, {}};
 
-  record->seed = SeedOf(run, index);
+  Enter__(&start, PHASE_OTHER, 0);
+  record->number = run->options->first_start + index;
+  record->seed = SeedOf(run, record->number);
   try {
-    Partition(&start, record->seed, part);
+    RunEngine__(&start, record->seed, part);
+    Balance(&start, part);
     const Measures measures = Consider(run, index, part);
     RecordStart(record, &measures, true);
     QVfree__(&start.incumbent);
@@ -240,8 +131,7 @@ static void RunStart(Run *run, int index)
     }
   }
   record->seconds = SecondsSince__(began);
-  const std::lock_guard<std::mutex> guard(run->lock);
-  run->nstartsdone++;
+  EndStart(&start);
 }
 
 namespace
@@ -276,14 +166,33 @@ static void RunStartTask(void *argument)
   }
 }
 
-void RunStarts__(Run *run)
+// ----------------------------------------------------------------------------------------------------------
+// All of them
+
+// The first candidate; a given partition is brought within the limits before the starts improve it.
+static void MakeFirstCandidate(Run *run, const int *given)
 {
-  const int nstarts = run->options->starts;
   int *part = imalloc__(run->problem->ncells, "api: part");
 
-  FillPartsInOrder__(run->problem, part);
-  Consider(run, BEFORE_STARTS, part);
+  if (given == nullptr) {
+    FillPartsInOrder__(run->problem, part);
+    Consider(run, SIMPLE_PARTITION, part);
+    return;
+  }
+  icopy__(run->problem->ncells, given, part);
+  Start start = {run, GIVEN_PARTITION, nullptr, false, {0}, {0}, {0.0}, {}};
+  Balance(&start, part);
+  Enter__(&start, PHASE_OTHER, 0);
+  run->seconds[PHASE_BALANCE] += start.seconds[PHASE_BALANCE];
+  run->initial = icopy__(run->problem->ncells, part, imalloc__(run->problem->ncells, "api: initial"));
+  Consider(run, GIVEN_PARTITION, part);
+}
 
+void RunStarts__(Run *run, const int *given)
+{
+  const int nstarts = run->options->starts;
+
+  MakeFirstCandidate(run, given);
   StartTask *tasks = QVarray__<StartTask>(nstarts, "api: tasks");
   int nforked = 1;
   for (int i = 0; i < nstarts; i++)

@@ -60,7 +60,7 @@ static void Random_FMPartition__(Control *ctrl, HGraph *graph)
   int bestcut = 0;
 
   for (int t = 0; t < ntrials; t++) {
-    Checkpoint__(ctrl);
+    EnterPhase__(ctrl, PHASE_INITIAL, graph->ncells);
     DealCells(ctrl, graph, perm, nanchors0, target);
     Balance__(ctrl, graph);
     RefineFull__(ctrl, graph, 10);

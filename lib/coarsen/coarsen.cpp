@@ -127,7 +127,7 @@ static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
   TraceLevel(ctrl, graph);
 
   while (ctrl->coarsento < graph->ncells) {
-    Checkpoint__(ctrl);
+    EnterPhase__(ctrl, PHASE_COARSEN, graph->ncells);
     SeparateIslands__(graph);
     if constexpr (restricted) {
       MatchRestricted(ctrl, graph, &work);

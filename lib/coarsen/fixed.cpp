@@ -36,6 +36,36 @@ void ProjectFixedCells__(const Control *ctrl, const HGraph *graph, int *part, co
   QVfree__(&imap);
 }
 
+namespace
+{
+
+// Takes partitions of the compressed hypergraph and hands those of the full one on.
+struct Projector {
+  const Control *ctrl;
+  const HGraph *graph;
+  const RunContext *outer;
+  int *part;
+};
+
+} // namespace
+
+static void TakeCompressed(void *taker, const int *cpart)
+{
+  const Projector *projector = static_cast<Projector *>(taker);
+
+  ProjectFixedCells__(projector->ctrl, projector->graph, projector->part, cpart);
+  projector->outer->incumbent(projector->outer->taker, projector->part);
+}
+
+// The partition of the call as one of the compressed hypergraph.
+static void CompressPartition(const Control *ctrl, const HGraph *graph, int *cpart)
+{
+  for (int i = 0; i < graph->ncells; i++)
+    cpart[graph->cellmap[i]] = ctrl->context->initial[i];
+  for (int p = 0; p < ctrl->nparts; p++)
+    cpart[p] = p;
+}
+
 int PartitionAroundFixed__(Control *ctrl, HGraph *graph, int *part,
                            int (*partition)(Control *, HGraph *, int nfixed, int *part))
 {
@@ -48,7 +78,20 @@ int PartitionAroundFixed__(Control *ctrl, HGraph *graph, int *part,
   compressed->finer = nullptr;
   int *fpart = imalloc__(compressed->ncells, "MultilevelPartition: fpart");
 
+  const RunContext *outer = ctrl->context;
+  RunContext context = outer != nullptr ? *outer : RunContext{};
+  Projector projector = {ctrl, graph, outer, part};
+  if (outer != nullptr) {
+    ctrl->context = &context;
+    context.taker = &projector;
+    if (outer->incumbent != nullptr)
+      context.incumbent = TakeCompressed;
+    if (outer->initial != nullptr)
+      CompressPartition(ctrl, graph, fpart);
+  }
+
   const int value = partition(ctrl, compressed, ctrl->nparts, fpart);
+  ctrl->context = outer;
 
   ProjectFixedCells__(ctrl, graph, part, fpart);
   for (int i = 0; i < graph->ncells; i++)

@@ -34,8 +34,8 @@ void Uncoarsen__(Control *ctrl, HGraph *orggraph, HGraph *coarsest)
 
   StartTimer__(ctrl, &ctrl->UncoarsenTmr);
   do {
-    Checkpoint__(ctrl);
     graph = graph->finer;
+    EnterPhase__(ctrl, PHASE_REFINE, graph->ncells);
     Scheme::Project(ctrl, graph->coarser);
     StartTimer__(ctrl, &ctrl->RefTmr);
     if (graph->ncells < 1)

@@ -19,18 +19,27 @@ enum DebugBits {
   DBG_MOVES = 256   // one line per move
 };
 
+// What a run is doing, for reports of its progress.
+enum Phase { PHASE_OTHER, PHASE_COARSEN, PHASE_INITIAL, PHASE_REFINE, PHASE_BALANCE, NPHASES };
+
 // What the safe interface adds to a run. The classic entry points have none, and behave accordingly: halves of
 // the total per bisection, one limit for all parts, no stop before the end, one thread.
 struct RunContext {
   void *owner;                  // first argument of the functions
   bool (*proceed)(void *owner); // asked every few milliseconds; false ends the run
-  void (*incumbent)(void *owner,
-                    const int *part); // receives complete partitions, each the best of its run so far
+  // Receives complete partitions, each the best of its run so far; or NULL.
+  void (*incumbent)(void *taker, const int *part);
+  void *taker;
+  // Told when a phase begins, for a level of ncells cells; or NULL.
+  void (*enter)(void *owner, Phase phase, int ncells);
+  // Told what part of the trials of one bisection or k-way partitioning of ncells cells has ended; or NULL.
+  void (*worked)(void *owner, double part, int ncells);
   // Runs work(argument) on another thread if one is free, or later inside join; join waits and throws what it threw.
   void *(*fork)(void *owner, void (*work)(void *argument), void *argument);
   void (*join)(void *owner, void *task);
   const double *shares; // [nparts] of the total weight, sum 1
   const int *limits;    // [nparts] largest part weights
+  const int *initial;   // [ncells] the partition to improve; or NULL: partition anew
   int total;            // cell weight
 };
 
@@ -82,7 +91,15 @@ inline void Checkpoint__(const Control *ctrl)
     throw StopRun{};
 }
 
-// The same inside a long loop: looks up only now and then.
+// The same where a phase begins, or goes on with another level.
+inline void EnterPhase__(const Control *ctrl, Phase phase, int ncells)
+{
+  if (ctrl->context != nullptr && ctrl->context->enter != nullptr)
+    ctrl->context->enter(ctrl->context->owner, phase, ncells);
+  Checkpoint__(ctrl);
+}
+
+// The same as Checkpoint__ inside a long loop: looks up only now and then.
 inline void CheckpointAt__(const Control *ctrl, int step)
 {
   if (step % 4096 == 0)

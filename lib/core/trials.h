@@ -62,6 +62,7 @@ void FinishOnFull__(Control *ctrl, HGraph *graph, HGraph *pruned)
     Trace__("[%d, ", Scheme::Recount(ctrl, graph, where));
     TraceFlush__();
   }
+  EnterPhase__(ctrl, PHASE_REFINE, graph->ncells);
   Scheme::AllocateMemory(ctrl, graph);
   QVfree__(&graph->where);
   graph->where = where;
@@ -93,7 +94,7 @@ void RunTrial__(Control *ctrl, HGraph *graph, HGraph *pruned, Trials *trials, in
     Scheme::TraceTrial(t, graph, Scheme::Balance(ctrl, graph, graph->where));
 
   if (NoteTrial__(trials, t, *Scheme::Value(graph), graph->where, part) && ctrl->complete)
-    ctrl->context->incumbent(ctrl->context->owner, part);
+    ctrl->context->incumbent(ctrl->context->taker, part);
   FreeRootHGraph__(graph);
   FreeRootHGraph__(pruned);
 }
@@ -111,9 +112,15 @@ void CycleKeptTrials__(Control *ctrl, HGraph *graph, Trials *trials, int *part)
     *Scheme::Value(graph) = trials->values[i];
     const int value = Scheme::VCycle(ctrl, graph, TRIAL_NCYCLES); // replaces where
     if (NoteCycled__(trials, value, graph->where, part) && ctrl->complete)
-      ctrl->context->incumbent(ctrl->context->owner, part);
+      ctrl->context->incumbent(ctrl->context->taker, part);
   }
   FreeRootHGraph__(graph);
+}
+
+inline void ReportWork__(const Control *ctrl, const HGraph *graph)
+{
+  if (ctrl->context != nullptr && ctrl->context->worked != nullptr)
+    ctrl->context->worked(ctrl->context->owner, 1.0 / ctrl->nruns, graph->ncells);
 }
 
 // Runs ctrl->nruns trials; returns the best value and leaves its partition in part. Builds the incidence of
@@ -139,6 +146,7 @@ int RunTrials__(Control *ctrl, HGraph *graph, int *part)
     if (ctype == 1) // take turns
       ctrl->ctype = t % 2 == 0 ? 1 : 2;
     RunTrial__<Scheme>(ctrl, graph, pruned, &trials, t, part);
+    ReportWork__(ctrl, graph);
   }
   ctrl->ctype = ctype;
   CycleKeptTrials__<Scheme>(ctrl, graph, &trials, part);
@@ -149,4 +157,44 @@ int RunTrials__(Control *ctrl, HGraph *graph, int *part)
   FreeTrials__(&trials);
   FreeHGraph__(pruned);
   return trials.best;
+}
+
+// Takes the partition in where if its value is below best.
+inline void TakeImproved__(const Control *ctrl, const HGraph *graph, int value, int *best, int *part)
+{
+  if (value >= *best)
+    return;
+  *best = value;
+  icopy__(graph->ncells, graph->where, part);
+  if (ctrl->complete)
+    ctrl->context->incumbent(ctrl->context->taker, part);
+}
+
+// Improves the partition part in ctrl->nruns rounds, each from the best so far: refinement, then V-cycles unless
+// ctrl->vcycle is 0. Returns the value of what it leaves in part, which is never larger than before.
+template <class Scheme>
+int ImprovePartition__(Control *ctrl, HGraph *graph, int *part)
+{
+  int best = Scheme::Recount(ctrl, graph, part);
+
+  CreateIncidentHGraph__(graph);
+  ctrl->maxcellwgt = ComputeMaxCellWgt__(ctrl, graph->ncells, graph->cellwgt);
+  InitRandom__(ctrl->seed);
+  for (int t = 0; t < ctrl->nruns; t++) {
+    EnterPhase__(ctrl, PHASE_REFINE, graph->ncells);
+    Scheme::AllocateMemory(ctrl, graph);
+    icopy__(graph->ncells, part, graph->where);
+    Scheme::RefineFull(ctrl, graph, TRIAL_NPASSES);
+    TakeImproved__(ctrl, graph, *Scheme::Value(graph), &best, part);
+    if (ctrl->vcycle != 0) {
+      FreeCycleState__(graph);
+      const int value = Scheme::VCycle(ctrl, graph, TRIAL_NCYCLES);
+      TakeImproved__(ctrl, graph, value, &best, part);
+    }
+    if (ctrl->dbglvl & DBG_TRIALS)
+      Scheme::TraceTrial(t, graph, Scheme::Balance(ctrl, graph, graph->where));
+    FreeRootHGraph__(graph);
+    ReportWork__(ctrl, graph);
+  }
+  return best;
 }

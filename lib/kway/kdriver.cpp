@@ -46,7 +46,11 @@ static void PartitionInContext(const Control *ctrl, HGraph *graph)
   RunContext context = *ctrl->context;
   Control nested = *ctrl;
 
-  context.incumbent = nullptr; // these partitions are of a coarse level
+  // All of this is one phase, and its partitions are those of a coarse level.
+  EnterPhase__(ctrl, PHASE_INITIAL, graph->ncells);
+  context.incumbent = nullptr;
+  context.enter = nullptr;
+  context.worked = nullptr;
   nested.context = &context;
   nested.coarsento = 100;
   nested.nruns = nested.ctype = 2;
@@ -150,7 +154,7 @@ struct DirectKway {
 static int PartitionKway(Control *ctrl, HGraph *graph, int nfixed, int *part)
 {
   graph->nfixed = nfixed;
-  ctrl->complete = ctrl->context != nullptr && ctrl->context->incumbent != nullptr && !ctrl->fixed;
+  ctrl->complete = ctrl->context != nullptr && ctrl->context->incumbent != nullptr;
   return RunTrials__<DirectKway>(ctrl, graph, part);
 }
 
@@ -158,4 +162,17 @@ int MultilevelKwayPartition__(Control *ctrl, HGraph *graph, int *part)
 {
   return ctrl->fixed ? PartitionAroundFixed__(ctrl, graph, part, PartitionKway)
                      : PartitionKway(ctrl, graph, 0, part);
+}
+
+static int ImproveKway(Control *ctrl, HGraph *graph, int nfixed, int *part)
+{
+  graph->nfixed = nfixed;
+  ctrl->complete = 1;
+  return ImprovePartition__<DirectKway>(ctrl, graph, part);
+}
+
+int ImproveKwayPartition__(Control *ctrl, HGraph *graph, int *part)
+{
+  return ctrl->fixed ? PartitionAroundFixed__(ctrl, graph, part, ImproveKway)
+                     : ImproveKway(ctrl, graph, 0, part);
 }

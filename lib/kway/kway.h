@@ -11,6 +11,10 @@
 // ctrl->rtype 1, else the SOED. Builds the incidence of graph.
 int MultilevelKwayPartition__(Control *ctrl, HGraph *graph, int *part);
 
+// Improves the partition part, that of the context's call, by ctrl->nruns rounds of refinement and V-cycles; returns
+// the objective of what it leaves in part.
+int ImproveKwayPartition__(Control *ctrl, HGraph *graph, int *part);
+
 // Allocates where and the k-way records, uninitialised. Needs the incidence arrays.
 void AllocateKwayRefinementMemory__(const Control *ctrl, HGraph *graph);
 // Computes the k-way records, kpwgts, mincut and soed from where.

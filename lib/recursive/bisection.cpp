@@ -82,6 +82,11 @@ struct Bisection {
 
 } // namespace
 
+int ImproveBisection__(Control *ctrl, HGraph *graph, int *part)
+{
+  return ImprovePartition__<Bisection>(ctrl, graph, part);
+}
+
 int Hypergraph_Bisection__(Control *ctrl, HGraph *graph, int *part)
 {
   const int best = RunTrials__<Bisection>(ctrl, graph, part);

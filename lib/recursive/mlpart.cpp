@@ -37,7 +37,7 @@ static void AimBisection(Control *ctrl, const HGraph *graph, int nparts, int fir
   ctrl->part0frac = static_cast<float>(share0);
   ctrl->ubfactor = static_cast<float>(std::min(share0, share1) * growth);
   ctrl->nanchors0 = nparts0;
-  ctrl->complete = ctrl->nparts == 2 && !ctrl->fixed && ctrl->context->incumbent != nullptr;
+  ctrl->complete = ctrl->nparts == 2 && ctrl->context->incumbent != nullptr;
 }
 
 static int MLRB__(Control *ctrl, HGraph *graph, int *part, int nparts, int first);
@@ -60,6 +60,7 @@ static void BisectLeftSide(void *argument)
   LeftSide *left = static_cast<LeftSide *>(argument);
 
   left->cut = MLRB__(&left->ctrl, left->graph, left->part, left->nparts, left->first);
+  EnterPhase__(&left->ctrl, PHASE_OTHER, 0); // the thread goes on with something else
 }
 
 // Both sides, the right one last on this thread: the polish goes on from the random sequence and the cap that its last
@@ -131,6 +132,7 @@ static int PolishKway(Control *ctrl, HGraph *graph, int *part)
   ctrl->ubfactor = static_cast<float>(static_cast<double>(ctrl->nparts) *
                                       kpwgts[iamax__(ctrl->nparts, kpwgts)] / iasum__(ctrl->nparts, kpwgts));
 
+  EnterPhase__(ctrl, PHASE_REFINE, graph->ncells);
   AllocateKwayRefinementMemory__(ctrl, graph);
   icopy__(graph->ncells, part, graph->where);
   const int cut = RefineKwayPartition__(ctrl, graph);
@@ -156,9 +158,22 @@ static int PartitionRoot(Control *ctrl, HGraph *graph, int nfixed, int *part)
 {
   const int cut = PartitionByBisection__(ctrl, graph, nfixed, part);
 
-  if (ctrl->context != nullptr && ctrl->context->incumbent != nullptr && !ctrl->fixed)
-    ctrl->context->incumbent(ctrl->context->owner, part);
+  if (ctrl->context != nullptr && ctrl->context->incumbent != nullptr)
+    ctrl->context->incumbent(ctrl->context->taker, part);
   return ctrl->nparts > 2 && ctrl->kwayrefine ? PolishKway(ctrl, graph, part) : cut;
+}
+
+static int ImproveRoot(Control *ctrl, HGraph *graph, int nfixed, int *part)
+{
+  graph->nfixed = nfixed;
+  AimBisection(ctrl, graph, 2, 0);
+  return ImproveBisection__(ctrl, graph, part);
+}
+
+int ImproveTwoParts__(Control *ctrl, HGraph *graph, int *part)
+{
+  return ctrl->fixed ? PartitionAroundFixed__(ctrl, graph, part, ImproveRoot)
+                     : ImproveRoot(ctrl, graph, 0, part);
 }
 
 int MultilevelPartition__(Control *ctrl, HGraph *graph, int *part)

@@ -52,29 +52,32 @@ TEST(api, invalid_arguments_are_named)
        {"imbalance is -0.01, but it should be at least 0", [](auto *, auto *o) { o->imbalance = -0.01; }},
        {"imbalance is inf, but it should be at least 0", [](auto *, auto *o) { o->imbalance = INFINITY; }},
        {"starts is 0, but it should be at least 1", [](auto *, auto *o) { o->starts = 0; }},
+       {"first_start is 2147483647, but first_start and starts, which is 1, should add up to at most "
+        "2147483647",
+        [](auto *, auto *o) { o->first_start = 2147483647; }},
        {"threads is 0, but it should be at least 1", [](auto *, auto *o) { o->threads = 0; }},
        {"time_limit is -1, but it should be at least 0", [](auto *, auto *o) { o->time_limit = -1.0; }},
        {"nparts is 1, but it should be at least 2", [](auto *p, auto *) { p->nparts = 1; }},
-       {"ncells is -1, but it should be at least 0.", [](auto *p, auto *) { p->ncells = -1; }},
-       {"nnets is -1, but it should be at least 0.", [](auto *p, auto *) { p->nnets = -1; }},
-       {"net_starts is null.", [](auto *p, auto *) { p->net_starts = nullptr; }},
-       {"net_starts[0] is 1, but it should be 0.", [](auto *p, auto *) { p->net_starts = offset; }},
-       {"net_starts[2] is 1, but it should be at least net_starts[1], which is 2.",
+       {"ncells is -1, but it should be at least 0", [](auto *p, auto *) { p->ncells = -1; }},
+       {"nnets is -1, but it should be at least 0", [](auto *p, auto *) { p->nnets = -1; }},
+       {"net_starts is null", [](auto *p, auto *) { p->net_starts = nullptr; }},
+       {"net_starts[0] is 1, but it should be 0", [](auto *p, auto *) { p->net_starts = offset; }},
+       {"net_starts[2] is 1, but it should be at least net_starts[1], which is 2",
         [](auto *p, auto *) { p->net_starts = starts; }},
-       {"pins is null.", [](auto *p, auto *) { p->pins = nullptr; }},
-       {"pins[3] is 4, but a pin should be at least 0 and below ncells, which is 4 (net 1).",
+       {"pins is null", [](auto *p, auto *) { p->pins = nullptr; }},
+       {"pins[3] is 4, but a pin should be at least 0 and below ncells, which is 4 (net 1)",
         [](auto *p, auto *) { p->pins = pins; }},
-       {"cell_weights[1] is -4, but it should be at least 0.",
+       {"cell_weights[1] is -4, but it should be at least 0",
         [](auto *p, auto *) { p->cell_weights = weights; }},
        {"cell_weights[1] is 536870912: twice the total cell weight is then 2147483648, but it should be at "
         "most "
-        "2147483647.",
+        "2147483647",
         [](auto *p, auto *) { p->cell_weights = heavy; }},
-       {"net_weights[1] is -4, but it should be at least 0.",
+       {"net_weights[1] is -4, but it should be at least 0",
         [](auto *p, auto *) { p->net_weights = weights; }},
        {"net_weights[0] is 268435456: 10 x the total net weight + 1 is then 2684354561, but it should be at "
         "most "
-        "2147483647.",
+        "2147483647",
         [](auto *p, auto *) {
           p->nparts = 3;
           p->net_weights = heavynets;
@@ -84,8 +87,8 @@ TEST(api, invalid_arguments_are_named)
        {"part_shares[0] is nan, but it should be above 0 and at most 1",
         [](auto *p, auto *) { p->part_shares = nan; }},
        {"part_shares: the sum is 0.75, but it should be 1", [](auto *p, auto *) { p->part_shares = few; }},
-       {"fixed[2] is 2, but it should be between -1 and 1.", [](auto *p, auto *) { p->fixed = fixed; }},
-       {"fixed[0] is -2, but it should be between -1 and 1.", [](auto *p, auto *) { p->fixed = below; }}};
+       {"fixed[2] is 2, but it should be between -1 and 1", [](auto *p, auto *) { p->fixed = fixed; }},
+       {"fixed[0] is -2, but it should be between -1 and 1", [](auto *p, auto *) { p->fixed = below; }}};
 
   for (const auto &[message, spoil] : cases) {
     Call call = MakeCall({4, {{0, 1}, {1, 2}, {3}}, {}, {}}, 2);
@@ -133,7 +136,14 @@ TEST(api, neither_threads_nor_the_number_of_starts_change_what_a_start_gives)
           five->starts, five->starts + 5, [&](const auto &a, const auto &b) { return key(a) < key(b); });
       EXPECT_EQ(five->best_start, best - five->starts);
       EXPECT_EQ(std::make_tuple(five->cut, five->soed), std::make_tuple(best->cut, best->soed));
+      call.options.starts = 3;
+      call.options.first_start = 2;
+      const ResultPtr three = Solve(call);
+      for (int i = 0; i < 3; i++)
+        EXPECT_EQ(key(three->starts[i]), key(five->starts[2 + i]));
+      EXPECT_TRUE(five->best_start < 2 || PartOf(three) == PartOf(five));
       call.options.starts = 1;
+      call.options.first_start = 0;
       for (int i = 0; i < 5; i++) {
         call.options.seed = five->starts[i].seed;
         const ResultPtr one = Solve(call);

@@ -23,8 +23,18 @@ TEST(cpp, gives_what_c_gives)
   cpp.hypergraph.cell_weights = c.instance.cellwgt = cellwgt;
   cpp.hypergraph.net_weights = c.instance.netwgt = netwgt;
   cpp.targets = {3, shares, fixed};
-  cpp.options = {
-      KAPRIS_KWAY, KAPRIS_SOED, KAPRIS_PAIRS, KAPRIS_ONE_WAY_FM, KAPRIS_VCYCLE_NEVER, 3, true, 9, 0.2, 2, 2};
+  cpp.options = {KAPRIS_KWAY,
+                 KAPRIS_SOED,
+                 KAPRIS_PAIRS,
+                 KAPRIS_ONE_WAY_FM,
+                 KAPRIS_VCYCLE_NEVER,
+                 3,
+                 true,
+                 9,
+                 0.2,
+                 2,
+                 1,
+                 2};
   c.twelfths = {3, 1, 8};
   c.fixed = fixed;
   c.percent = 20;
@@ -37,6 +47,7 @@ TEST(cpp, gives_what_c_gives)
   c.options.reconst = 1;
   c.options.seed = 9;
   c.options.starts = c.options.threads = 2;
+  c.options.first_start = 1;
 
   const ResultPtr expected = Solve(c);
   const kapris::Result result = kapris::Partition(cpp.hypergraph, cpp.targets, cpp.options);
@@ -53,6 +64,12 @@ TEST(cpp, gives_what_c_gives)
   ASSERT_EQ(result.starts.size(), 2u);
   EXPECT_EQ(result.starts[1].seed, expected->starts[1].seed);
   EXPECT_GT(result.peak_bytes, 0u);
+
+  const kapris::Result refined = kapris::Refine(cpp.hypergraph, cpp.targets, result.part, cpp.options);
+  EXPECT_LE(refined.soed, result.soed);
+  EXPECT_THROW(kapris::Refine(cpp.hypergraph, cpp.targets, fixed, cpp.options), kapris::Error);
+  EXPECT_THROW(kapris::Refine(cpp.hypergraph, cpp.targets, std::span(result.part).first(59), cpp.options),
+               kapris::Error);
 }
 
 TEST(cpp, what_a_callback_throws_comes_out)

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <numeric>
 #include <thread>
 
 // ----------------------------------------------------------------------------------------------------------
@@ -82,7 +83,7 @@ TEST(limits, a_call_that_is_stopped_at_once_delivers_a_partition)
 struct Watcher {
   std::atomic<int> cancel = 0, inside = 0, overlaps = 0;
   int nprogress = 0, nlines = 0, lastprogress = INT_MAX, lastline = INT_MAX;
-  kapris_progress last = {0, 0, -1, 0.0};
+  kapris_progress last = {0, 0, -1, 0.0, 0.0, KAPRIS_PREPARING, 0};
   bool backwards = false;
 
   // Stays for a while, so that other threads of the call come by.
@@ -107,7 +108,8 @@ static void Progress(const kapris_progress *progress, void *user)
   watcher->Enter(60);
   watcher->nprogress += progress->starts_done > 0;
   watcher->backwards = watcher->backwards || progress->starts_done < watcher->last.starts_done ||
-                       progress->seconds < watcher->last.seconds || progress->starts_done > progress->starts;
+                       progress->seconds < watcher->last.seconds || progress->done < watcher->last.done ||
+                       progress->done > 1.0 || progress->starts_done > progress->starts;
   watcher->last = *progress;
   watcher->Leave();
 }
@@ -149,11 +151,16 @@ TEST(limits, callbacks_come_one_at_a_time_and_can_cancel)
     EXPECT_EQ(several.overlaps, 0);
     EXPECT_FALSE(several.backwards);
     EXPECT_EQ(several.last.starts, 100000);
+    EXPECT_EQ(several.last.best, result->cut);
+    EXPECT_GT(result->seconds_phase[KAPRIS_INITIAL], 0.0);
+    EXPECT_LE(std::accumulate(result->seconds_phase, result->seconds_phase + 5, 0.0), 3 * result->seconds);
 
     // The line of the third trial comes after the first has given a partition.
     Watcher trials;
     trials.lastline = 3;
     call = Endless(scheme);
+    call.fixed.assign(60, -1);
+    call.fixed[0] = 1; // goes through a hypergraph of its own
     Watch(&call, &trials);
     call.options.log = Log;
     call.options.log_level = 16;

@@ -49,19 +49,32 @@ static BalanceVerdict Rebalanced(Task *task, Ints *part)
   const Instance *instance = &task->instance;
   const Ints netptr = instance->NetPtr(), netind = instance->NetInd(), before = *part;
   const Ints ones(std::max(instance->nets.size(), before.size()), 1);
-  const BalanceProblem problem = {instance->ncells,
-                                  static_cast<int>(instance->nets.size()),
-                                  instance->cellwgt.empty() ? ones.data() : instance->cellwgt.data(),
-                                  instance->netwgt.empty() ? ones.data() : instance->netwgt.data(),
-                                  netptr.data(),
-                                  netind.data(),
-                                  static_cast<int>(task->limits.size()),
-                                  task->limits.data(),
-                                  task->fixed.empty() ? nullptr : task->fixed.data(),
-                                  task->bysoed};
+  BalanceProblem problem = {instance->ncells,
+                            static_cast<int>(instance->nets.size()),
+                            instance->cellwgt.empty() ? ones.data() : instance->cellwgt.data(),
+                            instance->netwgt.empty() ? ones.data() : instance->netwgt.data(),
+                            netptr.data(),
+                            netind.data(),
+                            static_cast<int>(task->limits.size()),
+                            task->limits.data(),
+                            task->fixed.empty() ? nullptr : task->fixed.data(),
+                            task->bysoed,
+                            nullptr,
+                            nullptr};
   const std::size_t blocks = Ledger__()->blocks;
 
   EXPECT_EQ(TotalExcess__(&problem, before.data()), ExcessOf(*task, before));
+  for (int steps = 0; steps < 8; steps++) {
+    Ints stopped = before;
+    int left = steps;
+    problem.owner = &left;
+    problem.proceed = [](void *owner) { return (*static_cast<int *>(owner))-- > 0; };
+    const std::uint64_t serial = Ledger__()->serial;
+    Rebalance__(&problem, stopped.data());
+    LedgerRelease__(serial); // as the end of a stopped call does
+    EXPECT_LE(ExcessOf(*task, stopped), ExcessOf(*task, before));
+  }
+  problem.proceed = nullptr;
   const BalanceVerdict verdict = Rebalance__(&problem, part->data());
   EXPECT_EQ(Ledger__()->blocks, blocks);
   for (std::size_t i = 0; i < part->size(); i++) {

@@ -1,0 +1,27 @@
+// lib/api/start.h - one start: the engine with the context of the call; private to this folder.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "run.h"
+
+#include "control/ctrl.h"
+
+struct Start {
+  Run *run;
+  int index;
+  int *incumbent; // the best complete partition of this start so far
+  bool hasincumbent;
+
+  // What it is doing; several threads can be at it.
+  std::atomic<int> phase, cells;
+  std::atomic<double> done; // estimate of the work done
+  std::atomic<double> seconds[NPHASES];
+};
+
+// Whether the call goes on; owner is a Start. Reports progress when it is due.
+bool Proceed__(void *owner);
+// Notes that a phase begins on this thread; owner is a Start.
+void Enter__(void *owner, Phase phase, int ncells);
+
+// Partitions, or improves run->initial. Throws StopRun when the call is to end.
+void RunEngine__(Start *start, std::int64_t seed, int *part);

@@ -1,0 +1,80 @@
+// tests/api/refine_test.cpp - improving a given partition: never worse, fixed cells stay, the same with any threads.
+// SPDX-License-Identifier: MIT
+
+#include "api/call.h"
+
+static ResultPtr Refine(const Call &call, const std::vector<int> &part)
+{
+  kapris_result *result = nullptr;
+
+  kapris_refine(&call.problem, &call.options, part.data(), &result);
+  return ResultPtr(result);
+}
+
+static std::tuple<bool, std::int64_t, std::int64_t, double> Rank(const Call &call, const ResultPtr &result)
+{
+  const bool bycut = call.options.objective == KAPRIS_CUT;
+
+  return {!result->balanced, bycut ? result->cut : result->soed, bycut ? result->soed : result->cut,
+          result->imbalance};
+}
+
+TEST(refine, is_never_worse_than_what_was_given)
+{
+  int nbetter = 0, nkept = 0;
+
+  for (std::uint64_t seed = 1; seed <= 150; seed++) {
+    Call call = RandomCall(seed);
+    Connect(&call);
+    call.options.starts = 1;
+    call.options.runs = 1;
+    const ResultPtr made = SolveConnected(call);
+    call.options.starts = 2;
+    call.options.seed = 3;
+    const ResultPtr better = Refine(call, PartOf(made));
+    ASSERT_EQ(WrongIn(call, better), "") << seed;
+    if (made->balanced) {
+      ASSERT_LE(Rank(call, better), Rank(call, made)) << seed;
+    }
+    nbetter += Rank(call, better) < Rank(call, made);
+    if (better->best_start == -1 && made->balanced) {
+      nkept++;
+      ASSERT_EQ(PartOf(better), PartOf(made));
+    }
+
+    // From any partition, with any number of threads.
+    std::vector<int> part;
+    TestRandom random = {seed};
+    for (int i = 0; i < call.instance.ncells; i++)
+      part.push_back(call.fixed.empty() || call.fixed[static_cast<std::size_t>(i)] < 0
+                         ? random.Below(call.problem.nparts)
+                         : call.fixed[static_cast<std::size_t>(i)]);
+    const ResultPtr result = Refine(call, part);
+    ASSERT_EQ(WrongIn(call, result), "") << seed;
+    call.options.threads = 4 - call.options.threads;
+    ASSERT_EQ(FiguresOf(Refine(call, part)), FiguresOf(result)) << seed;
+  }
+  EXPECT_GT(nbetter, 4);
+  EXPECT_GT(nkept, 20);
+}
+
+TEST(refine, a_partition_that_cannot_be_is_named)
+{
+  const std::vector<std::tuple<std::vector<int>, const char *>> cases = {
+      {{0, 1, 2, 0}, "part[2] is 2, but it should be between 0 and 1"},
+      {{0, 1, -1, 0}, "part[2] is -1, but it should be between 0 and 1"},
+      {{0, 0, 1, 1}, "part[1] is 0, but the cell is fixed to part 1"}};
+  Call call = MakeCall({4, {{0, 1}, {1, 2}, {2, 3}}, {}, {}}, 2);
+  call.fixed = {-1, 1, -1, -1};
+  Connect(&call);
+
+  for (const auto &[part, message] : cases) {
+    const ResultPtr result = Refine(call, part);
+    EXPECT_EQ(result->status, KAPRIS_INVALID_ARGUMENT);
+    EXPECT_STREQ(result->message, message);
+  }
+  kapris_result *result = nullptr;
+  EXPECT_EQ(kapris_refine(&call.problem, &call.options, nullptr, &result), KAPRIS_INVALID_ARGUMENT);
+  EXPECT_STREQ(result->message, "part is null");
+  kapris_free_result(result);
+}
