@@ -15,7 +15,9 @@ enum ExitStatus {
   EXIT_MALFORMED = 3,
   EXIT_OVER_LIMIT = 4,
   EXIT_OUT_OF_MEMORY = 5,
-  EXIT_FILES = 6
+  EXIT_FILES = 6,
+  EXIT_TIME_LIMIT = 7,
+  EXIT_INTERRUPTED = 130
 };
 
 // The text of a malformed input starts with its place, "file:line:column: "; main puts "kapris: " before

@@ -14,7 +14,7 @@ namespace kapris_cli
 static const char description[] =
     "Examples:\n"
     "  kapris partition circuit.hgr -k 4                     four parts, written to circuit.hgr.part.4\n"
-    "  kapris partition circuit.hgr -k 2 --imbalance 1 --seed 7 --runs 20 -o halves.txt\n"
+    "  kapris partition circuit.hgr -k 2 --epsilon 0.01 --seed 7 --starts 20 -o halves.part\n"
     "  kapris partition - -k 2 -o - < circuit.hgr            from standard input to standard output\n"
     "  kapris eval circuit.hgr circuit.hgr.part.4            cut and balance of a partition\n"
     "\n"
@@ -30,7 +30,12 @@ static const char footer[] =
     "  3  malformed input; the message starts with file:line:column\n"
     "  4  a part is over its limit; the best partition found is written all the same\n"
     "  5  out of memory\n"
-    "  6  a file cannot be read or written";
+    "  6  a file cannot be read or written\n"
+    "  7  the time limit was reached; the best partition so far is written\n"
+    "  130  interrupted; the best partition so far is written, if the run had begun\n"
+    "\n"
+    "Environment:\n"
+    "  NO_COLOR  no colours in messages";
 
 void DescribeCommand(CLI::App *app, Run *run)
 {
@@ -40,6 +45,7 @@ void DescribeCommand(CLI::App *app, Run *run)
                                                  KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH));
   app->require_subcommand(1);
   AddPartition(app, run);
+  AddRefine(app, run);
   AddEval(app, run);
 }
 

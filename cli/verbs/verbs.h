@@ -23,6 +23,7 @@ void DescribeCommand(CLI::App *app, Run *run);
 
 // Each adds its verb with options to app.
 void AddPartition(CLI::App *app, Run *run);
+void AddRefine(CLI::App *app, Run *run);
 void AddEval(CLI::App *app, Run *run);
 
 } // namespace kapris_cli

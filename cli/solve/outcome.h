@@ -1,0 +1,32 @@
+// cli/solve/outcome.h - what a run of the library gave, and the forms in which users get it.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "measure/json.h"
+#include "solve/request.h"
+
+#include <string>
+#include <vector>
+
+namespace kapris_cli
+{
+
+struct Outcome {
+  const Request *request;
+  Plan plan;
+  Hgr hgr;
+  std::vector<int> fixed; // empty: no cell is fixed
+  std::vector<int> given; // the partition to improve; empty: none
+  double seconds_read;
+  kapris::Result result;
+};
+
+// The object that docs/json.md describes; the verb best reads it.
+Json ResultJson(const Outcome &outcome);
+
+// The lines of a summary.
+std::string Summary(const Outcome &outcome);
+// Those of --dry-run, before there is a result.
+std::string PlanSummary(const Outcome &outcome);
+
+} // namespace kapris_cli

@@ -1,0 +1,309 @@
+// cli/solve/request.cpp - the options of the verbs that call the library, and what they come to.
+// SPDX-License-Identifier: MIT
+
+#include "solve/request.h"
+
+#include "failure.h"
+
+#include "io/files.h"
+#include "verbs/choice.h"
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <fmt/format.h>
+#include <thread>
+
+namespace kapris_cli
+{
+
+// ----------------------------------------------------------------------------------------------------------
+// Names
+
+template <class Value>
+using Names = std::vector<std::pair<std::string, Value>>;
+
+static const Names<Preset> presets = {
+    {"fast", Preset::FAST}, {"default", Preset::DEFAULT}, {"quality", Preset::QUALITY}};
+static const Names<kapris_scheme> schemes = {{"recursive", KAPRIS_RECURSIVE}, {"kway", KAPRIS_KWAY}};
+static const Names<kapris_objective> objectives = {{"cut", KAPRIS_CUT}, {"soed", KAPRIS_SOED}};
+static const Names<kapris_coarsening> coarsenings = {{"alternate", KAPRIS_ALTERNATE},
+                                                     {"degree-stars", KAPRIS_DEGREE_STARS},
+                                                     {"strong-stars", KAPRIS_STRONG_STARS},
+                                                     {"whole-nets", KAPRIS_WHOLE_NETS},
+                                                     {"pairs", KAPRIS_PAIRS}};
+static const Names<kapris_refinement> refinements = {
+    {"fm", KAPRIS_FM}, {"one-way-fm", KAPRIS_ONE_WAY_FM}, {"early-exit-fm", KAPRIS_EARLY_EXIT_FM}};
+static const Names<kapris_vcycle> vcycles = {{"never", KAPRIS_VCYCLE_NEVER},
+                                             {"best", KAPRIS_VCYCLE_BEST},
+                                             {"improving", KAPRIS_VCYCLE_IMPROVING},
+                                             {"close", KAPRIS_VCYCLE_CLOSE}};
+
+template <class Value>
+static const char *NameOfValue(const Names<Value> &names, Value value)
+{
+  for (const auto &[name, meaning] : names)
+    if (meaning == value)
+      return name.c_str();
+  return "?";
+}
+
+const char *NameOfScheme(kapris_scheme scheme)
+{
+  return NameOfValue(schemes, scheme);
+}
+
+const char *NameOfObjective(kapris_objective objective)
+{
+  return NameOfValue(objectives, objective);
+}
+
+const char *NameOfCoarsening(kapris_coarsening coarsening)
+{
+  return NameOfValue(coarsenings, coarsening);
+}
+
+const char *NameOfRefinement(kapris_refinement refinement)
+{
+  return NameOfValue(refinements, refinement);
+}
+
+const char *NameOfVCycle(kapris_vcycle vcycle)
+{
+  return NameOfValue(vcycles, vcycle);
+}
+
+const char *NameOfPreset(Preset preset)
+{
+  return NameOfValue(presets, preset);
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// The options
+
+template <class Value>
+static void AddNamed(CLI::App *verb, const char *option, std::optional<Value> *value, const char *help,
+                     const Names<Value> &names)
+{
+  Choice<std::optional<Value>>(verb, option, value, help, {names.begin(), names.end()});
+}
+
+static CLI::Option *AddCount(CLI::App *verb, const char *option, std::optional<int> *value, int lowest,
+                             const char *help)
+{
+  return verb->add_option(option, *value, help)
+      ->type_name("N")
+      ->check(CLI::Range(lowest, INT_MAX).description(""));
+}
+
+static void AddGoal(CLI::App *verb, Request *request)
+{
+  verb->add_option("-k,--parts", request->nparts, "Number of parts, at least 2")
+      ->required()
+      ->type_name("N")
+      ->check(CLI::Range(2, INT_MAX).description(""));
+  CLI::Option *epsilon =
+      verb->add_option("-e,--epsilon", request->epsilon,
+                       "A part may weigh (1 + E) x its share of the total, rounded up [0.03]")
+          ->type_name("E")
+          ->check(CLI::Range(0.0, 1e6).description(""));
+  verb->add_option("--ubfactor", request->ubfactor,
+                   "The same as a percentage, 1 to 49: of each bisection, or with --scheme kway of the parts")
+      ->type_name("P")
+      ->check(CLI::Range(1, 49).description(""))
+      ->excludes(epsilon);
+  verb->add_option("--target-weights", request->target_weights,
+                   "Relative weights that the parts should get, as in 2,1,1, or @FILE that has them")
+      ->type_name("W,W,...");
+  verb->add_option("--fixed", request->fixed,
+                   "File with the part, from 0, that each cell must go to, or -1 for a free cell")
+      ->type_name("FILE");
+  AddNamed(verb, "--objective", &request->objective, "What to minimise [cut]", objectives);
+}
+
+static void AddEffort(CLI::App *verb, Request *request)
+{
+  AddNamed(verb, "--scheme", &request->scheme, "Recursive bisection or direct k-way partitioning [recursive]",
+           schemes);
+  AddNamed(verb, "--refinement", &request->refinement, "Refinement of bisections [fm]", refinements);
+  AddNamed(verb, "--vcycle", &request->vcycle, "Which runs are improved by V-cycles [best]", vcycles);
+  AddCount(verb, "--runs", &request->runs, 1, "Runs of each bisection or k-way partitioning [10]");
+  CLI::Option *starts =
+      AddCount(verb, "--starts", &request->starts, 1, "Independent starts, of which the best counts [1]");
+  verb->add_option("--start-range", request->start_range,
+                   "Only the starts numbered A to B, to spread starts over machines; see the verb best")
+      ->type_name("A:B")
+      ->excludes(starts);
+  verb->add_option("--seed", request->seed, "Fixes the random sequence; negative: from the clock")
+      ->type_name("S")
+      ->capture_default_str();
+  verb->add_option("-t,--threads", request->threads,
+                   "Threads, 0 = one per processor; no effect on the result")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(0, INT_MAX).description(""));
+  verb->add_option("--time-limit", request->time_limit, "Seconds after which the best so far is written")
+      ->type_name("S")
+      ->check(CLI::PositiveNumber.description(""));
+  verb->add_option("--memory-limit", request->memory_limit, "Bytes for the partitioning, as in 500M or 2G")
+      ->type_name("SIZE")
+      ->transform(CLI::AsSizeValue(false).description(""));
+}
+
+void AddJson(CLI::App *verb, std::string *path)
+{
+  verb->add_option("--json", *path, "The result as JSON, on standard output or in FILE")
+      ->type_name("[=FILE]");
+}
+
+void AddCoarsening(CLI::App *verb, Request *request)
+{
+  Choice(verb, "--preset", &request->preset, "How much time to spend; options below override it", presets);
+  AddNamed(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
+  verb->add_flag("--reconst", request->reconst, "Pieces of cut nets stay in the recursion");
+}
+
+void AddSolveOptions(CLI::App *verb, Request *request)
+{
+  AddGoal(verb, request);
+  AddEffort(verb, request);
+  verb->add_option("-o,--output", request->out,
+                   "Part file, - for standard output; default: FILE.part.N in the working directory")
+      ->type_name("FILE");
+  AddJson(verb, &request->json);
+  verb->add_flag("-q,--quiet", request->quiet, "Print only the name of the file written");
+  verb->add_flag("-v,--verbose", request->verbosity, "Trace the runs on standard error; -vv: the levels too");
+  verb->add_flag("--dry-run", request->dry_run, "Check everything and say what would be done");
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// What they come to
+
+[[noreturn]] static void Refuse(const std::string &text)
+{
+  throw Failure{EXIT_USAGE, text};
+}
+
+static void SetPreset(Preset preset, kapris::Options *options)
+{
+  if (preset == Preset::FAST) {
+    options->runs = 2;
+  } else if (preset == Preset::QUALITY) {
+    options->vcycle = KAPRIS_VCYCLE_IMPROVING;
+    options->runs = 20;
+    options->starts = 4;
+  }
+}
+
+template <class Target, class Value>
+static void Override(Target *target, const std::optional<Value> &value)
+{
+  if (value)
+    *target = *value;
+}
+
+// Two numbers A:B, or false.
+static bool ParseRange(const std::string &text, int *first, int *last)
+{
+  const char *end = text.data() + text.size();
+  const auto left = std::from_chars(text.data(), end, *first);
+
+  if (left.ec != std::errc() || left.ptr == end || *left.ptr != ':')
+    return false;
+  const auto right = std::from_chars(left.ptr + 1, end, *last);
+  return right.ec == std::errc() && right.ptr == end && *first >= 0 && *first <= *last && *last < INT_MAX;
+}
+
+// What bisections of that allowance add up to over the depth of the recursion.
+static double EpsilonOf(int ubfactor, const kapris::Options &options, int nparts)
+{
+  if (options.scheme == KAPRIS_KWAY)
+    return ubfactor / 100.0;
+  return std::pow(1.0 + ubfactor / 50.0, std::ceil(std::log2(nparts))) - 1.0;
+}
+
+// Relative weights, separated by commas, blanks or line ends, as shares of 1.
+static std::vector<double> ParseShares(const std::string &argument, int nparts)
+{
+  const bool isfile = argument.starts_with('@');
+  const std::string text = isfile ? ReadFile(argument.substr(1)) : argument;
+  const std::string name = isfile ? InputName(argument.substr(1)) : "--target-weights";
+  static const char separators[] = ", \t\r\n";
+  std::vector<double> shares;
+  double sum = 0.0;
+
+  for (size_t at = text.find_first_not_of(separators); at != std::string::npos;) {
+    const size_t end = std::min(text.find_first_of(separators, at), text.size());
+    double weight = 0.0;
+    const auto read = std::from_chars(text.data() + at, text.data() + end, weight);
+    if (read.ec != std::errc() || read.ptr != text.data() + end || !(weight > 0.0) || weight > 1e15)
+      Refuse(fmt::format("{}: '{}' is not a weight; give {} positive numbers", name,
+                         text.substr(at, end - at), nparts));
+    shares.push_back(weight);
+    sum += weight;
+    at = text.find_first_not_of(separators, end);
+  }
+  if (shares.size() != static_cast<size_t>(nparts))
+    Refuse(fmt::format("{}: {} weights for {} parts", name, shares.size(), nparts));
+  for (double &share : shares)
+    share /= sum;
+  return shares;
+}
+
+static void SetStarts(const Request &request, kapris::Options *options)
+{
+  int last = 0;
+
+  Override(&options->starts, request.starts);
+  if (request.start_range.empty())
+    return;
+  if (!ParseRange(request.start_range, &options->first_start, &last))
+    Refuse(fmt::format("--start-range: '{}' is not A:B with 0 <= A <= B", request.start_range));
+  if (request.seed < 0)
+    Refuse("--start-range needs a --seed of 0 or more: starts of a clock seed cannot be put together");
+  options->starts = last - options->first_start + 1;
+}
+
+// FILE.part.N in the working directory, whichever directory FILE is in.
+static std::string DefaultOutput(const Request &request)
+{
+  const std::string name = NameOf(request.input);
+
+  return fmt::format("{}.part.{}", name.substr(name.rfind('/') + 1), request.nparts);
+}
+
+Plan Resolve(const std::string &command, const Request &request)
+{
+  const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
+  Plan plan;
+  kapris::Options &options = plan.options;
+
+  plan.command = command;
+  SetPreset(request.preset, &options);
+  Override(&options.scheme, request.scheme);
+  Override(&options.objective, request.objective);
+  Override(&options.coarsening, request.coarsening);
+  Override(&options.refinement, request.refinement);
+  Override(&options.vcycle, request.vcycle);
+  Override(&options.runs, request.runs);
+  Override(&options.imbalance, request.epsilon);
+  if (request.ubfactor)
+    options.imbalance = EpsilonOf(*request.ubfactor, options, request.nparts);
+  options.reconst = request.reconst;
+  options.seed = request.seed;
+  SetStarts(request, &options);
+  options.threads = request.threads > 0 ? request.threads : static_cast<int>(processors);
+  if (request.time_limit)
+    options.time_limit = std::chrono::duration<double>(*request.time_limit);
+  if (request.memory_limit > 0)
+    options.memory_limit = request.memory_limit;
+  if (!request.target_weights.empty())
+    plan.shares = ParseShares(request.target_weights, request.nparts);
+  plan.out = request.out.empty() ? DefaultOutput(request) : request.out;
+  if (plan.out == "-" && request.json == "-")
+    Refuse("-o - and --json both go to standard output; give one of them a file");
+  return plan;
+}
+
+} // namespace kapris_cli

@@ -1,0 +1,74 @@
+// cli/solve/request.h - what the verbs that call the library are asked for, and the options that say it.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "io/input.h"
+
+#include <cstdint>
+#include <kapris.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kapris_cli
+{
+
+enum class Preset { FAST, DEFAULT, QUALITY };
+
+// The values of the options as they were given; what was not given is decided by Resolve.
+struct Request {
+  Input input;
+  std::string part; // refine: the file with the partition to improve; else empty
+  std::string fixed;
+  std::string target_weights;
+  std::string out;
+  std::string start_range;
+  std::string json; // empty: none, "-": standard output
+  int nparts = 2;
+  Preset preset = Preset::DEFAULT;
+  std::optional<kapris_scheme> scheme;
+  std::optional<kapris_objective> objective;
+  std::optional<kapris_coarsening> coarsening;
+  std::optional<kapris_refinement> refinement;
+  std::optional<kapris_vcycle> vcycle;
+  std::optional<int> runs;
+  bool reconst = false;
+  std::optional<double> epsilon;
+  std::optional<int> ubfactor;
+  int seed = 0;
+  std::optional<int> starts;
+  int threads = 1; // 0: as many as the machine has
+  std::optional<double> time_limit;
+  std::uint64_t memory_limit = 0; // bytes, 0: none
+  bool quiet = false;
+  int verbosity = 0;
+  bool dry_run = false;
+};
+
+// What a request comes to.
+struct Plan {
+  std::string command; // the verb
+  kapris::Options options;
+  std::vector<double> shares; // empty: all equal
+  std::string out;
+};
+
+// Adds the options that partition and refine share.
+void AddSolveOptions(CLI::App *verb, Request *request);
+// Those of partition alone.
+void AddCoarsening(CLI::App *verb, Request *request);
+
+// The value --json of a verb: "" without the option, "-" without a file. See ExpandJson.
+void AddJson(CLI::App *verb, std::string *path);
+
+// Throws Failure for values that do not go together.
+Plan Resolve(const std::string &command, const Request &request);
+
+const char *NameOfScheme(kapris_scheme scheme);
+const char *NameOfObjective(kapris_objective objective);
+const char *NameOfCoarsening(kapris_coarsening coarsening);
+const char *NameOfRefinement(kapris_refinement refinement);
+const char *NameOfVCycle(kapris_vcycle vcycle);
+const char *NameOfPreset(Preset preset);
+
+} // namespace kapris_cli

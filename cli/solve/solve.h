@@ -1,0 +1,16 @@
+// cli/solve/solve.h - the run behind the verbs partition and refine.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "failure.h"
+
+#include "solve/request.h"
+
+#include <string>
+
+namespace kapris_cli
+{
+
+ExitStatus Solve(const std::string &command, const Request &request);
+
+} // namespace kapris_cli
