@@ -41,6 +41,7 @@ void DescribeCommand(CLI::App *app, Run *run)
   app->require_subcommand(1);
   AddPartition(app, run);
   AddEval(app, run);
+  AddGenerate(app, run);
 }
 
 } // namespace kapris_cli
