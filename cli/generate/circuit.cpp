@@ -111,7 +111,8 @@ void AddCircuitNets(const Recipe &recipe, Draft *draft)
   constexpr double most = 1 << 30;
 
   if (recipe.cells * recipe.pins > most)
-    FailUsage(fmt::format("--cells {} with --pins {} are more than {} pins", recipe.cells, recipe.pins, most));
+    FailUsage(
+        fmt::format("--cells {} with --pins {} are more than {} pins", recipe.cells, recipe.pins, most));
   AddBlockNets(ExpectedNets(recipe), {0, recipe.cells}, draft);
   AddMissingNets(draft);
 }

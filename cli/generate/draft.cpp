@@ -94,19 +94,14 @@ void Hide(Draft *draft, std::vector<int> *part)
     (*part)[static_cast<size_t>(number[cell])] = old_part[cell];
 }
 
-static void AppendNumber(std::string *text, int number)
-{
-  char digits[16];
-
-  text->append(digits, std::to_chars(digits, digits + sizeof(digits), number).ptr);
-}
-
 // With the blank that separates it from what stands before.
 static void AppendNext(std::string *text, int number)
 {
+  char digits[16];
+
   if (!text->empty() && text->back() != '\n')
     *text += ' ';
-  AppendNumber(text, number);
+  text->append(digits, std::to_chars(digits, digits + sizeof(digits), number).ptr);
 }
 
 std::string FormatHgr(const Hgr &hgr)

@@ -21,18 +21,18 @@ struct Recipe {
   Kind kind = Kind::CIRCUIT;
   int seed = 1;
   int cells = 10000;
-  int nets = 0;             // 0: as many as cells
-  Range size = {2, 6};      // cells of a net
-  Range cellwgts = {1, 1};  // without weights in the file if all are 1
+  int nets = 0;            // 0: as many as cells
+  Range size = {2, 6};     // cells of a net
+  Range cellwgts = {1, 1}; // without weights in the file if all are 1
   Range netwgts = {1, 1};
-  double rent = 0.6;        // circuit: nets that leave a block grow with this power of its size
-  double pins = 3.5;        // circuit: average per cell, about
-  int rows = 100;           // grid
+  double rent = 0.6; // circuit: nets that leave a block grow with this power of its size
+  double pins = 3.5; // circuit: average per cell, about
+  int rows = 100;    // grid
   int cols = 100;
   int depth = 1;
-  double exponent = 2.5;    // powerlaw: nets of s cells are as frequent as s^-exponent
+  double exponent = 2.5; // powerlaw: nets of s cells are as frequent as s^-exponent
   int max_size = 100;
-  int parts = 2;            // planted
+  int parts = 2; // planted
   int crossing = 100;
 };
 

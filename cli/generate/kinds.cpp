@@ -47,8 +47,8 @@ static int GridCells(const Recipe &recipe)
   const long long layer = 1LL * recipe.rows * recipe.cols;
 
   if (layer > INT_MAX / 7 || layer * recipe.depth > INT_MAX / 7)
-    FailUsage(fmt::format("--rows {}, --cols {} and --depth {} are more than {} cells", recipe.rows, recipe.cols,
-                          recipe.depth, INT_MAX / 7));
+    FailUsage(fmt::format("--rows {}, --cols {} and --depth {} are more than {} cells", recipe.rows,
+                          recipe.cols, recipe.depth, INT_MAX / 7));
   return static_cast<int>(layer * recipe.depth);
 }
 
@@ -96,8 +96,8 @@ static void CheckParts(const Recipe &recipe)
   if (recipe.size.low < 2)
     FailUsage(fmt::format("--size starts at {}: crossing nets need at least 2 cells", recipe.size.low));
   if (recipe.cells / recipe.parts < recipe.size.high)
-    FailUsage(fmt::format("--cells {} in --parts {} are too few for nets of {} cells inside a part", recipe.cells,
-                          recipe.parts, recipe.size.high));
+    FailUsage(fmt::format("--cells {} in --parts {} are too few for nets of {} cells inside a part",
+                          recipe.cells, recipe.parts, recipe.size.high));
   if (recipe.crossing > recipe.nets)
     FailUsage(fmt::format("--crossing {} is more than --nets {}", recipe.crossing, recipe.nets));
 }
@@ -167,7 +167,8 @@ Generated Generate(const Recipe &given)
   draft.hgr.netwgts = DrawWeights(&draft.random, recipe.netwgts, draft.hgr.nnets);
   if (recipe.kind == Kind::PLANTED) {
     for (int part = 0; part < recipe.parts; part++)
-      generated.planted.insert(generated.planted.end(), static_cast<size_t>(PartBlock(recipe, part).size), part);
+      generated.planted.insert(generated.planted.end(), static_cast<size_t>(PartBlock(recipe, part).size),
+                               part);
     for (int net = 0; net < recipe.crossing; net++)
       generated.planted_cut += NetWeight(draft.hgr, net);
   }

@@ -1,9 +1,10 @@
 // cli/verbs/generate.cpp - kapris generate: writes a synthetic hypergraph.
 // SPDX-License-Identifier: MIT
 
+#include "generate/generate.h"
+
 #include "failure.h"
 
-#include "generate/generate.h"
 #include "io/files.h"
 #include "io/parts.h"
 #include "measure/report.h"
@@ -59,21 +60,10 @@ static ExitStatus WriteGenerated(const GenerateRequest &request)
   return EXIT_DONE;
 }
 
-static CLI::Option *AddCount(CLI::App *kind, const char *name, int *value, int low, int high, const char *help)
+static CLI::Option *AddCount(CLI::App *kind, const char *name, int *value, int low, int high,
+                             const char *help)
 {
   return kind->add_option(name, *value, help)->type_name("N")->check(CLI::Range(low, high).description(""));
-}
-
-static void AddDecimal(CLI::App *kind, const char *name, double *value, double low, double high,
-                       const char *help)
-{
-  const auto check = [=](const std::string &text) {
-    double given = 0;
-    // The parser reads "nan" as a number, which is neither above nor below.
-    const bool good = CLI::detail::lexical_cast(text, given) && given >= low && given <= high;
-    return good ? "" : fmt::format("'{}' is not a number from {} to {}", text, low, high);
-  };
-  kind->add_option(name, *value, help)->type_name("X")->capture_default_str()->check(check);
 }
 
 // "A:B" with low <= A <= B, or "A" for A:A.
@@ -86,7 +76,8 @@ static Range ParseRange(const std::string &name, const std::string &text, int lo
   const auto last = std::from_chars(pair ? first.ptr + 1 : text.data(), end, range.high);
 
   if (last.ec != std::errc{} || last.ptr != end || range.low < low || range.low > range.high)
-    throw Failure{EXIT_USAGE, fmt::format("{} is '{}', not A or A:B with {} <= A <= B <= {}", name, text, low, INT_MAX)};
+    throw Failure{EXIT_USAGE,
+                  fmt::format("{} is '{}', not A or A:B with {} <= A <= B <= {}", name, text, low, INT_MAX)};
   return range;
 }
 
@@ -99,7 +90,8 @@ static void AddRange(CLI::App *kind, const std::string &name, Range *range, int 
 }
 
 // The subcommand of a kind with the options that all kinds share.
-static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, const char *help, Recipe **recipe)
+static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, const char *help,
+                         Recipe **recipe)
 {
   CLI::App *app = verb->add_subcommand(name, help);
   auto request = std::make_shared<GenerateRequest>();
@@ -107,16 +99,19 @@ static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, 
   request->kind = name;
   request->recipe.kind = kind;
   *recipe = &request->recipe;
-  app->add_option("-o,--output", request->out, "Output file, - for standard output; default: KIND-CELLS-SEED.hgr")
+  app->add_option("-o,--output", request->out,
+                  "Output file, - for standard output; default: KIND-CELLS-SEED.hgr")
       ->type_name("OUT");
-  AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence")->capture_default_str();
+  AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence")
+      ->capture_default_str();
   AddRange(app, "--cell-weights", &request->recipe.cellwgts, 0, "Random weights of cells, A to B");
   AddRange(app, "--net-weights", &request->recipe.netwgts, 0, "Random weights of nets, A to B");
   if (kind == Kind::PLANTED)
     app->add_option("--partition", request->partition, "Also write the planted parts, - for standard output")
         ->type_name("PART");
   if (kind != Kind::GRID)
-    AddCount(app, "--cells", &request->recipe.cells, 2, kind == Kind::CIRCUIT ? 50'000'000 : most, "Number of cells")
+    AddCount(app, "--cells", &request->recipe.cells, 2, kind == Kind::CIRCUIT ? 50'000'000 : most,
+             "Number of cells")
         ->capture_default_str();
   if (kind != Kind::GRID && kind != Kind::CIRCUIT)
     AddCount(app, "--nets", &request->recipe.nets, 1, most, "Number of nets; default: as many as cells");
@@ -139,8 +134,11 @@ void AddGenerate(CLI::App *app, Run *run)
 
   CLI::App *kind = AddKind(verb, run, Kind::CIRCUIT, "circuit", "Circuit-like, with small cuts", &recipe);
   kind->footer("Example: kapris generate circuit --cells 20000 --rent 0.65 -o circuit.hgr");
-  AddDecimal(kind, "--rent", &recipe->rent, 0.1, 1, "Nets that leave a block grow with this power of its size");
-  AddDecimal(kind, "--pins", &recipe->pins, 0.1, 1000, "Average pins of a cell, about");
+  AddDecimal(kind, "--rent", &recipe->rent, 0.1, 1,
+             "Nets that leave a block grow with this power of its size")
+      ->capture_default_str();
+  AddDecimal(kind, "--pins", &recipe->pins, 0.1, 1000, "Average pins of a cell, about")
+      ->capture_default_str();
 
   kind = AddKind(verb, run, Kind::GRID, "grid", "A net for each cell of a grid and its neighbours", &recipe);
   kind->footer("Example: kapris generate grid --rows 300 --cols 200");
@@ -153,11 +151,14 @@ void AddGenerate(CLI::App *app, Run *run)
 
   kind = AddKind(verb, run, Kind::POWERLAW, "powerlaw", "Nets of random cells, few of them large", &recipe);
   kind->footer("Example: kapris generate powerlaw --cells 50000 --exponent 2 --max-size 1000");
-  AddDecimal(kind, "--exponent", &recipe->exponent, 0, 10, "Nets of S cells are as frequent as S^-X");
-  AddCount(kind, "--max-size", &recipe->max_size, 2, 10'000'000, "Cells of the largest nets")->capture_default_str();
+  AddDecimal(kind, "--exponent", &recipe->exponent, 0, 10, "Nets of S cells are as frequent as S^-X")
+      ->capture_default_str();
+  AddCount(kind, "--max-size", &recipe->max_size, 2, 10'000'000, "Cells of the largest nets")
+      ->capture_default_str();
 
   kind = AddKind(verb, run, Kind::PLANTED, "planted", "Nets inside parts, and some of two parts", &recipe);
-  kind->footer("Example: kapris generate planted --cells 8000 --parts 4 --crossing 50 --partition planted.part");
+  kind->footer(
+      "Example: kapris generate planted --cells 8000 --parts 4 --crossing 50 --partition planted.part");
   AddCount(kind, "--parts", &recipe->parts, 2, most, "Number of parts, of equal size")->capture_default_str();
   AddCount(kind, "--crossing", &recipe->crossing, 0, most, "Nets that span two parts")->capture_default_str();
 
@@ -165,8 +166,9 @@ void AddGenerate(CLI::App *app, Run *run)
   verb->allow_extras();
   verb->callback([verb] {
     if (verb->get_subcommands().empty())
-      throw Failure{EXIT_USAGE, fmt::format("generate: KIND must be circuit, grid, random, powerlaw or planted, not '{}'",
-                                            fmt::join(verb->remaining(), " "))};
+      throw Failure{EXIT_USAGE,
+                    fmt::format("generate: KIND must be circuit, grid, random, powerlaw or planted, not '{}'",
+                                fmt::join(verb->remaining(), " "))};
   });
 }
 
