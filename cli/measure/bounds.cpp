@@ -104,14 +104,35 @@ long long PartLimit(long long total, int nparts, int percent, int part)
   return limit;
 }
 
-int CountOver(const Measures &measures, int nparts, int percent)
+static long long DivideUp(long long value, long long by)
+{
+  return value / by + (value % by != 0);
+}
+
+// Share by share, since the product of total and factor may leave 64 bits.
+long long ShareLimit(long long total, long long nparts, long long millionths)
+{
+  constexpr long long million = 1000 * 1000;
+  const long long factor = million + millionths;
+  const long long share = total / nparts, rest = total % nparts;
+
+  return factor * (share / million) +
+         DivideUp(factor * (share % million) + DivideUp(factor * rest, nparts), million);
+}
+
+int CountOver(const Measures &measures, const Limits &limits)
 {
   int nover = 0;
 
   for (const UsedPart &used : measures.used)
-    if (used.weight > PartLimit(measures.total, nparts, percent, used.number))
+    if (limits && used.weight > limits(used.number))
       nover++;
   return nover;
+}
+
+int CountOver(const Measures &measures, int nparts, int percent)
+{
+  return CountOver(measures, [&](int part) { return PartLimit(measures.total, nparts, percent, part); });
 }
 
 } // namespace kapris_cli

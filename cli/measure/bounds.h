@@ -5,6 +5,7 @@
 #include "io/hgr.h"
 #include "measure/measures.h"
 
+#include <functional>
 #include <string>
 
 namespace kapris_cli
@@ -20,7 +21,14 @@ void CheckSums(const std::string &name, const Hgr &hgr, int nparts);
 // 64 parts makes no part heavier than the heaviest: there the largest of these limits holds for every part.
 long long PartLimit(long long total, int nparts, int percent, int part);
 
-// The number of parts that are above their limit.
+// ceil((1 + millionths / 10^6) * total / nparts), exactly, for 0 <= millionths <= 10^6.
+long long ShareLimit(long long total, long long nparts, long long millionths);
+
+// The limit of each part; empty if there are none.
+using Limits = std::function<long long(int part)>;
+
+// The number of parts that are above their limit; with percent, above that of PartLimit.
+int CountOver(const Measures &measures, const Limits &limits);
 int CountOver(const Measures &measures, int nparts, int percent);
 
 } // namespace kapris_cli

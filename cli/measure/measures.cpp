@@ -21,44 +21,61 @@ static std::vector<int> UsedNumbers(const std::vector<int> &part)
   return numbers;
 }
 
-static void AddNets(const Hgr &hgr, const std::vector<size_t> &slot, Measures *measures)
+// The parts in use and, for each cell, which of them it is in.
+struct Placement {
+  std::vector<int> numbers;
+  std::vector<size_t> slot;
+};
+
+static Placement Place(const std::vector<int> &part)
 {
-  std::vector<int> last_net(measures->used.size(), -1);
+  Placement place = {UsedNumbers(part), {}};
+
+  for (const int p : part)
+    place.slot.push_back(static_cast<size_t>(std::lower_bound(place.numbers.begin(), place.numbers.end(), p) -
+                                             place.numbers.begin()));
+  return place;
+}
+
+// Calls visit(net, slots) for each net that spans more than one part, with the slots of these parts.
+template <typename Visit>
+static void VisitCutNets(const Hgr &hgr, const Placement &place, Visit visit)
+{
+  std::vector<int> last_net(place.numbers.size(), -1);
+  std::vector<size_t> slots;
 
   for (int net = 0; net < hgr.nnets; net++) {
     const size_t n = static_cast<size_t>(net);
-    const long long weight = NetWeight(hgr, net);
-    long long span = 0;
+    slots.clear();
     for (int i = hgr.netptr[n]; i < hgr.netptr[n + 1]; i++) {
-      int &seen = last_net[slot[static_cast<size_t>(hgr.netind[static_cast<size_t>(i)])]];
-      if (seen != net)
-        span++;
-      seen = net;
+      const size_t slot = place.slot[static_cast<size_t>(hgr.netind[static_cast<size_t>(i)])];
+      if (last_net[slot] != net)
+        slots.push_back(slot);
+      last_net[slot] = net;
     }
-    if (span > 1) {
-      measures->cut += weight;
-      measures->soed += span * weight;
-      measures->connectivity += (span - 1) * weight;
-    }
+    if (slots.size() > 1)
+      visit(net, slots);
   }
 }
 
 Measures Measure(const Hgr &hgr, const std::vector<int> &part)
 {
-  const std::vector<int> numbers = UsedNumbers(part);
-  std::vector<size_t> slot(part.size());
+  const Placement place = Place(part);
   Measures measures;
 
-  for (const int number : numbers)
+  for (const int number : place.numbers)
     measures.used.push_back(UsedPart{number, 0});
   for (size_t c = 0; c < part.size(); c++) {
-    slot[c] =
-        static_cast<size_t>(std::lower_bound(numbers.begin(), numbers.end(), part[c]) - numbers.begin());
     const int weight = CellWeight(hgr, static_cast<int>(c));
-    measures.used[slot[c]].weight += weight;
+    measures.used[place.slot[c]].weight += weight;
     measures.total += weight;
   }
-  AddNets(hgr, slot, &measures);
+  VisitCutNets(hgr, place, [&](int net, const std::vector<size_t> &slots) {
+    const long long weight = NetWeight(hgr, net), span = static_cast<long long>(slots.size());
+    measures.cut += weight;
+    measures.soed += span * weight;
+    measures.connectivity += (span - 1) * weight;
+  });
   return measures;
 }
 
@@ -72,6 +89,32 @@ double Imbalance(const Measures &measures, long long nparts)
     return 0.0;
   return static_cast<double>(heaviest) * static_cast<double>(nparts) / static_cast<double>(measures.total) -
          1.0;
+}
+
+std::vector<CutNet> CutNets(const Hgr &hgr, const std::vector<int> &part)
+{
+  const Placement place = Place(part);
+  std::vector<CutNet> nets;
+
+  VisitCutNets(hgr, place, [&](int net, const std::vector<size_t> &slots) {
+    nets.push_back({net, {}});
+    for (const size_t slot : slots)
+      nets.back().parts.push_back(place.numbers[slot]);
+    std::sort(nets.back().parts.begin(), nets.back().parts.end());
+  });
+  return nets;
+}
+
+std::vector<std::vector<long long>> CutMatrix(const Hgr &hgr, const std::vector<CutNet> &nets, int nparts)
+{
+  const size_t n = static_cast<size_t>(nparts);
+  std::vector<std::vector<long long>> matrix(n, std::vector<long long>(n));
+
+  for (const CutNet &cut : nets)
+    for (const int p : cut.parts)
+      for (const int q : cut.parts)
+        matrix[static_cast<size_t>(p)][static_cast<size_t>(q)] += NetWeight(hgr, cut.net);
+  return matrix;
 }
 
 } // namespace kapris_cli

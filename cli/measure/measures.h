@@ -28,4 +28,15 @@ Measures Measure(const Hgr &hgr, const std::vector<int> &part);
 // The heaviest of nparts parts over their average weight, less 1; 0 if nothing has weight.
 double Imbalance(const Measures &measures, long long nparts);
 
+struct CutNet {
+  int net;
+  std::vector<int> parts; // that it spans, rising
+};
+
+// The nets that span more than one part.
+std::vector<CutNet> CutNets(const Hgr &hgr, const std::vector<int> &part);
+
+// For each pair of parts the weight of the cut nets that touch both parts; of a part and itself, of its cut nets.
+std::vector<std::vector<long long>> CutMatrix(const Hgr &hgr, const std::vector<CutNet> &nets, int nparts);
+
 } // namespace kapris_cli

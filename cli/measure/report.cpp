@@ -3,9 +3,9 @@
 
 #include "measure/report.h"
 
-#include "measure/bounds.h"
-
 #include <algorithm>
+#include <cstdio>
+#include <nlohmann/json.hpp>
 
 namespace kapris_cli
 {
@@ -16,57 +16,81 @@ std::string FormatSizes(const std::string &name, const Hgr &hgr)
          Line("pins", hgr.netind.size());
 }
 
-static std::string FormatAllWeights(const Measures &measures, int nparts, int percent)
+Json StartJson(const std::string &schema, const std::string &name, const Hgr &hgr)
+{
+  return {{"schema", schema},
+          {"file", name},
+          {"cells", hgr.ncells},
+          {"nets", hgr.nnets},
+          {"pins", hgr.netind.size()}};
+}
+
+void PrintJson(const Json &json)
+{
+  // Names of files may be no text: their odd bytes are replaced.
+  std::puts(json.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+}
+
+static std::string FormatPart(int part, long long weight, const Limits &limits)
+{
+  std::string value = fmt::format("{}", weight);
+
+  if (limits)
+    value += fmt::format(" of at most {}{}", limits(part), weight > limits(part) ? ", over" : "");
+  return Line(fmt::format("part {}", part), value);
+}
+
+static std::string FormatAllWeights(const Measures &measures, int nparts, const Limits &limits)
 {
   std::string text;
   size_t next = 0;
 
   for (int p = 0; p < nparts; p++) {
     const bool used = next < measures.used.size() && measures.used[next].number == p;
-    const long long weight = used ? measures.used[next++].weight : 0;
-    std::string value = fmt::format("{}", weight);
-    if (percent > 0) {
-      const long long limit = PartLimit(measures.total, nparts, percent, p);
-      value += fmt::format(" of at most {}{}", limit, weight > limit ? ", over" : "");
-    }
-    text += Line(fmt::format("part {}", p), value);
+    text += FormatPart(p, used ? measures.used[next++].weight : 0, limits);
   }
   return text;
 }
 
-static std::string FormatExtremeWeights(const Measures &measures, long long nparts, int percent)
+static std::string FormatExtremeWeights(const Measures &measures, long long nparts, const Limits &limits)
 {
   const bool all_used = static_cast<long long>(measures.used.size()) == nparts;
   long long lightest = all_used ? measures.total : 0, heaviest = 0;
   long long lowest = measures.total, highest = 0;
+  std::string over;
 
   for (const UsedPart &used : measures.used) {
     lightest = std::min(lightest, used.weight);
     heaviest = std::max(heaviest, used.weight);
-    if (percent > 0) {
-      const long long limit = PartLimit(measures.total, static_cast<int>(nparts), percent, used.number);
+    if (limits) {
+      const long long limit = limits(used.number);
       lowest = std::min(lowest, limit);
       highest = std::max(highest, limit);
+      if (used.weight > limit)
+        over += FormatPart(used.number, used.weight, limits);
     }
   }
   std::string text = Line("part weights", fmt::format("min {}, max {}", lightest, heaviest));
-  if (percent > 0)
+  if (limits)
     text += Line("part limits", fmt::format("min {}, max {}", lowest, highest));
-  return text;
+  return text + over;
 }
 
-std::string FormatWeights(const Measures &measures, long long nparts, int percent)
+std::string FormatWeights(const Measures &measures, long long nparts, const Limits &limits)
 {
   constexpr int most_listed = 16;
-  std::string text = nparts <= most_listed ? FormatAllWeights(measures, static_cast<int>(nparts), percent)
-                                           : FormatExtremeWeights(measures, nparts, percent);
+  const int nover = CountOver(measures, limits);
+  const std::string text = nparts <= most_listed
+                               ? FormatAllWeights(measures, static_cast<int>(nparts), limits)
+                               : FormatExtremeWeights(measures, nparts, limits);
 
-  if (percent > 0) {
-    const int nover = CountOver(measures, static_cast<int>(nparts), percent);
-    if (nover > 0)
-      text += Line("parts over", nover);
-  }
-  return text;
+  return nover > 0 ? text + Line("parts over", nover) : text;
+}
+
+std::string FormatWeights(const Measures &measures, int nparts, int percent)
+{
+  return FormatWeights(measures, nparts,
+                       [&](int part) { return PartLimit(measures.total, nparts, percent, part); });
 }
 
 } // namespace kapris_cli

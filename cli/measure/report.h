@@ -3,9 +3,11 @@
 #pragma once
 
 #include "io/hgr.h"
+#include "measure/bounds.h"
 #include "measure/measures.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 namespace kapris_cli
@@ -20,8 +22,14 @@ std::string Line(const std::string &name, const Value &value)
 // Name, cells, nets and pins.
 std::string FormatSizes(const std::string &name, const Hgr &hgr);
 
-// The weight of each of up to 16 parts, of more only the extremes. With percent > 0 also the limits of
-// PartLimit and how many parts are over theirs, if any.
-std::string FormatWeights(const Measures &measures, long long nparts, int percent);
+// What a verb prints with --json: one object, which starts with its schema and what FormatSizes says.
+using Json = nlohmann::ordered_json;
+Json StartJson(const std::string &schema, const std::string &name, const Hgr &hgr);
+void PrintJson(const Json &json);
+
+// The weight of each of up to 16 parts, of more only the extremes and those over their limit. With limits also these and how many
+// parts are over theirs, if any. With percent, the limits are those of PartLimit.
+std::string FormatWeights(const Measures &measures, long long nparts, const Limits &limits);
+std::string FormatWeights(const Measures &measures, int nparts, int percent);
 
 } // namespace kapris_cli

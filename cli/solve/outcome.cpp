@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 namespace kapris_cli
 {

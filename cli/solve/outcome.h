@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "measure/json.h"
+#include "measure/report.h"
 #include "solve/request.h"
 
 #include <string>

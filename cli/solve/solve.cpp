@@ -20,6 +20,7 @@
 #include <chrono>
 #include <cstdio>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 #include <string_view>
 
 namespace kapris_cli

@@ -37,6 +37,18 @@ static const char footer[] =
     "Environment:\n"
     "  NO_COLOR  no colours in messages";
 
+CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double low, double high,
+                        const char *help)
+{
+  const auto check = [=](const std::string &text) {
+    double given = 0;
+    // The parser reads "nan" as a number, which is neither above nor below.
+    const bool good = CLI::detail::lexical_cast(text, given) && given >= low && given <= high;
+    return good ? "" : fmt::format("'{}' is not a number from {} to {}", text, low, high);
+  };
+  return verb->add_option(name, *value, help)->type_name("X")->check(check);
+}
+
 void DescribeCommand(CLI::App *app, Run *run)
 {
   app->description(description);
@@ -47,6 +59,8 @@ void DescribeCommand(CLI::App *app, Run *run)
   AddPartition(app, run);
   AddRefine(app, run);
   AddEval(app, run);
+  AddGenerate(app, run);
+  AddStatsVerb(app, run);
 }
 
 } // namespace kapris_cli

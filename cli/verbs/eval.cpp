@@ -1,20 +1,27 @@
 // cli/verbs/eval.cpp - kapris eval: measures a part file against its hypergraph.
 // SPDX-License-Identifier: MIT
+//
+//   measure   what was asked for           Evaluate
+//   print     as lines or as one object    FormatEvaluation, EvaluationJson
 
 #include "failure.h"
 
 #include "io/files.h"
 #include "io/input.h"
 #include "io/parts.h"
+#include "measure/bounds.h"
 #include "measure/measures.h"
 #include "measure/report.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstdio>
 #include <fmt/format.h>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -24,28 +31,169 @@ namespace kapris_cli
 struct EvalRequest {
   Input input;
   std::string parts;
-  int nparts = 0; // 0: as many as the largest part number asks for
+  std::string fixed;   // empty: no cell is fixed
+  int nparts = 0;      // 0: as many as the largest part number asks for
+  double epsilon = -1; // negative: no limits
+  bool matrix = false, nets = false, json = false;
 };
+
+struct Evaluation {
+  Hgr hgr;
+  std::vector<int> part, fixed;
+  long long nparts = 0;
+  Measures measures;
+  Limits limits;
+  int nfixed = 0;
+  std::vector<int> misplaced; // fixed cells that are elsewhere
+  std::vector<CutNet> nets;   // for the matrix and the list of nets
+  std::vector<std::vector<long long>> matrix;
+};
+
+static constexpr int most_matrix = 4096;
+static constexpr size_t most_misplaced = 5;
+
+static Evaluation Evaluate(const EvalRequest &request)
+{
+  if ((request.input.path == "-") + (request.parts == "-") + (request.fixed == "-") > 1)
+    throw Failure{EXIT_USAGE, "only one of FILE, PART and FIXED can be standard input"};
+
+  Evaluation eval;
+  eval.hgr = ReadHypergraph(request.input);
+  eval.part = ReadParts(InputName(request.parts), ReadFile(request.parts), eval.hgr.ncells, request.nparts);
+  if (!request.fixed.empty())
+    eval.fixed =
+        ReadFixed(InputName(request.fixed), ReadFile(request.fixed), eval.hgr.ncells, request.nparts);
+  eval.measures = Measure(eval.hgr, eval.part);
+  eval.nparts = request.nparts;
+  if (request.nparts == 0 && !eval.measures.used.empty())
+    eval.nparts = eval.measures.used.back().number + 1LL;
+  if (request.matrix && eval.nparts > most_matrix)
+    throw Failure{EXIT_USAGE,
+                  fmt::format("--matrix is for up to {} parts, not {}", most_matrix, eval.nparts)};
+  if (request.epsilon >= 0 && eval.nparts > 0) {
+    const long long limit = ShareLimit(eval.measures.total, eval.nparts, std::llround(request.epsilon * 1e6));
+    eval.limits = [limit](int) { return limit; };
+  }
+  for (size_t cell = 0; cell < eval.fixed.size(); cell++) {
+    eval.nfixed += eval.fixed[cell] >= 0;
+    if (eval.fixed[cell] >= 0 && eval.fixed[cell] != eval.part[cell])
+      eval.misplaced.push_back(static_cast<int>(cell));
+  }
+  if (request.matrix || request.nets)
+    eval.nets = CutNets(eval.hgr, eval.part);
+  if (request.matrix)
+    eval.matrix = CutMatrix(eval.hgr, eval.nets, static_cast<int>(eval.nparts));
+  return eval;
+}
+
+static std::string FormatFixed(const Evaluation &eval)
+{
+  std::string text = Line("fixed cells", fmt::format("{}, elsewhere {}", eval.nfixed, eval.misplaced.size()));
+
+  for (size_t n = 0; n < std::min(eval.misplaced.size(), most_misplaced); n++) {
+    const size_t cell = static_cast<size_t>(eval.misplaced[n]);
+    text += Line(fmt::format("cell {}", cell + 1),
+                 fmt::format("in part {}, fixed to part {}", eval.part[cell], eval.fixed[cell]));
+  }
+  return text;
+}
+
+static std::string FormatNets(const Evaluation &eval)
+{
+  std::string text;
+
+  for (const CutNet &cut : eval.nets)
+    text += Line("cut net", fmt::format("{} {} {} {}", cut.net + 1, NetWeight(eval.hgr, cut.net),
+                                        cut.parts.size(), fmt::join(cut.parts, " ")));
+  return text;
+}
+
+static std::string FormatMatrix(const Evaluation &eval)
+{
+  std::string text;
+
+  for (size_t p = 0; p < eval.matrix.size(); p++)
+    text += Line(fmt::format("matrix {}", p), fmt::format("{}", fmt::join(eval.matrix[p], "\t")));
+  return text;
+}
+
+static std::string FormatEvaluation(const EvalRequest &request, const Evaluation &eval)
+{
+  const Measures &measures = eval.measures;
+
+  return FormatSizes(NameOf(request.input), eval.hgr) + Line("parts", eval.nparts) +
+         Line("cut", measures.cut) + Line("soed", measures.soed) +
+         Line("connectivity-1", measures.connectivity) +
+         Line("imbalance", fmt::format("{:.4f}", Imbalance(measures, eval.nparts))) +
+         FormatWeights(measures, eval.nparts, eval.limits) +
+         (request.fixed.empty() ? "" : FormatFixed(eval)) + FormatMatrix(eval) +
+         (request.nets ? FormatNets(eval) : "");
+}
+
+static Json WeightsJson(const Evaluation &eval)
+{
+  Json weights = Json::array();
+
+  for (const UsedPart &used : eval.measures.used) {
+    weights.push_back({{"part", used.number}, {"weight", used.weight}});
+    if (eval.limits)
+      weights.back()["over"] = used.weight > eval.limits(used.number);
+  }
+  return weights;
+}
+
+static Json FixedJson(const Evaluation &eval)
+{
+  Json misplaced = Json::array();
+
+  for (const int cell : eval.misplaced)
+    misplaced.push_back({{"cell", cell + 1},
+                         {"fixed", eval.fixed[static_cast<size_t>(cell)]},
+                         {"part", eval.part[static_cast<size_t>(cell)]}});
+  return {{"cells", eval.nfixed}, {"elsewhere", misplaced}};
+}
+
+static Json NetsJson(const Evaluation &eval)
+{
+  Json nets = Json::array();
+
+  for (const CutNet &cut : eval.nets)
+    nets.push_back({{"net", cut.net + 1}, {"weight", NetWeight(eval.hgr, cut.net)}, {"parts", cut.parts}});
+  return nets;
+}
+
+static Json EvaluationJson(const EvalRequest &request, const Evaluation &eval)
+{
+  Json json = StartJson("kapris-eval-1", NameOf(request.input), eval.hgr);
+
+  json["parts"] = eval.nparts;
+  json["cut"] = eval.measures.cut;
+  json["soed"] = eval.measures.soed;
+  json["connectivity_minus_1"] = eval.measures.connectivity;
+  json["imbalance"] = Imbalance(eval.measures, eval.nparts);
+  json["part_weights"] = WeightsJson(eval);
+  if (eval.limits) {
+    json["limit"] = eval.limits(0);
+    json["parts_over"] = CountOver(eval.measures, eval.limits);
+  }
+  if (!request.fixed.empty())
+    json["fixed"] = FixedJson(eval);
+  if (request.matrix)
+    json["matrix"] = eval.matrix;
+  if (request.nets)
+    json["cut_nets"] = NetsJson(eval);
+  return json;
+}
 
 static ExitStatus Eval(const EvalRequest &request)
 {
-  if (request.input.path == "-" && request.parts == "-")
-    throw Failure{EXIT_USAGE, "only one of FILE and PART can be standard input"};
+  const Evaluation eval = Evaluate(request);
 
-  const Hgr hgr = ReadHypergraph(request.input);
-  const std::vector<int> part =
-      ReadParts(InputName(request.parts), ReadFile(request.parts), hgr.ncells, request.nparts);
-  const Measures measures = Measure(hgr, part);
-  const long long highest = measures.used.empty() ? -1 : measures.used.back().number;
-  const long long nparts = request.nparts > 0 ? request.nparts : highest + 1;
-
-  const std::string report = FormatSizes(NameOf(request.input), hgr) + Line("parts", nparts) +
-                             Line("cut", measures.cut) + Line("soed", measures.soed) +
-                             Line("connectivity-1", measures.connectivity) +
-                             Line("imbalance", fmt::format("{:.4f}", Imbalance(measures, nparts))) +
-                             FormatWeights(measures, nparts, 0);
-  std::fputs(report.c_str(), stdout);
-  return EXIT_DONE;
+  if (request.json)
+    PrintJson(EvaluationJson(request, eval));
+  else
+    std::fputs(FormatEvaluation(request, eval).c_str(), stdout);
+  return CountOver(eval.measures, eval.limits) > 0 || !eval.misplaced.empty() ? EXIT_OVER_LIMIT : EXIT_DONE;
 }
 
 void AddEval(CLI::App *app, Run *run)
@@ -53,16 +201,31 @@ void AddEval(CLI::App *app, Run *run)
   CLI::App *verb = app->add_subcommand("eval", "Measure a partition");
   auto request = std::make_shared<EvalRequest>();
 
-  verb->footer("cut             weight of the nets that span more than one part\n"
-               "soed            weight of these nets, each times the parts that it spans\n"
-               "connectivity-1  weight of these nets, each times the parts that it spans less one\n"
-               "imbalance       weight of the heaviest part over the average, less 1");
+  verb->footer(
+      "cut             weight of the nets that span more than one part\n"
+      "soed            weight of these nets, each times the parts that it spans\n"
+      "connectivity-1  weight of these nets, each times the parts that it spans less one\n"
+      "imbalance       weight of the heaviest part over the average, less 1\n"
+      "matrix P        for each part: weight of the cut nets that touch it and part P\n"
+      "cut net         its number from 1, its weight, the number of parts that it spans, these parts\n\n"
+      "The exit status is 4 if a part is over its limit or a fixed cell is elsewhere.\n\n"
+      "Example: kapris eval circuit.hgr circuit.hgr.part.4 --epsilon 0.03 --matrix");
   AddInput(verb, &request->input);
   verb->add_option("PART", request->parts, "Part file, - for standard input")->required()->type_name("");
   verb->add_option("-k,--parts", request->nparts,
                    "Number of parts; default: the largest part number plus one")
       ->type_name("N")
       ->check(CLI::Range(1, INT_MAX).description(""));
+  verb->add_option(
+          "--fixed", request->fixed,
+          "Check against the part that each cell must be in, or -1 for a free cell; - for standard input")
+      ->type_name("FIXED");
+  AddDecimal(verb, "--epsilon", &request->epsilon, 0, 1,
+             "Check against the limit (1 + E) x total / parts, rounded up; 6 decimals count")
+      ->type_name("E");
+  verb->add_flag("--matrix", request->matrix, "Print what each pair of parts shares of the cut");
+  verb->add_flag("--nets", request->nets, "List the cut nets");
+  verb->add_flag("--json", request->json, "Print one JSON object, schema kapris-eval-1");
   verb->callback([request, run] { *run = [request] { return Eval(*request); }; });
 }
 

@@ -9,7 +9,8 @@
 namespace CLI
 {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace kapris_cli
 {
@@ -21,9 +22,15 @@ using Run = std::function<ExitStatus()>;
 // completions come from this one description. The parser sets run when the user names a verb.
 void DescribeCommand(CLI::App *app, Run *run);
 
+// An option whose value is a number from low to high.
+CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double low, double high,
+                        const char *help);
+
 // Each adds its verb with options to app.
 void AddPartition(CLI::App *app, Run *run);
 void AddRefine(CLI::App *app, Run *run);
 void AddEval(CLI::App *app, Run *run);
+void AddGenerate(CLI::App *app, Run *run);
+void AddStatsVerb(CLI::App *app, Run *run);
 
 } // namespace kapris_cli

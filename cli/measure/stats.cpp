@@ -1,0 +1,171 @@
+// cli/measure/stats.cpp - what a hypergraph looks like: sizes, degrees, components, repetition.
+// SPDX-License-Identifier: MIT
+//
+//   sets        the cells of each net, sorted and once each    CellsOfNets
+//   identical   sets that come again                           CountIdentical
+//   components  union of the cells of each net                 ComponentSizes
+//   sum up      average, median, powers of two                 Distribution
+
+#include "measure/stats.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <numeric>
+#include <span>
+#include <utility>
+
+namespace kapris_cli
+{
+
+using Cells = std::span<const int>;
+
+static Cells CellsOf(const Hgr &sets, size_t net)
+{
+  return Cells(sets.netind).subspan(static_cast<size_t>(sets.netptr[net]),
+                                    static_cast<size_t>(sets.netptr[net + 1] - sets.netptr[net]));
+}
+
+// The same nets without weights.
+static Hgr CellsOfNets(const Hgr &hgr)
+{
+  Hgr sets = {hgr.ncells, hgr.nnets, {0}, {}, {}, {}};
+
+  sets.netind.reserve(hgr.netind.size());
+  for (size_t net = 0; net < static_cast<size_t>(hgr.nnets); net++) {
+    const Cells pins = CellsOf(hgr, net);
+    const auto first = sets.netind.insert(sets.netind.end(), pins.begin(), pins.end());
+    std::sort(first, sets.netind.end());
+    sets.netind.erase(std::unique(first, sets.netind.end()), sets.netind.end());
+    sets.netptr.push_back(static_cast<int>(sets.netind.size()));
+  }
+  return sets;
+}
+
+static std::uint64_t HashOf(Cells cells)
+{
+  std::uint64_t hash = cells.size();
+
+  for (const int cell : cells) {
+    hash = (hash ^ static_cast<std::uint64_t>(cell)) * 0x9e3779b97f4a7c15u;
+    hash ^= hash >> 32;
+  }
+  return hash;
+}
+
+// The hash only brings likely equals together; what counts are the cells.
+static int CountIdentical(const Hgr &sets)
+{
+  std::vector<std::pair<std::uint64_t, size_t>> order;
+  int identical = 0;
+
+  for (size_t net = 0; net < static_cast<size_t>(sets.nnets); net++)
+    order.emplace_back(HashOf(CellsOf(sets, net)), net);
+  std::sort(order.begin(), order.end(), [&](const auto &a, const auto &b) {
+    if (a.first != b.first)
+      return a.first < b.first;
+    const Cells one = CellsOf(sets, a.second), other = CellsOf(sets, b.second);
+    return std::lexicographical_compare(one.begin(), one.end(), other.begin(), other.end());
+  });
+  for (size_t n = 1; n < order.size(); n++) {
+    const Cells one = CellsOf(sets, order[n - 1].second), other = CellsOf(sets, order[n].second);
+    if (std::equal(one.begin(), one.end(), other.begin(), other.end()))
+      identical++;
+  }
+  return identical;
+}
+
+// Shortens the way for the next search.
+static int RootOf(std::vector<int> *parent, int cell)
+{
+  int *up = parent->data();
+
+  while (up[cell] != cell) {
+    up[cell] = up[up[cell]];
+    cell = up[cell];
+  }
+  return cell;
+}
+
+static std::vector<int> ComponentSizes(const Hgr &sets)
+{
+  std::vector<int> parent(static_cast<size_t>(sets.ncells)), sizes(static_cast<size_t>(sets.ncells), 1);
+
+  std::iota(parent.begin(), parent.end(), 0);
+  for (size_t net = 0; net < static_cast<size_t>(sets.nnets); net++)
+    for (const int cell : CellsOf(sets, net)) {
+      int small = RootOf(&parent, cell), large = RootOf(&parent, CellsOf(sets, net).front());
+      if (small == large)
+        continue;
+      if (sizes[static_cast<size_t>(small)] > sizes[static_cast<size_t>(large)])
+        std::swap(small, large);
+      parent[static_cast<size_t>(small)] = large;
+      sizes[static_cast<size_t>(large)] += std::exchange(sizes[static_cast<size_t>(small)], 0);
+    }
+  std::erase(sizes, 0);
+  return sizes;
+}
+
+// How many of the values are 0, 1, 2-3, 4-7, and so on.
+static Json Histogram(const std::vector<int> &values)
+{
+  std::array<long long, 32> counts = {};
+  Json histogram = Json::array();
+
+  for (const int value : values)
+    counts[static_cast<size_t>(std::bit_width(static_cast<unsigned>(value)))]++;
+  for (size_t n = 0; n < counts.size(); n++)
+    if (counts[n] > 0)
+      histogram.push_back({{"from", (1LL << n) / 2}, {"to", (1LL << n) - 1}, {"count", counts[n]}});
+  return histogram;
+}
+
+static Json Distribution(std::vector<int> values)
+{
+  const long long total = std::accumulate(values.begin(), values.end(), 0LL);
+
+  if (values.empty())
+    return {{"total", 0}, {"histogram", Json::array()}};
+  const auto [min, max] = std::minmax_element(values.begin(), values.end());
+  Json json = {{"total", total}, {"min", *min}, {"max", *max}};
+  json["average"] = static_cast<double>(total) / static_cast<double>(values.size());
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  // Of an even number of values, the middle of the middle two.
+  const int below = values.size() % 2 == 0 ? *std::max_element(values.begin(), middle) : *middle;
+  json["median"] = (static_cast<double>(below) + *middle) / 2;
+  json["histogram"] = Histogram(values);
+  return json;
+}
+
+static std::vector<int> WeightsOf(const std::vector<int> &weights, int count)
+{
+  return weights.empty() ? std::vector<int>(static_cast<size_t>(count), 1) : weights;
+}
+
+void AddStats(const Hgr &hgr, Json *json)
+{
+  const Hgr sets = CellsOfNets(hgr);
+  std::vector<int> sizes, degrees(static_cast<size_t>(hgr.ncells)), components = ComponentSizes(sets);
+
+  for (size_t net = 0; net < static_cast<size_t>(hgr.nnets); net++)
+    sizes.push_back(static_cast<int>(CellsOf(sets, net).size()));
+  for (const int cell : sets.netind)
+    degrees[static_cast<size_t>(cell)]++;
+  (*json)["repeated_pins"] = hgr.netind.size() - sets.netind.size();
+  (*json)["empty_nets"] = std::count(sizes.begin(), sizes.end(), 0);
+  (*json)["one_cell_nets"] = std::count(sizes.begin(), sizes.end(), 1);
+  (*json)["identical_nets"] = CountIdentical(sets);
+  (*json)["islands"] = std::count(degrees.begin(), degrees.end(), 0);
+  (*json)["components"] = components.size();
+  (*json)["cell_weight"] = Distribution(WeightsOf(hgr.cellwgts, hgr.ncells));
+  (*json)["net_weight"] = Distribution(WeightsOf(hgr.netwgts, hgr.nnets));
+  (*json)["net_size"] = Distribution(std::move(sizes));
+  (*json)["cell_degree"] = Distribution(std::move(degrees));
+  (*json)["component_size"] = Distribution(std::move(components));
+}
+
+} // namespace kapris_cli

@@ -1,0 +1,175 @@
+// cli/verbs/generate.cpp - kapris generate: writes a synthetic hypergraph.
+// SPDX-License-Identifier: MIT
+
+#include "generate/generate.h"
+
+#include "failure.h"
+
+#include "io/files.h"
+#include "io/parts.h"
+#include "measure/report.h"
+#include "verbs/verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <climits>
+#include <cstdio>
+#include <fmt/format.h>
+#include <memory>
+#include <string>
+
+namespace kapris_cli
+{
+
+struct GenerateRequest {
+  Recipe recipe;
+  std::string kind;
+  std::string out;
+  std::string partition; // empty: the planted parts are not written
+};
+
+static constexpr int most = 1 << 30;
+
+static std::string Written(const std::string &path)
+{
+  return path == "-" ? "standard output" : path;
+}
+
+static ExitStatus WriteGenerated(const GenerateRequest &request)
+{
+  if (!request.out.empty() && request.out == request.partition)
+    throw Failure{EXIT_USAGE, fmt::format("--output and --partition are both {}", request.out)};
+  for (const std::string &path : {request.out, request.partition})
+    if (!path.empty())
+      CheckOutput(path, "");
+
+  const Generated generated = Generate(request.recipe);
+  const std::string out = request.out.empty() ? fmt::format("{}-{}-{}.hgr", request.kind,
+                                                            generated.hgr.ncells, request.recipe.seed)
+                                              : request.out;
+  std::string summary = FormatSizes(Written(out), generated.hgr) + Line("seed", request.recipe.seed);
+  if (request.recipe.kind == Kind::PLANTED)
+    summary += Line("planted cut", generated.planted_cut);
+  WriteFile(out, FormatHgr(generated.hgr));
+  summary += Line("written", Written(out));
+  if (!request.partition.empty()) {
+    WriteFile(request.partition, FormatParts(generated.planted));
+    summary += Line("written", Written(request.partition));
+  }
+  std::fputs(summary.c_str(), out == "-" || request.partition == "-" ? stderr : stdout);
+  return EXIT_DONE;
+}
+
+static CLI::Option *AddCount(CLI::App *kind, const char *name, int *value, int low, int high,
+                             const char *help)
+{
+  return kind->add_option(name, *value, help)->type_name("N")->check(CLI::Range(low, high).description(""));
+}
+
+// "A:B" with low <= A <= B, or "A" for A:A.
+static Range ParseRange(const std::string &name, const std::string &text, int low)
+{
+  Range range = {0, 0};
+  const char *end = text.data() + text.size();
+  const auto first = std::from_chars(text.data(), end, range.low);
+  const bool pair = first.ec == std::errc{} && first.ptr != end && *first.ptr == ':';
+  const auto last = std::from_chars(pair ? first.ptr + 1 : text.data(), end, range.high);
+
+  if (last.ec != std::errc{} || last.ptr != end || range.low < low || range.low > range.high)
+    throw Failure{EXIT_USAGE,
+                  fmt::format("{} is '{}', not A or A:B with {} <= A <= B <= {}", name, text, low, INT_MAX)};
+  return range;
+}
+
+static void AddRange(CLI::App *kind, const std::string &name, Range *range, int low, const char *help)
+{
+  kind->add_option_function<std::string>(
+          name, [=](const std::string &text) { *range = ParseRange(name, text, low); }, help)
+      ->type_name("A:B")
+      ->default_str(fmt::format("{}:{}", range->low, range->high));
+}
+
+// The subcommand of a kind with the options that all kinds share.
+static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, const char *help,
+                         Recipe **recipe)
+{
+  CLI::App *app = verb->add_subcommand(name, help);
+  auto request = std::make_shared<GenerateRequest>();
+
+  request->kind = name;
+  request->recipe.kind = kind;
+  *recipe = &request->recipe;
+  app->add_option("-o,--output", request->out,
+                  "Output file, - for standard output; default: KIND-CELLS-SEED.hgr")
+      ->type_name("OUT");
+  AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence")
+      ->capture_default_str();
+  AddRange(app, "--cell-weights", &request->recipe.cellwgts, 0, "Random weights of cells, A to B");
+  AddRange(app, "--net-weights", &request->recipe.netwgts, 0, "Random weights of nets, A to B");
+  if (kind == Kind::PLANTED)
+    app->add_option("--partition", request->partition, "Also write the planted parts, - for standard output")
+        ->type_name("PART");
+  if (kind != Kind::GRID)
+    AddCount(app, "--cells", &request->recipe.cells, 2, kind == Kind::CIRCUIT ? 50'000'000 : most,
+             "Number of cells")
+        ->capture_default_str();
+  if (kind != Kind::GRID && kind != Kind::CIRCUIT)
+    AddCount(app, "--nets", &request->recipe.nets, 1, most, "Number of nets; default: as many as cells");
+  if (kind == Kind::RANDOM || kind == Kind::PLANTED)
+    AddRange(app, "--size", &request->recipe.size, 1, "Cells of a net: A to B, all equally frequent");
+  app->callback([request, run] { *run = [request] { return WriteGenerated(*request); }; });
+  return app;
+}
+
+void AddGenerate(CLI::App *app, Run *run)
+{
+  CLI::App *verb = app->add_subcommand("generate", "Write a synthetic hypergraph");
+  Recipe *recipe = nullptr;
+
+  verb->footer("The same options give the same bytes on every machine.\n"
+               "'kapris generate KIND --help' explains a kind.\n\n"
+               "Examples:\n"
+               "  kapris generate circuit --cells 20000 --seed 1 -o circuit.hgr\n"
+               "  kapris generate planted --parts 4 --crossing 50 --partition planted.part");
+
+  CLI::App *kind = AddKind(verb, run, Kind::CIRCUIT, "circuit", "Circuit-like, with small cuts", &recipe);
+  kind->footer("Example: kapris generate circuit --cells 20000 --rent 0.65 -o circuit.hgr");
+  AddDecimal(kind, "--rent", &recipe->rent, 0.1, 1,
+             "Nets that leave a block grow with this power of its size")
+      ->capture_default_str();
+  AddDecimal(kind, "--pins", &recipe->pins, 0.1, 1000, "Average pins of a cell, about")
+      ->capture_default_str();
+
+  kind = AddKind(verb, run, Kind::GRID, "grid", "A net for each cell of a grid and its neighbours", &recipe);
+  kind->footer("Example: kapris generate grid --rows 300 --cols 200");
+  AddCount(kind, "--rows", &recipe->rows, 1, most, "Rows of the grid")->capture_default_str();
+  AddCount(kind, "--cols", &recipe->cols, 1, most, "Columns of the grid")->capture_default_str();
+  AddCount(kind, "--depth", &recipe->depth, 1, most, "Layers of the grid")->capture_default_str();
+
+  kind = AddKind(verb, run, Kind::RANDOM, "random", "Nets of random cells", &recipe);
+  kind->footer("Example: kapris generate random --cells 1000 --nets 2000 --size 2:10 --cell-weights 1:9");
+
+  kind = AddKind(verb, run, Kind::POWERLAW, "powerlaw", "Nets of random cells, few of them large", &recipe);
+  kind->footer("Example: kapris generate powerlaw --cells 50000 --exponent 2 --max-size 1000");
+  AddDecimal(kind, "--exponent", &recipe->exponent, 0, 10, "Nets of S cells are as frequent as S^-X")
+      ->capture_default_str();
+  AddCount(kind, "--max-size", &recipe->max_size, 2, 10'000'000, "Cells of the largest nets")
+      ->capture_default_str();
+
+  kind = AddKind(verb, run, Kind::PLANTED, "planted", "Nets inside parts, and some of two parts", &recipe);
+  kind->footer(
+      "Example: kapris generate planted --cells 8000 --parts 4 --crossing 50 --partition planted.part");
+  AddCount(kind, "--parts", &recipe->parts, 2, most, "Number of parts, of equal size")->capture_default_str();
+  AddCount(kind, "--crossing", &recipe->crossing, 0, most, "Nets that span two parts")->capture_default_str();
+
+  // The parser itself would only say that a kind is missing. Kinds made before do not inherit this.
+  verb->allow_extras();
+  verb->callback([verb] {
+    if (verb->get_subcommands().empty())
+      throw Failure{EXIT_USAGE,
+                    fmt::format("generate: KIND must be circuit, grid, random, powerlaw or planted, not '{}'",
+                                fmt::join(verb->remaining(), " "))};
+  });
+}
+
+} // namespace kapris_cli

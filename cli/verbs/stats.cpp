@@ -1,0 +1,86 @@
+// cli/verbs/stats.cpp - kapris stats: describes a hypergraph.
+// SPDX-License-Identifier: MIT
+
+#include "measure/stats.h"
+
+#include "io/input.h"
+#include "measure/report.h"
+#include "verbs/verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <fmt/format.h>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace kapris_cli
+{
+
+struct StatsRequest {
+  Input input;
+  bool json = false;
+};
+
+static std::string FormatDistribution(const std::string &name, const Json &json)
+{
+  if (!json.contains("min"))
+    return Line(name, "none");
+  std::string text = Line(name, fmt::format("total {}, min {}, average {:.2f}, median {}, max {}", json["total"].dump(),
+                                            json["min"].dump(), json["average"].get<double>(),
+                                            json["median"].get<double>(), json["max"].dump()));
+  for (const Json &bin : json["histogram"]) {
+    const std::string from = bin["from"].dump(), to = bin["to"].dump();
+    text += Line("", fmt::format("{:<10} {}", from == to ? from : from + "-" + to, bin["count"].dump()));
+  }
+  return text;
+}
+
+// Names of lines are those of the object, with blanks.
+static std::string FormatStats(const Json &json)
+{
+  std::string text;
+
+  for (const auto &[key, value] : json.items()) {
+    std::string name = key;
+    std::replace(name.begin(), name.end(), '_', ' ');
+    if (value.is_object())
+      text += FormatDistribution(name, value);
+    else if (name != "schema")
+      text += Line(name, value.is_string() ? value.get<std::string>() : value.dump());
+  }
+  return text;
+}
+
+static ExitStatus PrintStats(const StatsRequest &request)
+{
+  const Hgr hgr = ReadHypergraph(request.input);
+  Json json = StartJson("kapris-stats-1", NameOf(request.input), hgr);
+
+  AddStats(hgr, &json);
+  if (request.json)
+    PrintJson(json);
+  else
+    std::fputs(FormatStats(json).c_str(), stdout);
+  return EXIT_DONE;
+}
+
+void AddStatsVerb(CLI::App *app, Run *run)
+{
+  CLI::App *verb = app->add_subcommand("stats", "Describe a hypergraph");
+  auto request = std::make_shared<StatsRequest>();
+
+  verb->footer("repeated pins    pins on a cell that their net has named already; nothing below counts them\n"
+               "one cell nets    nets that no partition cuts, besides the empty ones\n"
+               "identical nets   nets with the same cells as an earlier net, in any order\n"
+               "islands          cells on no net\n"
+               "components       groups of cells that nets connect; an island is a component\n"
+               "The lines below a size, degree or weight tell how many there are between powers of two.\n\n"
+               "Example: kapris stats --json circuit.hgr");
+  AddInput(verb, &request->input);
+  verb->add_flag("--json", request->json, "Print one JSON object, schema kapris-stats-1");
+  verb->callback([request, run] { *run = [request] { return PrintStats(*request); }; });
+}
+
+} // namespace kapris_cli
