@@ -3,9 +3,11 @@
 
 #include "failure.h"
 
+#include "verbs/json.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -13,6 +15,7 @@
 #include <fmt/format.h>
 #include <new>
 #include <string>
+#include <vector>
 
 using namespace kapris_cli;
 
@@ -24,26 +27,35 @@ static ExitStatus FlushResults(ExitStatus status)
   return status;
 }
 
-static bool HasVerb(const CLI::App &app, const std::string &name)
+static const CLI::App *FindVerb(const CLI::App &app, const std::string &name)
 {
   for (const CLI::App *verb : app.get_subcommands([](const CLI::App *) { return true; }))
     if (verb->get_name() == name)
-      return true;
-  return false;
+      return verb;
+  return nullptr;
 }
 
-static ExitStatus Execute(int argc, char **argv)
+[[noreturn]] static void FailUsage(const std::string &text, const std::string &verb)
+{
+  throw Failure{EXIT_USAGE, fmt::format("{}\n'kapris{} --help' shows how to use it", text,
+                                        verb.empty() ? "" : " " + verb)};
+}
+
+static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
 {
   CLI::App app("", "kapris");
   Run run;
+  std::vector<std::string> args(argv + 1, argv + argc);
+  const std::string first = args.empty() ? "" : args[0];
 
-  DescribeCommand(&app, &run);
+  DescribeCommand(&app, &run, color);
   // The parser itself would only say that a verb is missing.
-  if (argc > 1 && argv[1][0] != '-' && !HasVerb(app, argv[1]))
-    throw Failure{EXIT_USAGE,
-                  fmt::format("there is no verb '{}'\nkapris: --help shows how to use it", argv[1])};
+  if (!first.empty() && first[0] != '-' && FindVerb(app, first) == nullptr)
+    FailUsage(fmt::format("there is no verb '{}'", first), "");
+  ExpandJson(&args);
+  std::reverse(args.begin(), args.end()); // as the parser wants them
   try {
-    app.parse(argc, argv);
+    app.parse(args);
   } catch (const CLI::Success &request) {
     app.exit(request); // prints the help or the version
     std::cout.flush();
@@ -51,24 +63,35 @@ static ExitStatus Execute(int argc, char **argv)
       throw Failure{EXIT_FILES, "cannot write standard output"};
     return EXIT_DONE;
   } catch (const CLI::ParseError &error) {
-    throw Failure{EXIT_USAGE, fmt::format("{}\nkapris: --help shows how to use it", error.what())};
+    FailUsage(error.what(), FindVerb(app, first) != nullptr ? first : "");
   }
   return FlushResults(run());
 }
 
+// The text of malformed input begins with its place, as compilers have it.
+static void Complain(ColorWhen color, const Failure &failure)
+{
+  std::fflush(stdout);
+  if (failure.status == EXIT_MALFORMED)
+    fmt::print(stderr, "{}\n", failure.text);
+  else
+    fmt::print(stderr, "{} {}\n", Red(color, "kapris:"), failure.text);
+}
+
 int main(int argc, char **argv)
 {
+  ColorWhen color = ColorWhen::AUTO;
+
   try {
-    return Execute(argc, argv);
+    return Execute(argc, argv, &color);
   } catch (const Failure &failure) {
-    std::fflush(stdout);
-    fmt::print(stderr, "{}{}\n", failure.status == EXIT_MALFORMED ? "" : "kapris: ", failure.text);
+    Complain(color, failure);
     return failure.status;
   } catch (const std::bad_alloc &) {
     std::fputs("kapris: out of memory\n", stderr);
     return EXIT_OUT_OF_MEMORY;
   } catch (const std::exception &error) {
-    fmt::print(stderr, "kapris: internal failure: {}\n", error.what());
+    Complain(color, {EXIT_INTERNAL, fmt::format("internal failure: {}", error.what())});
     return EXIT_INTERNAL;
   }
 }

@@ -25,12 +25,6 @@ Json StartJson(const std::string &schema, const std::string &name, const Hgr &hg
           {"pins", hgr.netind.size()}};
 }
 
-void PrintJson(const Json &json)
-{
-  // Names of files may be no text: their odd bytes are replaced.
-  std::puts(json.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
-}
-
 static std::string FormatPart(int part, long long weight, const Limits &limits)
 {
   std::string value = fmt::format("{}", weight);

@@ -22,10 +22,9 @@ std::string Line(const std::string &name, const Value &value)
 // Name, cells, nets and pins.
 std::string FormatSizes(const std::string &name, const Hgr &hgr);
 
-// What a verb prints with --json: one object, which starts with its schema and what FormatSizes says.
+// What a verb gives with --json: one object, which starts with its schema and what FormatSizes says.
 using Json = nlohmann::ordered_json;
 Json StartJson(const std::string &schema, const std::string &name, const Hgr &hgr);
-void PrintJson(const Json &json);
 
 // The weight of each of up to 16 parts, of more only the extremes and those over their limit. With limits also these and how many
 // parts are over theirs, if any. With percent, the limits are those of PartLimit.

@@ -7,6 +7,7 @@
 
 #include "io/files.h"
 #include "verbs/choice.h"
+#include "verbs/json.h"
 
 #include <algorithm>
 #include <charconv>
@@ -151,12 +152,6 @@ static void AddEffort(CLI::App *verb, Request *request)
       ->transform(CLI::AsSizeValue(false).description(""));
 }
 
-void AddJson(CLI::App *verb, std::string *path)
-{
-  verb->add_option("--json", *path, "The result as JSON, on standard output or in FILE")
-      ->type_name("[=FILE]");
-}
-
 void AddCoarsening(CLI::App *verb, Request *request)
 {
   Choice(verb, "--preset", &request->preset, "How much time to spend; options below override it", presets);
@@ -171,7 +166,7 @@ void AddSolveOptions(CLI::App *verb, Request *request)
   verb->add_option("-o,--output", request->out,
                    "Part file, - for standard output; default: FILE.part.N in the working directory")
       ->type_name("FILE");
-  AddJson(verb, &request->json);
+  AddJson(verb, &request->json, "kapris-result-1");
   verb->add_flag("-q,--quiet", request->quiet, "Print only the name of the file written");
   verb->add_flag("-v,--verbose", request->verbosity, "Trace the runs on standard error; -vv: the levels too");
   verb->add_flag("--dry-run", request->dry_run, "Check everything and say what would be done");

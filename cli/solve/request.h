@@ -58,9 +58,6 @@ void AddSolveOptions(CLI::App *verb, Request *request);
 // Those of partition alone.
 void AddCoarsening(CLI::App *verb, Request *request);
 
-// The value --json of a verb: "" without the option, "-" without a file. See ExpandJson.
-void AddJson(CLI::App *verb, std::string *path);
-
 // Throws Failure for values that do not go together.
 Plan Resolve(const std::string &command, const Request &request);
 

@@ -16,6 +16,7 @@
 #include "solve/interrupt.h"
 #include "solve/outcome.h"
 #include "solve/progress.h"
+#include "verbs/json.h"
 
 #include <chrono>
 #include <cstdio>
@@ -132,21 +133,19 @@ static void WriteParts(const Outcome &outcome)
 static void Report(const Outcome &outcome)
 {
   const Request &request = *outcome.request;
-  std::FILE *stream = outcome.plan.out == "-" ? stderr : stdout;
-  std::string json = request.json.empty() ? "" : ResultJson(outcome).dump(2) + "\n";
+  // Whatever is a result of its own there keeps standard output to itself.
+  std::FILE *stream = outcome.plan.out == "-" || request.json == "-" ? stderr : stdout;
 
-  if (request.json == "-") {
-    std::fputs(json.c_str(), stdout);
-    stream = stderr;
-  } else if (!json.empty()) {
-    WriteFile(request.json, json);
+  if (!request.json.empty())
+    WriteJson(ResultJson(outcome), request.json);
+  if (request.quiet) {
+    if (stream == stdout)
+      fmt::print("{}\n", outcome.plan.out);
+    return;
   }
-  if (request.quiet && outcome.plan.out != "-" && request.json != "-")
-    fmt::print(stream, "{}\n", outcome.plan.out);
-  else if (!request.quiet)
-    std::fputs(Summary(outcome).c_str(), stream);
-  if (!request.quiet && !json.empty() && request.json != "-")
-    fmt::print(stream, "{:<15}{}\n", "json", request.json);
+  std::fputs(Summary(outcome).c_str(), stream);
+  if (!request.json.empty() && request.json != "-")
+    std::fputs(Line("json", request.json).c_str(), stream);
 }
 
 static ExitStatus StatusOf(const kapris::Result &result)

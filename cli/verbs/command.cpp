@@ -3,6 +3,7 @@
 
 #include "kapris.h"
 
+#include "verbs/choice.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -37,6 +38,12 @@ static const char footer[] =
     "Environment:\n"
     "  NO_COLOR  no colours in messages";
 
+#if defined(__clang__)
+static const char compiler[] = "clang++ " __clang_version__;
+#else
+static const char compiler[] = "g++ " __VERSION__;
+#endif
+
 CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double low, double high,
                         const char *help)
 {
@@ -49,13 +56,17 @@ CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double 
   return verb->add_option(name, *value, help)->type_name("X")->check(check);
 }
 
-void DescribeCommand(CLI::App *app, Run *run)
+void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
 {
   app->description(description);
   app->footer(footer);
-  app->set_version_flag("--version", fmt::format("kapris {}.{}.{}", KAPRIS_VERSION_MAJOR,
-                                                 KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH));
+  app->set_version_flag("--version",
+                        fmt::format("kapris {}.{}.{}\nMIT licence\nbuilt with {}", KAPRIS_VERSION_MAJOR,
+                                    KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH, compiler));
+  Choice(app, "--color", color, "Colours in messages",
+         {{"auto", ColorWhen::AUTO}, {"always", ColorWhen::ALWAYS}, {"never", ColorWhen::NEVER}});
   app->require_subcommand(1);
+  app->fallthrough();
   AddPartition(app, run);
   AddRefine(app, run);
   AddEval(app, run);

@@ -12,6 +12,7 @@
 #include "measure/bounds.h"
 #include "measure/measures.h"
 #include "measure/report.h"
+#include "verbs/json.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -34,7 +35,8 @@ struct EvalRequest {
   std::string fixed;   // empty: no cell is fixed
   int nparts = 0;      // 0: as many as the largest part number asks for
   double epsilon = -1; // negative: no limits
-  bool matrix = false, nets = false, json = false;
+  bool matrix = false, nets = false;
+  std::string json; // empty: none
 };
 
 struct Evaluation {
@@ -169,7 +171,7 @@ static Json EvaluationJson(const EvalRequest &request, const Evaluation &eval)
   json["parts"] = eval.nparts;
   json["cut"] = eval.measures.cut;
   json["soed"] = eval.measures.soed;
-  json["connectivity_minus_1"] = eval.measures.connectivity;
+  json["connectivity"] = eval.measures.connectivity;
   json["imbalance"] = Imbalance(eval.measures, eval.nparts);
   json["part_weights"] = WeightsJson(eval);
   if (eval.limits) {
@@ -189,9 +191,9 @@ static ExitStatus Eval(const EvalRequest &request)
 {
   const Evaluation eval = Evaluate(request);
 
-  if (request.json)
-    PrintJson(EvaluationJson(request, eval));
-  else
+  if (!request.json.empty())
+    WriteJson(EvaluationJson(request, eval), request.json);
+  if (request.json != "-")
     std::fputs(FormatEvaluation(request, eval).c_str(), stdout);
   return CountOver(eval.measures, eval.limits) > 0 || !eval.misplaced.empty() ? EXIT_OVER_LIMIT : EXIT_DONE;
 }
@@ -225,7 +227,7 @@ void AddEval(CLI::App *app, Run *run)
       ->type_name("E");
   verb->add_flag("--matrix", request->matrix, "Print what each pair of parts shares of the cut");
   verb->add_flag("--nets", request->nets, "List the cut nets");
-  verb->add_flag("--json", request->json, "Print one JSON object, schema kapris-eval-1");
+  AddJson(verb, &request->json, "kapris-eval-1");
   verb->callback([request, run] { *run = [request] { return Eval(*request); }; });
 }
 

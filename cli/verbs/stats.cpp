@@ -5,6 +5,7 @@
 
 #include "io/input.h"
 #include "measure/report.h"
+#include "verbs/json.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -20,16 +21,17 @@ namespace kapris_cli
 
 struct StatsRequest {
   Input input;
-  bool json = false;
+  std::string json; // empty: none
 };
 
 static std::string FormatDistribution(const std::string &name, const Json &json)
 {
   if (!json.contains("min"))
     return Line(name, "none");
-  std::string text = Line(name, fmt::format("total {}, min {}, average {:.2f}, median {}, max {}", json["total"].dump(),
-                                            json["min"].dump(), json["average"].get<double>(),
-                                            json["median"].get<double>(), json["max"].dump()));
+  std::string text =
+      Line(name, fmt::format("total {}, min {}, average {:.2f}, median {}, max {}", json["total"].dump(),
+                             json["min"].dump(), json["average"].get<double>(), json["median"].get<double>(),
+                             json["max"].dump()));
   for (const Json &bin : json["histogram"]) {
     const std::string from = bin["from"].dump(), to = bin["to"].dump();
     text += Line("", fmt::format("{:<10} {}", from == to ? from : from + "-" + to, bin["count"].dump()));
@@ -59,9 +61,9 @@ static ExitStatus PrintStats(const StatsRequest &request)
   Json json = StartJson("kapris-stats-1", NameOf(request.input), hgr);
 
   AddStats(hgr, &json);
-  if (request.json)
-    PrintJson(json);
-  else
+  if (!request.json.empty())
+    WriteJson(json, request.json);
+  if (request.json != "-")
     std::fputs(FormatStats(json).c_str(), stdout);
   return EXIT_DONE;
 }
@@ -79,7 +81,7 @@ void AddStatsVerb(CLI::App *app, Run *run)
                "The lines below a size, degree or weight tell how many there are between powers of two.\n\n"
                "Example: kapris stats --json circuit.hgr");
   AddInput(verb, &request->input);
-  verb->add_flag("--json", request->json, "Print one JSON object, schema kapris-stats-1");
+  AddJson(verb, &request->json, "kapris-stats-1");
   verb->callback([request, run] { *run = [request] { return PrintStats(*request); }; });
 }
 

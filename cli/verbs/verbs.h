@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "color.h"
 #include "failure.h"
 
 #include <functional>
@@ -20,7 +21,7 @@ using Run = std::function<ExitStatus()>;
 
 // Describes the whole command: its verbs with their options, examples, exit statuses. Help, manual pages and
 // completions come from this one description. The parser sets run when the user names a verb.
-void DescribeCommand(CLI::App *app, Run *run);
+void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color);
 
 // An option whose value is a number from low to high.
 CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double low, double high,
