@@ -69,6 +69,7 @@ void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
   app->fallthrough();
   AddPartition(app, run);
   AddRefine(app, run);
+  AddBest(app, run);
   AddEval(app, run);
   AddGenerate(app, run);
   AddStatsVerb(app, run);

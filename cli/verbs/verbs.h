@@ -30,6 +30,7 @@ CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double 
 // Each adds its verb with options to app.
 void AddPartition(CLI::App *app, Run *run);
 void AddRefine(CLI::App *app, Run *run);
+void AddBest(CLI::App *app, Run *run);
 void AddEval(CLI::App *app, Run *run);
 void AddGenerate(CLI::App *app, Run *run);
 void AddStatsVerb(CLI::App *app, Run *run);

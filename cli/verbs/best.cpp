@@ -1,0 +1,252 @@
+// cli/verbs/best.cpp - kapris best: the best of the results of several runs, as if one run had made all their starts.
+// SPDX-License-Identifier: MIT
+//
+//   read     the JSON results                                        ReadResult
+//   compare  that they are of one input, one program, one request    CheckSame
+//   choose   by the order in which starts are compared               IsBetter
+//   merge    the lists of starts; what is missing is said            MergeStarts
+//   deliver  the part file of the best, checked against its result   CopyPart
+
+#include "failure.h"
+
+#include "io/files.h"
+#include "io/parts.h"
+#include "measure/hash.h"
+#include "verbs/json.h"
+#include "verbs/verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <tuple>
+
+namespace kapris_cli
+{
+
+struct BestRequest {
+  std::vector<std::string> files;
+  std::string out, json;
+};
+
+// A JSON result and the file that it came from.
+struct SavedResult {
+  std::string path;
+  Json json;
+};
+
+using StartsByNumber = std::map<long long, Json>;
+
+// Everything that is read below, so that a file with anything else in its place is refused here.
+static bool IsResult(const Json &json)
+{
+  const auto figures = [](const Json &object) {
+    return object.is_object() && object.value("cut", Json()).is_number_integer() &&
+           object.value("soed", Json()).is_number_integer() &&
+           object.value("imbalance", Json()).is_number() && object.value("balanced", Json()).is_boolean();
+  };
+  if (!json.is_object() || json.value("schema", "") != "kapris-result-1" ||
+      !json.value("cells", Json()).is_number_integer() || !json.value("options", Json()).is_object() ||
+      !json["options"].value("parts", Json()).is_number_integer() ||
+      !json["options"].value("objective", Json()).is_string() || !figures(json.value("best", Json())) ||
+      !json["best"].contains("start") || !json.value("starts", Json()).is_array())
+    return false;
+  for (const Json &start : json["starts"])
+    if (!figures(start) || !start.value("number", Json()).is_number_integer() ||
+        !start.value("completed", Json()).is_boolean())
+      return false;
+  return json["best"]["start"].is_null() || json["best"]["start"].is_number_integer();
+}
+
+static SavedResult ReadResult(const std::string &path)
+{
+  SavedResult result = {path, Json::parse(ReadFile(path), nullptr, false)};
+
+  if (result.json.is_discarded())
+    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not a JSON file", InputName(path))};
+  try {
+    if (IsResult(result.json))
+      return result;
+  } catch (const Json::exception &) {
+    // A value of another type than asked for.
+  }
+  throw Failure{EXIT_MALFORMED,
+                fmt::format("{}:1:1: not a result of 'kapris partition --json' or 'kapris refine --json'",
+                            InputName(path))};
+}
+
+static Json At(const Json &json, const char *key)
+{
+  return json.is_object() ? json.value(key, Json()) : Json();
+}
+
+static void CheckSame(const SavedResult &first, const SavedResult &other)
+{
+  const auto check = [&](const std::string &what, const Json &a, const Json &b) {
+    if (a != b)
+      throw Failure{EXIT_USAGE,
+                    fmt::format("{} and {} do not belong together: {} is {} in one and {} in the other",
+                                first.path, other.path, what, a.dump(), b.dump())};
+  };
+
+  for (const char *key : {"version", "command", "cells", "nets", "pins", "hash"})
+    check(key, At(first.json, key), At(other.json, key));
+  for (const auto &[key, value] : first.json["options"].items())
+    check(key, value, At(other.json["options"], key.c_str()));
+  for (const char *key : {"given", "fixed"})
+    check(fmt::format("the hash of {}", key), At(At(first.json, key), "hash"),
+          At(At(other.json, key), "hash"));
+}
+
+// The order of starts; a partition that no start made is the given one, which comes first, or a simple one that only
+// stands in for a balanced one.
+static bool IsBetter(const SavedResult &a, const SavedResult &b)
+{
+  const bool bycut = a.json["options"]["objective"] == "cut", given = At(a.json, "command") == "refine";
+  const auto key = [bycut](const Json &best) {
+    const long long cut = best["cut"].get<long long>(), soed = best["soed"].get<long long>();
+    return std::make_tuple(!best["balanced"].get<bool>(), bycut ? cut : soed, bycut ? soed : cut,
+                           best["imbalance"].get<double>(),
+                           best["start"].is_null() ? -1 : best["start"].get<long long>());
+  };
+  const Json &x = a.json["best"], &y = b.json["best"];
+  const bool simplex = !given && x["start"].is_null(), simpley = !given && y["start"].is_null();
+
+  if (simplex || simpley)
+    return x["balanced"] != y["balanced"] ? x["balanced"].get<bool>() : !simplex && simpley;
+  return key(x) < key(y);
+}
+
+static StartsByNumber MergeStarts(const std::vector<SavedResult> &results)
+{
+  StartsByNumber merged;
+
+  for (const SavedResult &result : results)
+    for (const Json &start : result.json["starts"]) {
+      const auto [at, isnew] = merged.emplace(start["number"].get<long long>(), start);
+      const Json &before = at->second;
+      // Of a start that was cut short here and completed there, the completed one counts.
+      if (!isnew && !before["completed"].get<bool>())
+        at->second = start;
+      else if (!isnew && start["completed"].get<bool>() &&
+               (before["cut"] != start["cut"] || before["soed"] != start["soed"]))
+        throw Failure{EXIT_USAGE,
+                      fmt::format("start {} has the cut {} in {}, but another result says {}", at->first,
+                                  start["cut"].dump(), result.path, before["cut"].dump())};
+    }
+  return merged;
+}
+
+// The numbers up to the largest that no result has, or only cut short.
+static std::vector<long long> MissingStarts(const StartsByNumber &starts)
+{
+  constexpr size_t most = 20;
+  std::vector<long long> missing;
+  long long next = 0;
+
+  for (const auto &[number, start] : starts) {
+    for (; next < number && missing.size() < most; next++)
+      missing.push_back(next);
+    if (!start["completed"].get<bool>() && missing.size() < most)
+      missing.push_back(number);
+    next = number + 1;
+  }
+  return missing;
+}
+
+// The name stands in the result as it was given to the run; the files may have been moved together.
+static std::string FindPart(const SavedResult &best, const std::string &path)
+{
+  const std::string beside = best.path.substr(0, best.path.rfind('/') + 1) + path.substr(path.rfind('/') + 1);
+
+  return IsRegularFile(path) ? path : beside;
+}
+
+static void CopyPart(const SavedResult &best, const std::string &out)
+{
+  const Json path = At(At(best.json, "output"), "path");
+
+  if (!path.is_string() || path == "-")
+    throw Failure{EXIT_USAGE, fmt::format("the run of {} left no part file", best.path)};
+  const std::string name = FindPart(best, path.get<std::string>()), text = ReadFile(name);
+  const std::vector<int> part =
+      ReadParts(name, text, best.json["cells"].get<int>(), best.json["options"]["parts"].get<int>());
+  if (HashOf(part) != At(best.json["output"], "hash"))
+    throw Failure{EXIT_MALFORMED,
+                  fmt::format("{}:1:1: not the partition that {} speaks of", name, best.path)};
+  WriteFile(out, text);
+}
+
+static std::string Summary(const SavedResult &best, const BestRequest &request, const StartsByNumber &starts)
+{
+  const Json &figures = best.json["best"];
+  const Json made = At(At(best.json, "output"), "path");
+  const Json path = request.out.empty() ? made : Json(request.out);
+
+  return Line("results", request.files.size()) + Line("starts", starts.size()) +
+         Line("best start", figures["start"].dump()) + Line("of", best.path) +
+         Line("cut", figures["cut"].dump()) + Line("soed", figures["soed"].dump()) +
+         Line("imbalance", fmt::format("{:.4f}", figures["imbalance"].get<double>())) +
+         Line("balanced", figures["balanced"].get<bool>() ? "yes" : "no") +
+         Line(request.out.empty() ? "part file" : "written",
+              path.is_string() ? path.get<std::string>() : "none");
+}
+
+static ExitStatus Best(const BestRequest &request)
+{
+  std::vector<SavedResult> results;
+  size_t best = 0;
+
+  for (const std::string &path : request.files) {
+    results.push_back(ReadResult(path));
+    CheckSame(results[0], results.back());
+    if (IsBetter(results.back(), results[best]))
+      best = results.size() - 1;
+  }
+  const StartsByNumber starts = MergeStarts(results);
+  const std::vector<long long> missing = MissingStarts(starts);
+  if (!missing.empty())
+    fmt::print(stderr,
+               "kapris: note: no completed start {}: one run with all starts may give another partition\n",
+               fmt::join(missing, ", "));
+
+  if (!request.out.empty())
+    CopyPart(results[best], request.out);
+  if (!request.json.empty()) {
+    Json merged = results[best].json;
+    merged["starts"] = Json::array();
+    for (const auto &[number, start] : starts)
+      merged["starts"].push_back(start);
+    if (!request.out.empty())
+      merged["output"]["path"] = request.out;
+    WriteJson(merged, request.json);
+  }
+  std::fputs(Summary(results[best], request, starts).c_str(),
+             request.json == "-" || request.out == "-" ? stderr : stdout);
+  return results[best].json["best"]["balanced"].get<bool>() ? EXIT_DONE : EXIT_OVER_LIMIT;
+}
+
+void AddBest(CLI::App *app, Run *run)
+{
+  CLI::App *verb = app->add_subcommand("best", "Choose the best of the results of several runs");
+  auto request = std::make_shared<BestRequest>();
+
+  verb->footer(
+      "Examples:\n"
+      "  kapris partition circuit.hgr -k 8 --start-range 0:9 --json=a.json -o a.part     (one machine)\n"
+      "  kapris partition circuit.hgr -k 8 --start-range 10:19 --json=b.json -o b.part   (another)\n"
+      "  kapris best a.json b.json -o best.part\n\n"
+      "Results are put together only if they come from the same version, the same hypergraph, fixed cells\n"
+      "and given partition, and the same options. With the starts 0 to N-1 all there and complete, the\n"
+      "partition is that of one run with --starts N.");
+  verb->add_option("RESULT", request->files, "Files written with --json=FILE")->required()->type_name("");
+  verb->add_option("-o,--output", request->out, "Copy the part file of the best here, - for standard output")
+      ->type_name("FILE");
+  AddJson(verb, &request->json, "kapris-result-1");
+  verb->callback([request, run] { *run = [request] { return Best(*request); }; });
+}
+
+} // namespace kapris_cli
