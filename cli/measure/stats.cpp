@@ -25,8 +25,9 @@ using Cells = std::span<const int>;
 
 static Cells CellsOf(const Hgr &sets, size_t net)
 {
-  return Cells(sets.netind).subspan(static_cast<size_t>(sets.netptr[net]),
-                                    static_cast<size_t>(sets.netptr[net + 1] - sets.netptr[net]));
+  return Cells(sets.netind)
+      .subspan(static_cast<size_t>(sets.netptr[net]),
+               static_cast<size_t>(sets.netptr[net + 1] - sets.netptr[net]));
 }
 
 // The same nets without weights.

@@ -41,7 +41,7 @@ CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double 
     const bool good = CLI::detail::lexical_cast(text, given) && given >= low && given <= high;
     return good ? "" : fmt::format("'{}' is not a number from {} to {}", text, low, high);
   };
-  return verb->add_option(name, *value, help)->type_name("X")->check(check);
+  return verb->add_option(name, *value, help)->type_name("X")->check(check)->capture_default_str();
 }
 
 void DescribeCommand(CLI::App *app, Run *run)

@@ -27,9 +27,10 @@ static std::string FormatDistribution(const std::string &name, const Json &json)
 {
   if (!json.contains("min"))
     return Line(name, "none");
-  std::string text = Line(name, fmt::format("total {}, min {}, average {:.2f}, median {}, max {}", json["total"].dump(),
-                                            json["min"].dump(), json["average"].get<double>(),
-                                            json["median"].get<double>(), json["max"].dump()));
+  std::string text =
+      Line(name, fmt::format("total {}, min {}, average {:.2f}, median {}, max {}", json["total"].dump(),
+                             json["min"].dump(), json["average"].get<double>(), json["median"].get<double>(),
+                             json["max"].dump()));
   for (const Json &bin : json["histogram"]) {
     const std::string from = bin["from"].dump(), to = bin["to"].dump();
     text += Line("", fmt::format("{:<10} {}", from == to ? from : from + "-" + to, bin["count"].dump()));
