@@ -17,6 +17,8 @@ static const char description[] =
     "  kapris partition circuit.hgr -k 2 --imbalance 1 --seed 7 --runs 20 -o halves.txt\n"
     "  kapris partition - -k 2 -o - < circuit.hgr            from standard input to standard output\n"
     "  kapris eval circuit.hgr circuit.hgr.part.4            cut and balance of a partition\n"
+    "  kapris stats circuit.hgr                              sizes, degrees, components\n"
+    "  kapris generate circuit --cells 20000 -o circuit.hgr  a synthetic hypergraph\n"
     "\n"
     "kapris partitions hypergraphs: it divides the cells into parts of similar weight and cuts few nets.";
 
