@@ -12,6 +12,7 @@
 #include <climits>
 #include <fmt/format.h>
 #include <functional>
+#include <utility>
 
 namespace kapris_cli
 {
@@ -24,19 +25,16 @@ static void AddGridNets(const Recipe &recipe, Draft *draft)
       for (int x = 0; x < recipe.cols; x++) {
         const int layer = recipe.rows * recipe.cols;
         const int cell = z * layer + y * recipe.cols + x;
-        AddPin(draft, cell);
-        if (z > 0)
-          AddPin(draft, cell - layer);
-        if (y > 0)
-          AddPin(draft, cell - recipe.cols);
-        if (x > 0)
-          AddPin(draft, cell - 1);
-        if (x + 1 < recipe.cols)
-          AddPin(draft, cell + 1);
-        if (y + 1 < recipe.rows)
-          AddPin(draft, cell + recipe.cols);
-        if (z + 1 < recipe.depth)
-          AddPin(draft, cell + layer);
+        const std::pair<bool, int> pins[] = {{true, 0},
+                                             {z > 0, -layer},
+                                             {y > 0, -recipe.cols},
+                                             {x > 0, -1},
+                                             {x + 1 < recipe.cols, 1},
+                                             {y + 1 < recipe.rows, recipe.cols},
+                                             {z + 1 < recipe.depth, layer}};
+        for (const auto &[inside, step] : pins)
+          if (inside)
+            AddPin(draft, cell + step);
         EndNet(draft);
       }
 }

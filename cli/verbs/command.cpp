@@ -18,6 +18,8 @@ static const char description[] =
     "  kapris partition circuit.hgr -k 2 --epsilon 0.01 --seed 7 --starts 20 -o halves.part\n"
     "  kapris partition - -k 2 -o - < circuit.hgr            from standard input to standard output\n"
     "  kapris eval circuit.hgr circuit.hgr.part.4            cut and balance of a partition\n"
+    "  kapris stats circuit.hgr                              sizes, degrees, components\n"
+    "  kapris generate circuit --cells 20000 -o circuit.hgr  a synthetic hypergraph\n"
     "\n"
     "kapris partitions hypergraphs: it divides the cells into parts of similar weight and cuts few nets.";
 
@@ -53,7 +55,7 @@ CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double 
     const bool good = CLI::detail::lexical_cast(text, given) && given >= low && given <= high;
     return good ? "" : fmt::format("'{}' is not a number from {} to {}", text, low, high);
   };
-  return verb->add_option(name, *value, help)->type_name("X")->check(check);
+  return verb->add_option(name, *value, help)->type_name("X")->check(check)->capture_default_str();
 }
 
 void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)

@@ -224,7 +224,8 @@ void AddEval(CLI::App *app, Run *run)
       ->type_name("FIXED");
   AddDecimal(verb, "--epsilon", &request->epsilon, 0, 1,
              "Check against the limit (1 + E) x total / parts, rounded up; 6 decimals count")
-      ->type_name("E");
+      ->type_name("E")
+      ->default_str("");
   verb->add_flag("--matrix", request->matrix, "Print what each pair of parts shares of the cut");
   verb->add_flag("--nets", request->nets, "List the cut nets");
   AddJson(verb, &request->json, "kapris-eval-1");

@@ -32,7 +32,7 @@ static constexpr int most = 1 << 30;
 
 static std::string Written(const std::string &path)
 {
-  return path == "-" ? "standard output" : path;
+  return Line("written", path == "-" ? "standard output" : path);
 }
 
 static ExitStatus WriteGenerated(const GenerateRequest &request)
@@ -47,23 +47,25 @@ static ExitStatus WriteGenerated(const GenerateRequest &request)
   const std::string out = request.out.empty() ? fmt::format("{}-{}-{}.hgr", request.kind,
                                                             generated.hgr.ncells, request.recipe.seed)
                                               : request.out;
-  std::string summary = FormatSizes(Written(out), generated.hgr) + Line("seed", request.recipe.seed);
+  std::string summary = FormatSizes(out, generated.hgr) + Line("seed", request.recipe.seed);
   if (request.recipe.kind == Kind::PLANTED)
     summary += Line("planted cut", generated.planted_cut);
   WriteFile(out, FormatHgr(generated.hgr));
-  summary += Line("written", Written(out));
+  summary += Written(out);
   if (!request.partition.empty()) {
     WriteFile(request.partition, FormatParts(generated.planted));
-    summary += Line("written", Written(request.partition));
+    summary += Written(request.partition);
   }
   std::fputs(summary.c_str(), out == "-" || request.partition == "-" ? stderr : stdout);
   return EXIT_DONE;
 }
 
-static CLI::Option *AddCount(CLI::App *kind, const char *name, int *value, int low, int high,
-                             const char *help)
+static void AddCount(CLI::App *kind, const char *name, int *value, int low, int high, const char *help)
 {
-  return kind->add_option(name, *value, help)->type_name("N")->check(CLI::Range(low, high).description(""));
+  kind->add_option(name, *value, help)
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(low, high).description(""));
 }
 
 // "A:B" with low <= A <= B, or "A" for A:A.
@@ -102,8 +104,7 @@ static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, 
   app->add_option("-o,--output", request->out,
                   "Output file, - for standard output; default: KIND-CELLS-SEED.hgr")
       ->type_name("OUT");
-  AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence")
-      ->capture_default_str();
+  AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence");
   AddRange(app, "--cell-weights", &request->recipe.cellwgts, 0, "Random weights of cells, A to B");
   AddRange(app, "--net-weights", &request->recipe.netwgts, 0, "Random weights of nets, A to B");
   if (kind == Kind::PLANTED)
@@ -111,10 +112,9 @@ static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, 
         ->type_name("PART");
   if (kind != Kind::GRID)
     AddCount(app, "--cells", &request->recipe.cells, 2, kind == Kind::CIRCUIT ? 50'000'000 : most,
-             "Number of cells")
-        ->capture_default_str();
+             "Number of cells");
   if (kind != Kind::GRID && kind != Kind::CIRCUIT)
-    AddCount(app, "--nets", &request->recipe.nets, 1, most, "Number of nets; default: as many as cells");
+    AddCount(app, "--nets", &request->recipe.nets, 0, most, "Number of nets; 0: as many as cells");
   if (kind == Kind::RANDOM || kind == Kind::PLANTED)
     AddRange(app, "--size", &request->recipe.size, 1, "Cells of a net: A to B, all equally frequent");
   app->callback([request, run] { *run = [request] { return WriteGenerated(*request); }; });
@@ -135,32 +135,28 @@ void AddGenerate(CLI::App *app, Run *run)
   CLI::App *kind = AddKind(verb, run, Kind::CIRCUIT, "circuit", "Circuit-like, with small cuts", &recipe);
   kind->footer("Example: kapris generate circuit --cells 20000 --rent 0.65 -o circuit.hgr");
   AddDecimal(kind, "--rent", &recipe->rent, 0.1, 1,
-             "Nets that leave a block grow with this power of its size")
-      ->capture_default_str();
-  AddDecimal(kind, "--pins", &recipe->pins, 0.1, 1000, "Average pins of a cell, about")
-      ->capture_default_str();
+             "Nets that leave a block grow with this power of its size");
+  AddDecimal(kind, "--pins", &recipe->pins, 0.1, 1000, "Average pins of a cell, about");
 
   kind = AddKind(verb, run, Kind::GRID, "grid", "A net for each cell of a grid and its neighbours", &recipe);
   kind->footer("Example: kapris generate grid --rows 300 --cols 200");
-  AddCount(kind, "--rows", &recipe->rows, 1, most, "Rows of the grid")->capture_default_str();
-  AddCount(kind, "--cols", &recipe->cols, 1, most, "Columns of the grid")->capture_default_str();
-  AddCount(kind, "--depth", &recipe->depth, 1, most, "Layers of the grid")->capture_default_str();
+  AddCount(kind, "--rows", &recipe->rows, 1, most, "Rows of the grid");
+  AddCount(kind, "--cols", &recipe->cols, 1, most, "Columns of the grid");
+  AddCount(kind, "--depth", &recipe->depth, 1, most, "Layers of the grid");
 
   kind = AddKind(verb, run, Kind::RANDOM, "random", "Nets of random cells", &recipe);
   kind->footer("Example: kapris generate random --cells 1000 --nets 2000 --size 2:10 --cell-weights 1:9");
 
   kind = AddKind(verb, run, Kind::POWERLAW, "powerlaw", "Nets of random cells, few of them large", &recipe);
   kind->footer("Example: kapris generate powerlaw --cells 50000 --exponent 2 --max-size 1000");
-  AddDecimal(kind, "--exponent", &recipe->exponent, 0, 10, "Nets of S cells are as frequent as S^-X")
-      ->capture_default_str();
-  AddCount(kind, "--max-size", &recipe->max_size, 2, 10'000'000, "Cells of the largest nets")
-      ->capture_default_str();
+  AddDecimal(kind, "--exponent", &recipe->exponent, 0, 10, "Nets of S cells are as frequent as S^-X");
+  AddCount(kind, "--max-size", &recipe->max_size, 2, 10'000'000, "Cells of the largest nets");
 
   kind = AddKind(verb, run, Kind::PLANTED, "planted", "Nets inside parts, and some of two parts", &recipe);
   kind->footer(
       "Example: kapris generate planted --cells 8000 --parts 4 --crossing 50 --partition planted.part");
-  AddCount(kind, "--parts", &recipe->parts, 2, most, "Number of parts, of equal size")->capture_default_str();
-  AddCount(kind, "--crossing", &recipe->crossing, 0, most, "Nets that span two parts")->capture_default_str();
+  AddCount(kind, "--parts", &recipe->parts, 2, most, "Number of parts, of equal size");
+  AddCount(kind, "--crossing", &recipe->crossing, 0, most, "Nets that span two parts");
 
   // The parser itself would only say that a kind is missing. Kinds made before do not inherit this.
   verb->allow_extras();

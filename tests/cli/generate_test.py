@@ -1,0 +1,224 @@
+#!/usr/bin/env python3
+# tests/cli/generate_test.py - generated hypergraphs, and what stats and eval count, against counts in Python.
+# SPDX-License-Identifier: MIT
+"""Tests of the verbs generate, stats and eval."""
+
+import hashlib
+import json
+import math
+import random
+import statistics
+import unittest
+
+from tool import ToolTest, fields, random_hypergraph, read, write
+
+# The bytes are a promise: other compilers and machines must give the same.
+RECORDED = {
+    "circuit --cells 3000 --rent 0.65 --pins 4":
+        "90e9fc68c67e3e1132b5821f91762f3fb1e62a1051a204f3a918243dde698634",
+    "grid --rows 7 --cols 5 --depth 3 --cell-weights 0:9":
+        "6c5a21eb2d918efee31aad823e15a9a69d43e50bf5e88042e427dc3800ef70b2",
+    "random --cells 500 --nets 700 --size 1:9 --net-weights 1:2147483647":
+        "e599a7fc5c9461b57407f29df619aa53605b321950cdeba2acb6b98537e2fe7e",
+    "powerlaw --cells 2000 --exponent 1.7 --max-size 300":
+        "aaeddda890d3ba83b1ff649ad7b23a04b5235aa72b3668e0d2bb4c72a5108b4d",
+    "planted --cells 1001 --nets 2000 --parts 7 --crossing 150 --net-weights 2:5 --cell-weights 3":
+        "2856e3ff48a4752cff9d9d71b3ad10fd22f384b8d2ce88366026f60d37a4b24e",
+}
+
+
+def nets_of(text):
+    """Nets as sets of cells from 0, of a hypergraph without weights."""
+    lines = text.splitlines()
+    return [[int(pin) - 1 for pin in line.split()] for line in lines[1:1 + int(lines[0].split()[0])]]
+
+
+def histogram(values):
+    bins = [(0, 0)] + [(1 << n, (2 << n) - 1) for n in range(31)]
+    counts = [(low, high, sum(low <= v <= high for v in values)) for low, high in bins]
+    return [{"from": low, "to": high, "count": count} for low, high, count in counts if count]
+
+
+def distribution(values):
+    return {"total": sum(values), "min": min(values), "max": max(values), "average": sum(values) / len(values),
+            "median": statistics.median(values), "histogram": histogram(values)}
+
+
+def component_sizes(nets, ncells):
+    """By the definition: what can be reached from each cell."""
+    sizes, left = [], set(range(ncells))
+    while left:
+        reached = front = {left.pop()}
+        while front:
+            front = {cell for net in nets if front & net for cell in net} - reached
+            reached = reached | front
+        sizes.append(len(reached))
+        left -= reached
+    return sizes
+
+
+class Generate(ToolTest):
+    """What is generated, byte by byte and by its definition."""
+
+    def test_bytes_are_those_recorded(self):
+        for arguments, digest in RECORDED.items():
+            text = self.run_kapris("generate", *arguments.split(), "--seed", "5", "-o", "-").stdout
+            self.assertEqual(hashlib.sha256(text.encode()).hexdigest(), digest, arguments)
+            other = self.run_kapris("generate", *arguments.split(), "--seed", "6", "-o", "-").stdout
+            self.assertNotEqual(text, other, arguments)
+
+    def test_nets_are_of_their_kind(self):
+        def generate(*arguments):
+            nets = nets_of(self.run_kapris("generate", *arguments, "-o", "-").stdout)
+            self.assertTrue(all(len(set(net)) == len(net) for net in nets), arguments)
+            return nets
+
+        cells = [(z, y, x) for z in range(2) for y in range(3) for x in range(4)]
+        stencils = [{n for n, b in enumerate(cells) if sum(abs(i - j) for i, j in zip(a, b)) <= 1} for a in cells]
+        self.assertEqual(list(map(set, generate("grid", "--rows", "3", "--cols", "4", "--depth", "2"))), stencils)
+
+        # A whole block and nearly whole ones; every cell equally often.
+        nets = generate("random", "--cells", "20", "--nets", "4000", "--size", "18:20")
+        self.assertEqual({len(net) for net in nets}, {18, 19, 20})
+        counts = [sum(cell in net for net in nets) for cell in range(20)]
+        self.assertTrue(all(abs(count - 3800) < 100 for count in counts), counts)
+
+        sizes = [len(net) for net in generate("powerlaw", "--nets", "20000", "--exponent", "2", "--max-size", "50")]
+        frequencies = [size ** -2 for size in range(2, 51)]
+        for size in (2, 3, 5, 10):
+            expected = 20000 * size ** -2 / sum(frequencies)
+            self.assertLess(abs(sizes.count(size) - expected), 5 * math.sqrt(expected), size)
+        self.assertLessEqual(max(sizes), 50)
+
+        for pins in (2.5, 6):
+            nets = generate("circuit", "--cells", "5000", "--pins", str(pins))
+            self.assertEqual(len(set().union(*nets)), 5000)
+            self.assertAlmostEqual(sum(map(len, nets)) / 5000 / pins, 1, delta=0.1)
+
+    def test_rent_exponent_decides_the_cut(self):
+        cuts = []
+        for rent in ("0.4", "0.6", "0.8"):
+            self.run_kapris("generate", "circuit", "--cells", "3000", "--rent", rent, "-o", "c.hgr")
+            done = self.run_kapris("partition", "c.hgr", "-k", "2", "--runs", "1", "--seed", "1", status=(0, 4))
+            cuts.append(int(fields(done.stdout)["cut"]))
+        self.assertLess(2 * cuts[0], cuts[1])
+        self.assertLess(2 * cuts[1], cuts[2])
+
+    def test_planted_cut_is_that_of_the_planted_parts(self):
+        done = self.run_kapris("generate", "planted", "--cells", "503", "--nets", "900", "--parts", "5", "--crossing",
+                               "77", "--net-weights", "0:9", "--partition", "planted", "--seed", "4")
+        summary = fields(done.stdout)
+        measured = fields(self.run_kapris("eval", summary["file"], "planted", "--epsilon", "0").stdout)
+        self.assertEqual(summary["file"], "planted-503-4.hgr")
+        self.assertEqual(measured["cut"], summary["planted cut"])
+        self.assertEqual(measured["connectivity-1"], summary["planted cut"])
+        listed = self.run_kapris("eval", summary["file"], "planted", "--nets").stdout
+        self.assertEqual(listed.count("cut net "), 77)
+
+    def test_status_2_names_the_option_and_its_value(self):
+        for message, arguments in (
+                ("'ring'", "ring"), ("KIND", ""), ("--nets", "grid --nets 5"),
+                ("--rent: '1.5'", "circuit --rent 1.5"), ("--rent: 'nan'", "circuit --rent nan"),
+                ("--cells: Value 1 ", "powerlaw --cells 1"), ("--max-size: Value 1 ", "powerlaw --max-size 1"),
+                ("--size is '3:2'", "random --size 3:2"), ("--size is '3:'", "random --size 3:"),
+                ("--size is '0:2'", "random --size 0:2"), ("--size is 'x'", "random --size x"),
+                ("--cell-weights is '1:2147483648'", "random --cell-weights 1:2147483648"),
+                ("--size goes up to 9, but --cells is 8", "random --cells 8 --size 9"),
+                ("--nets 600000000", "random --nets 600000000"),
+                ("--rows 50000", "grid --rows 50000 --cols 50000"), ("--depth 1000000", "grid --depth 1000000"),
+                ("--pins 100", "circuit --cells 50000000 --pins 100"),
+                ("--size starts at 1", "planted --size 1:3"), ("--crossing 9", "planted --nets 8 --crossing 9"),
+                ("--parts 2001", "planted --parts 2001"),
+                ("--output and --partition", "planted -o a --partition a")):
+            self.fails(2, message, "generate", *arguments.split())
+
+
+class Counts(ToolTest):
+    """Against the definitions, on small random hypergraphs."""
+
+    def test_stats(self):
+        for seed in range(8):
+            text, nets, netwgts, cellwgts = random_hypergraph(seed, repeats=seed % 2 == 1)
+            if seed > 3:  # fewer nets, more components
+                nets, netwgts = nets[:20], netwgts[:20]
+                lines = text.splitlines()
+                text = "\n".join(["20 60 11"] + lines[1:21] + lines[91:])
+            write("h.hgr", text)
+            sets = [set(net) for net in nets]
+            degrees = [sum(cell in net for net in sets) for cell in range(60)]
+            components = component_sizes(sets, 60)
+            expected = {
+                "schema": "kapris-stats-1", "file": "h.hgr", "cells": 60, "nets": len(nets),
+                "pins": sum(map(len, nets)), "repeated_pins": sum(map(len, nets)) - sum(map(len, sets)),
+                "empty_nets": sets.count(set()), "one_cell_nets": sum(len(net) == 1 for net in sets),
+                "identical_nets": len(sets) - len(set(map(frozenset, sets))), "islands": degrees.count(0),
+                "components": len(components), "cell_weight": distribution(cellwgts),
+                "net_weight": distribution(netwgts), "net_size": distribution(list(map(len, sets))),
+                "cell_degree": distribution(degrees), "component_size": distribution(components)}
+            self.assertEqual(json.loads(self.run_kapris("stats", "h.hgr", "--json").stdout), expected)
+            lines = fields(self.run_kapris("stats", "h.hgr").stdout)
+            self.assertEqual(lines["identical nets"], str(expected["identical_nets"]))
+            self.assertTrue(lines["net size"].endswith(f"max {max(map(len, sets))}"), lines)
+        self.assertEqual(fields(self.run_kapris("stats", "-", text="0 0\n").stdout)["net size"], "none")
+
+    def test_eval(self):
+        for seed, nparts in enumerate((2, 3, 7, 20)):
+            rng = random.Random(seed)
+            text, nets, netwgts, cellwgts = random_hypergraph(seed, repeats=True)
+            part = [rng.randrange(nparts) for _ in cellwgts]
+            fixed = [rng.choice((-1, p, p, rng.randrange(nparts))) for p in part]
+            write("h.hgr", text)
+            write("parts", "".join(f"{p}\n" for p in part))
+            write("fixed", "".join(f"{p}\n" for p in fixed))
+
+            spans = [sorted({part[cell] for cell in net}) for net in nets]
+            cut = [(n, netwgts[n], span) for n, span in enumerate(spans) if len(span) > 1]
+            weights = [sum(w for w, p in zip(cellwgts, part) if p == q) for q in range(nparts)]
+            limit = -(-103 * sum(cellwgts) // (100 * nparts))
+            matrix = [[sum(w for _, w, span in cut if p in span and q in span) for q in range(nparts)]
+                      for p in range(nparts)]
+            elsewhere = [n for n, p in enumerate(fixed) if p not in (-1, part[n])]
+            options = ("h.hgr", "parts", "-k", str(nparts), "--fixed", "fixed", "--matrix", "--nets", "--epsilon",
+                       "0.03")
+            found = json.loads(self.run_kapris("eval", *options, "--json", status=4).stdout)
+            self.assertEqual(found["schema"], "kapris-eval-1")
+            self.assertEqual(found["cut"], sum(w for _, w, _ in cut))
+            self.assertEqual(found["soed"], sum(w * len(span) for _, w, span in cut))
+            self.assertEqual(found["matrix"], matrix)
+            self.assertEqual(found["cut_nets"], [{"net": n + 1, "weight": w, "parts": span} for n, w, span in cut])
+            self.assertEqual(found["limit"], limit)
+            self.assertEqual(found["part_weights"], [{"part": p, "weight": w, "over": w > limit}
+                                                     for p, w in enumerate(weights) if p in part])
+            self.assertEqual(found["fixed"], {
+                "cells": sum(p >= 0 for p in fixed),
+                "elsewhere": [{"cell": n + 1, "fixed": fixed[n], "part": part[n]} for n in elsewhere]})
+
+            lines = self.run_kapris("eval", *options, status=4).stdout.splitlines()
+            self.assertEqual([line[15:] for line in lines if line.startswith("cut net ")],
+                             [f"{n + 1} {w} {len(span)} {' '.join(map(str, span))}" for n, w, span in cut])
+            self.assertEqual([[int(w) for w in line[15:].split("\t")] for line in lines if line.startswith("matrix ")],
+                             matrix)
+            self.assertEqual(sum(line.endswith(f" of at most {limit}, over") for line in lines),
+                             sum(w > limit for w in weights))
+            self.assertEqual([line.split()[1] for line in lines if " fixed to " in line],
+                             [str(n + 1) for n in elsewhere[:5]])
+
+    def test_status_4_only_if_a_limit_or_a_fixed_cell_is_missed(self):
+        write("h.hgr", "1 5 10\n1 2 3\n" + "1\n" * 4 + "2\n")
+        write("parts", "0\n0\n0\n1\n1\n")
+        write("right", "0\n-1\n-1\n-1\n1\n")
+        write("wrong", "0\n-1\n-1\n0\n1\n")
+        self.run_kapris("eval", "h.hgr", "parts", "--fixed", "right", "--epsilon", "0")
+        self.run_kapris("eval", "h.hgr", "parts", "--fixed", "wrong", status=4)
+        # In doubles, (1 + 0.1) x 100 / 2 comes out above 55 and is rounded up.
+        write("h.hgr", "0 2 10\n49\n51\n")
+        write("parts", "0\n1\n")
+        found = json.loads(self.run_kapris("eval", "h.hgr", "parts", "-k", "2", "--epsilon", "0.1", "--json").stdout)
+        self.assertEqual(found["limit"], 55)
+        self.fails(2, "--epsilon: 'nan'", "eval", "h.hgr", "parts", "--epsilon", "nan")
+        write("far", "0\n4096\n")
+        self.fails(2, "--matrix is for up to 4096 parts, not 4097", "eval", "h.hgr", "far", "--matrix")
+
+
+if __name__ == "__main__":
+    unittest.main()
