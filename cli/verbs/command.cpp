@@ -17,6 +17,8 @@ static const char description[] =
     "  kapris partition circuit.hgr -k 2 --imbalance 1 --seed 7 --runs 20 -o halves.txt\n"
     "  kapris partition - -k 2 -o - < circuit.hgr            from standard input to standard output\n"
     "  kapris eval circuit.hgr circuit.hgr.part.4            cut and balance of a partition\n"
+    "  kapris check circuit.hgr                              what is wrong with a file\n"
+    "  kapris convert matrix.mtx.gz nets.hgr                 from one format into another\n"
     "\n"
     "kapris partitions hypergraphs: it divides the cells into parts of similar weight and cuts few nets.";
 
@@ -41,6 +43,8 @@ void DescribeCommand(CLI::App *app, Run *run)
   app->require_subcommand(1);
   AddPartition(app, run);
   AddEval(app, run);
+  AddCheck(app, run);
+  AddConvert(app, run);
 }
 
 } // namespace kapris_cli

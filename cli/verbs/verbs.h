@@ -24,5 +24,7 @@ void DescribeCommand(CLI::App *app, Run *run);
 // Each adds its verb with options to app.
 void AddPartition(CLI::App *app, Run *run);
 void AddEval(CLI::App *app, Run *run);
+void AddCheck(CLI::App *app, Run *run);
+void AddConvert(CLI::App *app, Run *run);
 
 } // namespace kapris_cli
