@@ -37,9 +37,9 @@ static Formula ReadHeader(Scan *scan)
   EndLine(scan, "the header");
   const long long left = scan->end - scan->at, needed = 2LL * formula.nclauses - 1;
   if (needed > left)
-    FailAt(header, header.at,
-           fmt::format("{} clauses need at least {} bytes, but only {} follow", formula.nclauses, needed,
-                       left));
+    FailAt(
+        header, header.at,
+        fmt::format("{} clauses need at least {} bytes, but only {} follow", formula.nclauses, needed, left));
   return formula;
 }
 

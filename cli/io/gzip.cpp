@@ -47,9 +47,10 @@ static void Check(int status)
 
 [[noreturn]] static void FailDamaged(const std::string &name, const std::string &what, size_t nread)
 {
-  throw Failure{EXIT_MALFORMED,
-                fmt::format("{}:1:1: the gzip data {}, after {} bytes of text: fetch or compress the file again",
-                            name, what, nread)};
+  throw Failure{
+      EXIT_MALFORMED,
+      fmt::format("{}:1:1: the gzip data {}, after {} bytes of text: fetch or compress the file again", name,
+                  what, nread)};
 }
 
 std::string Decompress(const std::string &name, std::string_view bytes)
@@ -87,8 +88,8 @@ std::string Compress(std::string_view text)
   std::string bytes;
   int status = Z_OK;
 
-  Check(
-      deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, gzip_window, memory_level, Z_DEFAULT_STRATEGY));
+  Check(deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, gzip_window, memory_level,
+                     Z_DEFAULT_STRATEGY));
   const std::unique_ptr<z_stream, int (*)(z_stream *)> guard(&stream, deflateEnd);
   while (status != Z_STREAM_END) {
     Feed(&stream, &text);

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <utility>
 
 namespace kapris_cli
 {
@@ -84,29 +85,21 @@ static void ReadCellWeights(Scan *scan, const HgrHeader &header, Hgr *hgr)
 // Whether the lines are those of an adjacency file: line i lists the neighbours of i, so that each edge stands twice.
 static bool IsAdjacency(const Hgr &hgr)
 {
-  const size_t n = static_cast<size_t>(hgr.nnets), npins = hgr.netind.size();
-  std::vector<size_t> at(n + 1, 0);
-  std::vector<int> mirrored(npins);
+  std::vector<std::pair<int, int>> edges, mirrored;
 
-  if (n < 2 || npins == 0 || npins != 2 * static_cast<size_t>(hgr.ncells))
+  if (hgr.netind.empty() || hgr.netind.size() != 2 * static_cast<size_t>(hgr.ncells))
     return false;
-  for (const int pin : hgr.netind) {
-    if (pin < 0 || pin >= hgr.nnets)
-      return false;
-    at[static_cast<size_t>(pin) + 1]++;
-  }
-  for (size_t v = 0; v < n; v++)
-    if (at[v + 1] != static_cast<size_t>(hgr.netptr[v + 1] - hgr.netptr[v]))
-      return false;
-  for (size_t v = 0; v < n; v++)
-    at[v + 1] += at[v];
   for (int v = 0; v < hgr.nnets; v++)
-    for (int i = hgr.netptr[static_cast<size_t>(v)]; i < hgr.netptr[static_cast<size_t>(v) + 1]; i++)
-      mirrored[at[static_cast<size_t>(hgr.netind[static_cast<size_t>(i)])]++] = v;
-  std::vector<int> sorted = hgr.netind;
-  for (size_t v = 0; v < n; v++)
-    std::sort(sorted.begin() + hgr.netptr[v], sorted.begin() + hgr.netptr[v + 1]);
-  return sorted == mirrored;
+    for (int i = hgr.netptr[static_cast<size_t>(v)]; i < hgr.netptr[static_cast<size_t>(v) + 1]; i++) {
+      const int neighbour = hgr.netind[static_cast<size_t>(i)];
+      if (neighbour == v)
+        return false;
+      edges.emplace_back(v, neighbour);
+      mirrored.emplace_back(neighbour, v);
+    }
+  std::sort(edges.begin(), edges.end());
+  std::sort(mirrored.begin(), mirrored.end());
+  return edges == mirrored;
 }
 
 Hgr ReadHgr(const std::string &name, std::string_view text, Problems *problems)

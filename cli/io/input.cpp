@@ -71,34 +71,17 @@ Format FormatOfName(std::string_view name)
   return Format::BY_NAME;
 }
 
-static bool Fits(Model model, Format format)
-{
-  switch (model) {
-  case Model::BY_FORMAT:
-    return true;
-  case Model::ROW_NET:
-  case Model::COLUMN_NET:
-    return format == Format::MTX;
-  case Model::PRIMAL:
-  case Model::DUAL:
-  case Model::LITERAL:
-    return format == Format::CNF;
-  }
-  return false;
-}
-
 static Format FormatOf(const Input &input)
 {
   Format format = input.format == Format::BY_NAME ? FormatOfName(input.path) : input.format;
 
   if (format == Format::BY_NAME)
     format = Format::HGR;
-  for (const auto &[word, model] : models)
-    if (model == input.model && !Fits(model, format))
-      throw Failure{EXIT_USAGE,
-                    fmt::format("--model {} does not fit the format of {}: row-net and column-net "
-                                "are for mtx, primal, dual and literal for cnf",
-                                word, NameOf(input))};
+  const bool of_matrix = input.model == Model::ROW_NET || input.model == Model::COLUMN_NET;
+  if (input.model != Model::BY_FORMAT && format != (of_matrix ? Format::MTX : Format::CNF))
+    throw Failure{EXIT_USAGE, fmt::format("--model does not fit the format of {}: row-net and column-net are "
+                                          "for mtx, primal, dual and literal for cnf",
+                                          NameOf(input))};
   if (input.unit_weights && format != Format::MTX)
     throw Failure{EXIT_USAGE, fmt::format("--unit-weights is for matrices, and {} is none", NameOf(input))};
   return format;

@@ -12,6 +12,7 @@
 #include "io/entries.h"
 #include "io/formats.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <fmt/format.h>
@@ -40,30 +41,34 @@ static std::string NextLowered(Scan *scan)
   return word;
 }
 
+static std::string NextOf(Scan *scan, const char *what, const std::vector<std::string> &allowed)
+{
+  NextInLine(scan);
+  const char *place = scan->at;
+  std::string word = NextLowered(scan);
+
+  if (std::find(allowed.begin(), allowed.end(), word) == allowed.end())
+    FailAt(*scan, place,
+           fmt::format("the {} is {}, not {}", what, Quoted(*scan, place), fmt::join(allowed, ", ")));
+  return word;
+}
+
 static Matrix ReadBanner(Scan *scan)
 {
   Matrix matrix;
 
   if (NextLowered(scan) != "%%matrixmarket")
     FailAt(*scan, scan->start, "the first line must begin with %%MatrixMarket");
-  if (NextLowered(scan) != "matrix")
-    FailAt(*scan, scan->start, "only the object 'matrix' can be read");
-  const std::string layout = NextLowered(scan);
-  if (layout == "array")
-    FailAt(*scan, scan->start,
-           "the layout 'array' is dense and has no pattern: write the matrix with the layout 'coordinate'");
-  if (layout != "coordinate")
-    FailAt(*scan, scan->start, "the layout must be 'coordinate'");
-  const std::string field = NextLowered(scan);
-  if (field != "pattern" && field != "real" && field != "integer" && field != "complex")
-    FailAt(*scan, scan->start, "the numbers must be 'real', 'integer', 'complex' or 'pattern'");
+  NextOf(scan, "object", {"matrix"});
+  NextInLine(scan);
+  const char *place = scan->at;
+  if (NextOf(scan, "layout", {"coordinate", "array"}) == "array")
+    FailAt(*scan, place, "the layout 'array' has no pattern: write the matrix with the layout 'coordinate'");
+  const std::string field = NextOf(scan, "kind of values", {"pattern", "real", "integer", "complex"});
   matrix.nvalues = field == "pattern" ? 0 : field == "complex" ? 2 : 1;
   matrix.whole = field == "integer";
-  const std::string symmetry = NextLowered(scan);
-  if (symmetry != "general" && symmetry != "symmetric" && symmetry != "skew-symmetric" &&
-      symmetry != "hermitian")
-    FailAt(*scan, scan->start,
-           "the symmetry must be 'general', 'symmetric', 'skew-symmetric' or 'hermitian'");
+  const std::string symmetry =
+      NextOf(scan, "symmetry", {"general", "symmetric", "skew-symmetric", "hermitian"});
   matrix.mirrored = symmetry != "general";
   matrix.diagonal = symmetry != "skew-symmetric";
   EndLine(scan, "the first line");
@@ -85,9 +90,9 @@ static void ReadSizes(Scan *scan, Matrix *matrix)
   const long long left = scan->end - scan->at;
   const long long needed = (4LL + 2LL * matrix->nvalues) * matrix->nentries - 1;
   if (needed > left)
-    FailAt(sizes, sizes.at,
-           fmt::format("{} entries need at least {} bytes, but only {} follow", matrix->nentries, needed,
-                       left));
+    FailAt(
+        sizes, sizes.at,
+        fmt::format("{} entries need at least {} bytes, but only {} follow", matrix->nentries, needed, left));
 }
 
 // The index from 0, or no_number.
@@ -104,9 +109,9 @@ static int ReadIndex(Scan *scan, const char *what, int count)
   if (index >= 1 && index <= count)
     return index - 1;
   FaultAt(*scan, place,
-          index < 1 ? fmt::format("{} 0 (line {}): {}s count from 1", what, scan->line, what)
-                    : fmt::format("{} {} (line {}): there are only {} {}s", what, index, scan->line, count,
-                                  what));
+          index < 1
+              ? fmt::format("{} 0 (line {}): {}s count from 1", what, scan->line, what)
+              : fmt::format("{} {} (line {}): there are only {} {}s", what, index, scan->line, count, what));
   return no_number;
 }
 

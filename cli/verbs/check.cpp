@@ -61,9 +61,10 @@ void AddCheck(CLI::App *app, Run *run)
   CLI::App *verb = app->add_subcommand("check", "Find everything that is wrong with a file, or odd");
   auto input = std::make_shared<Input>();
 
-  verb->footer("Each problem is a line file:line:column: message; the last line counts them. Odd is what is read all\n"
-               "the same: repeated pins, nets without pins or with the weight 0, a graph in place of a hypergraph.\n"
-               "The exit status is 0 without errors and 3 with errors, warnings or not.");
+  verb->footer(
+      "Each problem is a line file:line:column: message; the last line counts them. Odd is what is read all\n"
+      "the same: repeated pins, nets without pins or with the weight 0, a graph in place of a hypergraph.\n"
+      "The exit status is 0 without errors and 3 with errors, warnings or not.");
   AddInput(verb, input.get());
   verb->callback([input, run] { *run = [input] { return Check(*input); }; });
 }

@@ -94,7 +94,8 @@ static void CheckWritten(const ConvertRequest &request, Format format, const Hgr
   written.format = format;
   written.unit_weights = format == Format::MTX;
   if (!(ReadHypergraph(written) == meant))
-    throw Failure{EXIT_INTERNAL, fmt::format("internal failure: {} does not read as it was meant", request.out)};
+    throw Failure{EXIT_INTERNAL,
+                  fmt::format("internal failure: {} does not read as it was meant", request.out)};
 }
 
 static ExitStatus Convert(const ConvertRequest &request)
@@ -124,7 +125,8 @@ void AddConvert(CLI::App *app, Run *run)
   CLI::App *verb = app->add_subcommand("convert", "Write a hypergraph in another format");
   auto request = std::make_shared<ConvertRequest>();
 
-  verb->footer("A matrix is written with a row per net and a column per cell, without weights. What it cannot hold is\n"
+  verb->footer("A matrix is written with a row per net and a column per cell, without weights. What it "
+               "cannot hold is\n"
                "refused unless an option drops it.");
   AddInput(verb, &request->input);
   verb->add_option("OUT", request->out,
