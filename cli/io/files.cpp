@@ -9,13 +9,17 @@
 
 #include "failure.h"
 
+#include "io/gzip.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace kapris_cli
 {
@@ -56,20 +60,75 @@ static bool ReadAll(int fd, std::string *text)
   return true;
 }
 
-std::string ReadFile(const std::string &path)
+static int OpenToRead(const std::string &path)
 {
-  std::string text;
   const int fd = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
 
   if (fd < 0)
     FailWithErrno("open", path, errno);
+  return fd;
+}
+
+static std::string ReadAndClose(int fd, const std::string &path)
+{
+  std::string text;
   const bool ok = ReadAll(fd, &text);
   const int error = errno;
+
   if (fd != STDIN_FILENO)
     close(fd);
   if (!ok)
     FailWithErrno("read", InputName(path), error);
   return text;
+}
+
+std::string ReadFile(const std::string &path)
+{
+  return ReadAndClose(OpenToRead(path), path);
+}
+
+static Text TextOf(std::string bytes)
+{
+  const auto owner = std::make_shared<const std::string>(std::move(bytes));
+
+  return {*owner, owner};
+}
+
+// Without bytes if fd cannot be mapped, as a pipe or an empty file.
+static Text MapText(int fd)
+{
+  struct stat info;
+
+  if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size == 0)
+    return {};
+  const size_t size = static_cast<size_t>(info.st_size);
+  void *bytes = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+  if (bytes == MAP_FAILED)
+    return {};
+  return {std::string_view(static_cast<const char *>(bytes), size),
+          std::shared_ptr<const void>(bytes, [size](void *mapped) { munmap(mapped, size); })};
+}
+
+Text OpenText(const std::string &path)
+{
+  const int fd = OpenToRead(path);
+  // Standard input may have been read in part, which a mapping would not know.
+  Text text = fd == STDIN_FILENO ? Text{} : MapText(fd);
+
+  if (text.owner == nullptr)
+    text = TextOf(ReadAndClose(fd, path));
+  else
+    close(fd);
+  if (IsGzip(text.bytes))
+    return TextOf(Decompress(InputName(path), text.bytes));
+  return text;
+}
+
+bool IsRegularFile(const std::string &path)
+{
+  struct stat info;
+
+  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
 static bool WriteAll(int fd, std::string_view text)

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,18 @@ std::string InputName(const std::string &path);
 
 // The bytes of a file; path "-" reads standard input.
 std::string ReadFile(const std::string &path);
+
+// Bytes for reading, and what keeps them.
+struct Text {
+  std::string_view bytes;
+  std::shared_ptr<const void> owner;
+};
+
+// The bytes of a file as ReadFile, decompressed if they are gzip data, whatever the file's name. A plain file is mapped
+// into memory instead of read: it must not shrink meanwhile.
+Text OpenText(const std::string &path);
+
+bool IsRegularFile(const std::string &path);
 
 // Fails if WriteFile could not write path, or would replace the file that input names. Saves a user the run.
 void CheckOutput(const std::string &path, const std::string &input);

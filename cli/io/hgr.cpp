@@ -4,41 +4,34 @@
 //   header   nets, cells and which weights follow                ReadHeader
 //   bound    the counts by the bytes that are left, before any   CheckCounts
 //            memory is taken for them
-//   nets     one line each: weight, pins from 1                  ReadNets
+//   nets     one line each: weight, pins from 1                  ReadNetLines
 //   weights  one line per cell                                   ReadCellWeights
-//   end      nothing but comments and blank lines                ReadHgr
-//
-// Nothing is repaired: a pin that a net names twice, a net of one pin and a net without pins stay as they
-// are.
+//   doubt    whether it is a graph instead                       IsAdjacency
+//   end      nothing but comments and blank lines                EndText
 
 #include "io/hgr.h"
 
 #include "failure.h"
 
+#include "io/nets.h"
 #include "io/scan.h"
 
-#include <climits>
+#include <algorithm>
 #include <fmt/format.h>
+#include <utility>
 
 namespace kapris_cli
 {
 
-struct Header {
+struct HgrHeader {
   int nnets;
   int ncells;
   bool netweights;
   bool cellweights;
 };
 
-static int ReadCount(Scan *scan, const char *what)
-{
-  if (!NextInLine(scan))
-    FailAt(*scan, scan->at, fmt::format("{} is missing", what));
-  return ReadNumber(scan, what);
-}
-
 // A net is at least the end of its line, a weight at least a digit more. The last line may lack its end.
-static void CheckCounts(const Scan &header_line, long long left, const Header &header)
+static void CheckCounts(const Scan &header_line, long long left, const HgrHeader &header)
 {
   const long long needed =
       (header.netweights ? 2LL : 1LL) * header.nnets + (header.cellweights ? 2LL : 0LL) * header.ncells - 1;
@@ -51,9 +44,9 @@ static void CheckCounts(const Scan &header_line, long long left, const Header &h
                        left));
 }
 
-static Header ReadHeader(Scan *scan)
+static HgrHeader ReadHeader(Scan *scan)
 {
-  Header header = {0, 0, false, false};
+  HgrHeader header = {0, 0, false, false};
 
   if (!NextFilledLine(scan))
     FailAt(*scan, scan->at, "the header is missing: nets, cells and which weights follow");
@@ -62,7 +55,7 @@ static Header ReadHeader(Scan *scan)
   header.ncells = ReadCount(scan, "the number of cells");
   if (NextInLine(scan)) {
     const char *fmt_at = scan->at;
-    const int code = ReadNumber(scan, "the format code");
+    const int code = ReadCount(scan, "the format code");
     if (code != 0 && code != 1 && code != 10 && code != 11)
       FailAt(*scan, fmt_at,
              fmt::format("the format code is {}, not 0 (no weights), 1 (nets), 10 (cells) or 11 (both)",
@@ -75,69 +68,58 @@ static Header ReadHeader(Scan *scan)
   return header;
 }
 
-static int ReadPin(Scan *scan, int ncells)
-{
-  const char *pin_at = scan->at;
-  const int pin = ReadNumber(scan, "pin");
-
-  if (pin == 0)
-    FailAt(*scan, pin_at, "pin 0: cells are counted from 1");
-  if (pin > ncells)
-    FailAt(*scan, pin_at, fmt::format("pin {}, but there are only {} cells", pin, ncells));
-  return pin - 1;
-}
-
-static void ReadNets(Scan *scan, const Header &header, Hgr *hgr)
-{
-  hgr->netptr.reserve(static_cast<size_t>(header.nnets) + 1);
-  hgr->netptr.push_back(0);
-  if (header.netweights)
-    hgr->netwgts.reserve(static_cast<size_t>(header.nnets));
-  for (int net = 0; net < header.nnets; net++) {
-    if (!NextLine(scan))
-      FailAt(*scan, scan->at, fmt::format("the text ends after {} of {} nets", net, header.nnets));
-    if (header.netweights) {
-      if (!NextInLine(scan))
-        FailAt(*scan, scan->at, fmt::format("the weight of net {} is missing", net + 1));
-      hgr->netwgts.push_back(ReadNumber(scan, "net weight"));
-    }
-    while (NextInLine(scan))
-      hgr->netind.push_back(ReadPin(scan, header.ncells));
-    if (hgr->netind.size() > INT_MAX)
-      FailAt(*scan, scan->at, fmt::format("more than {} pins, the largest number", INT_MAX));
-    hgr->netptr.push_back(static_cast<int>(hgr->netind.size()));
-    EndLine(scan, "the net");
-  }
-}
-
-static void ReadCellWeights(Scan *scan, const Header &header, Hgr *hgr)
+static void ReadCellWeights(Scan *scan, const HgrHeader &header, Hgr *hgr)
 {
   hgr->cellwgts.reserve(static_cast<size_t>(header.ncells));
   for (int cell = 0; cell < header.ncells; cell++) {
     if (!NextLine(scan))
       FailAt(*scan, scan->at, fmt::format("the text ends after {} of {} cell weights", cell, header.ncells));
     if (!NextInLine(scan))
-      FailAt(*scan, scan->at, fmt::format("the weight of cell {} is missing", cell + 1));
-    hgr->cellwgts.push_back(ReadNumber(scan, "cell weight"));
+      FaultAt(*scan, scan->at, fmt::format("the weight of cell {} is missing", cell + 1));
+    else
+      hgr->cellwgts.push_back(ReadNumber(scan, "cell weight"));
     EndLine(scan, "the cell weight");
   }
 }
 
-Hgr ReadHgr(const std::string &name, std::string_view text)
+// Whether the lines are those of an adjacency file: line i lists the neighbours of i, so that each edge stands twice.
+static bool IsAdjacency(const Hgr &hgr)
 {
-  Scan scan = StartScan(name, text);
-  const Header header = ReadHeader(&scan);
+  std::vector<std::pair<int, int>> edges, mirrored;
+
+  if (hgr.netind.empty() || hgr.netind.size() != 2 * static_cast<size_t>(hgr.ncells))
+    return false;
+  for (int v = 0; v < hgr.nnets; v++)
+    for (int i = hgr.netptr[static_cast<size_t>(v)]; i < hgr.netptr[static_cast<size_t>(v) + 1]; i++) {
+      const int neighbour = hgr.netind[static_cast<size_t>(i)];
+      if (neighbour == v)
+        return false;
+      edges.emplace_back(v, neighbour);
+      mirrored.emplace_back(neighbour, v);
+    }
+  std::sort(edges.begin(), edges.end());
+  std::sort(mirrored.begin(), mirrored.end());
+  return edges == mirrored;
+}
+
+Hgr ReadHgr(const std::string &name, std::string_view text, Problems *problems)
+{
+  Scan scan = StartScan(name, text, problems);
+  const HgrHeader header = ReadHeader(&scan);
+  const Scan first_net = scan;
   Hgr hgr;
 
   hgr.ncells = header.ncells;
   hgr.nnets = header.nnets;
-  ReadNets(&scan, header, &hgr);
+  ReadNetLines(&scan, {header.nnets, header.ncells, 1, header.netweights}, &hgr);
+  if (problems != nullptr && IsAdjacency(hgr))
+    WarnAt(first_net, first_net.at,
+           fmt::format("this looks like an adjacency list (.graph): {} lines name each of {} edges twice; a "
+                       "hypergraph file has one line per net that lists its cells",
+                       hgr.nnets, hgr.ncells));
   if (header.cellweights)
     ReadCellWeights(&scan, header, &hgr);
-  if (NextFilledLine(&scan))
-    FailAt(scan, scan.at,
-           fmt::format("{} is left over after the last {}", Quoted(scan, scan.at),
-                       header.cellweights ? "cell weight" : "net"));
+  EndText(&scan, header.cellweights ? "the last cell weight" : "the last net");
   return hgr;
 }
 

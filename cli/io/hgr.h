@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "io/problems.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,10 +20,13 @@ struct Hgr {
   std::vector<int> netind;   // pins, from 0, as often and in the order in which the file names them
   std::vector<int> cellwgts; // [ncells] or empty
   std::vector<int> netwgts;  // [nnets] or empty
+
+  bool operator==(const Hgr &) const = default;
 };
 
-// Reads the text of a .hgr file; the name is for messages. Throws Failure with the place of the first fault.
-Hgr ReadHgr(const std::string &name, std::string_view text);
+// Reads the text of a .hgr file; the name is for messages. Throws Failure with the place of the first fault, or of the
+// first that it cannot go on after if there is a list of problems for the others.
+Hgr ReadHgr(const std::string &name, std::string_view text, Problems *problems = nullptr);
 
 inline int CellWeight(const Hgr &hgr, int cell)
 {

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "io/formats.h"
 #include "io/hgr.h"
 
 #include <string>
-#include <vector>
 
 namespace CLI
 {
@@ -15,18 +15,14 @@ class App;
 namespace kapris_cli
 {
 
-enum class Format { BY_NAME, HGR };
+enum class Format { BY_NAME, HGR, MTX, PATOH, CNF };
 
 // What the options of a verb say about its FILE.
 struct Input {
   std::string path; // "-" for standard input
   Format format = Format::BY_NAME;
-};
-
-// What is wrong with a file, or only odd.
-struct Problem {
-  bool warning;
-  std::string text; // begins with "file:line:column: "
+  Model model = Model::BY_FORMAT;
+  bool unit_weights = false; // matrices only
 };
 
 // Adds the argument FILE and the options that say how to read it.
@@ -35,8 +31,11 @@ void AddInput(CLI::App *verb, Input *input);
 // The name for messages: "stdin" for "-".
 std::string NameOf(const Input &input);
 
+// The format that the end of a name stands for, ".gz" taken off; BY_NAME if none.
+Format FormatOfName(std::string_view name);
+
 // Reads the hypergraph. A fault throws Failure with its place. With a list, faults and oddities go to it as far as
 // the reader can go on, and what it returns is good for nothing if there is a fault among them.
-Hgr ReadHypergraph(const Input &input, std::vector<Problem> *problems = nullptr);
+Hgr ReadHypergraph(const Input &input, Problems *problems = nullptr);
 
 } // namespace kapris_cli

@@ -3,10 +3,10 @@
 
 #include "io/parts.h"
 
+#include "io/formats.h"
 #include "io/scan.h"
 
 #include <cctype>
-#include <charconv>
 #include <fmt/format.h>
 
 namespace kapris_cli
@@ -62,13 +62,9 @@ std::vector<int> ReadFixed(const std::string &name, std::string_view text, int n
 std::string FormatParts(const std::vector<int> &part)
 {
   std::string text;
-  char line[16];
 
-  for (const int p : part) {
-    char *end = std::to_chars(line, line + sizeof(line) - 1, p).ptr;
-    *end++ = '\n';
-    text.append(line, end);
-  }
+  for (const int p : part)
+    AppendNumber(&text, p, '\n');
   return text;
 }
 

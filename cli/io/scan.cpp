@@ -6,33 +6,40 @@
 #include "failure.h"
 
 #include <climits>
+#include <cstring>
 #include <fmt/format.h>
 #include <utility>
 
 namespace kapris_cli
 {
 
-static bool IsBlank(char c)
-{
-  return c == ' ' || c == '\t' || c == '\r';
-}
-
-static bool IsDigit(char c)
-{
-  return c >= '0' && c <= '9';
-}
-
-Scan StartScan(std::string name, std::string_view text)
+Scan StartScan(std::string name, std::string_view text, Problems *problems, char comment)
 {
   const char *first = text.data();
 
-  return Scan{std::move(name), first, first + text.size(), first, 1};
+  return Scan{std::move(name), first, first + text.size(), first, 1, problems, comment};
+}
+
+static std::string Placed(const Scan &scan, const char *place, const std::string &message)
+{
+  return fmt::format("{}:{}:{}: {}", scan.name, scan.line, place - scan.start + 1, message);
 }
 
 void FailAt(const Scan &scan, const char *place, const std::string &message)
 {
-  throw Failure{EXIT_MALFORMED,
-                fmt::format("{}:{}:{}: {}", scan.name, scan.line, place - scan.start + 1, message)};
+  throw Failure{EXIT_MALFORMED, Placed(scan, place, message)};
+}
+
+void FaultAt(const Scan &scan, const char *place, const std::string &message)
+{
+  if (scan.problems == nullptr)
+    FailAt(scan, place, message);
+  AddProblem(scan.problems, false, Placed(scan, place, message));
+}
+
+void WarnAt(const Scan &scan, const char *place, const std::string &message)
+{
+  AddProblem(scan.problems, true, Placed(scan, place, "warning: " + message));
 }
 
 static const char *SkipBlanks(const Scan &scan, const char *at)
@@ -44,20 +51,23 @@ static const char *SkipBlanks(const Scan &scan, const char *at)
 
 static void SkipLine(Scan *scan)
 {
-  while (scan->at != scan->end && *scan->at != '\n')
-    scan->at++;
-  if (scan->at != scan->end) {
-    scan->at++;
-    scan->line++;
-    scan->start = scan->at;
+  const size_t left = static_cast<size_t>(scan->end - scan->at);
+  const void *found = left == 0 ? nullptr : std::memchr(scan->at, '\n', left);
+
+  if (found == nullptr) {
+    scan->at = scan->end;
+    return;
   }
+  scan->at = static_cast<const char *>(found) + 1;
+  scan->line++;
+  scan->start = scan->at;
 }
 
 bool NextLine(Scan *scan)
 {
   while (scan->at != scan->end) {
     const char *first = SkipBlanks(*scan, scan->at);
-    if (first == scan->end || *first != '%')
+    if (first == scan->end || *first != scan->comment)
       return true;
     SkipLine(scan);
   }
@@ -74,10 +84,13 @@ bool NextFilledLine(Scan *scan)
   return false;
 }
 
-bool NextInLine(Scan *scan)
+std::string_view NextWord(Scan *scan)
 {
-  scan->at = SkipBlanks(*scan, scan->at);
-  return scan->at != scan->end && *scan->at != '\n';
+  NextInLine(scan);
+  const char *word = scan->at;
+  while (scan->at != scan->end && !IsBlank(*scan->at) && *scan->at != '\n')
+    scan->at++;
+  return {word, static_cast<size_t>(scan->at - word)};
 }
 
 std::string Quoted(const Scan &scan, const char *place)
@@ -99,37 +112,59 @@ std::string Quoted(const Scan &scan, const char *place)
   return word + "'";
 }
 
-int ReadNumber(Scan *scan, const char *what)
+int ReadNumberSlowly(Scan *scan, const char *what, bool negative_allowed)
 {
-  const char *word = scan->at;
-  const char *at = word;
+  const char *first = scan->at;
+  const std::string_view word = NextWord(scan);
+  const bool negative = word.starts_with('-');
   long long value = 0;
-  const bool negative = at != scan->end && *at == '-';
 
-  if (negative)
-    at++;
-  const char *digits = at;
-  for (; at != scan->end && IsDigit(*at); at++) {
+  const std::string_view digits = word.substr(negative ? 1 : 0);
+  for (const char c : digits) {
+    if (!IsDigit(c)) {
+      FaultAt(*scan, first, fmt::format("{}: {} is not a whole number", what, Quoted(*scan, first)));
+      return no_number;
+    }
     // Stops growing once it is too large: any number of digits may follow.
     if (value <= INT_MAX)
-      value = 10 * value + (*at - '0');
+      value = 10 * value + (c - '0');
   }
-  if (at == digits || (at != scan->end && !IsBlank(*at) && *at != '\n'))
-    FailAt(*scan, word, fmt::format("{}: {} is not a whole number", what, Quoted(*scan, word)));
-  if (negative)
-    FailAt(*scan, word, fmt::format("{}: {} is negative", what, Quoted(*scan, word)));
-  if (value > INT_MAX)
-    FailAt(*scan, word,
-           fmt::format("{}: {} is above {}, the largest number", what, Quoted(*scan, word), INT_MAX));
-  scan->at = at;
-  return static_cast<int>(value);
+  if (digits.empty())
+    FaultAt(*scan, first, fmt::format("{}: {} is not a whole number", what, Quoted(*scan, first)));
+  else if (negative && !negative_allowed)
+    FaultAt(*scan, first, fmt::format("{}: {} is negative", what, Quoted(*scan, first)));
+  else if (value > INT_MAX)
+    FaultAt(*scan, first,
+            fmt::format("{}: {} is {} {}{}, the {} number", what, Quoted(*scan, first),
+                        negative ? "below" : "above", negative ? "-" : "", INT_MAX,
+                        negative ? "smallest" : "largest"));
+  else
+    return static_cast<int>(negative ? -value : value);
+  return no_number;
+}
+
+int ReadCount(Scan *scan, const char *what)
+{
+  if (!NextInLine(scan))
+    FailAt(*scan, scan->at, fmt::format("{} is missing", what));
+  // Without its counts, nothing of the text makes sense: thrown even where there is a list.
+  Problems *list = std::exchange(scan->problems, nullptr);
+  const int count = ReadNumber(scan, what);
+  scan->problems = list;
+  return count;
 }
 
 void EndLine(Scan *scan, const char *what)
 {
   if (NextInLine(scan))
-    FailAt(*scan, scan->at, fmt::format("{} is left over after {}", Quoted(*scan, scan->at), what));
+    FaultAt(*scan, scan->at, fmt::format("{} is left over after {}", Quoted(*scan, scan->at), what));
   SkipLine(scan);
+}
+
+void EndText(Scan *scan, const char *what)
+{
+  if (NextFilledLine(scan))
+    FaultAt(*scan, scan->at, fmt::format("{} is left over after {}", Quoted(*scan, scan->at), what));
 }
 
 } // namespace kapris_cli

@@ -20,6 +20,8 @@ static const char description[] =
     "  kapris eval circuit.hgr circuit.hgr.part.4            cut and balance of a partition\n"
     "  kapris stats circuit.hgr                              sizes, degrees, components\n"
     "  kapris generate circuit --cells 20000 -o circuit.hgr  a synthetic hypergraph\n"
+    "  kapris check circuit.hgr                              what is wrong with a file\n"
+    "  kapris convert matrix.mtx.gz nets.hgr                 from one format into another\n"
     "\n"
     "kapris partitions hypergraphs: it divides the cells into parts of similar weight and cuts few nets.";
 
@@ -75,6 +77,8 @@ void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
   AddEval(app, run);
   AddGenerate(app, run);
   AddStatsVerb(app, run);
+  AddCheck(app, run);
+  AddConvert(app, run);
 }
 
 } // namespace kapris_cli

@@ -34,5 +34,7 @@ void AddBest(CLI::App *app, Run *run);
 void AddEval(CLI::App *app, Run *run);
 void AddGenerate(CLI::App *app, Run *run);
 void AddStatsVerb(CLI::App *app, Run *run);
+void AddCheck(CLI::App *app, Run *run);
+void AddConvert(CLI::App *app, Run *run);
 
 } // namespace kapris_cli

@@ -1,0 +1,72 @@
+// cli/verbs/check.cpp - kapris check: every fault and oddity of a hypergraph file with its place.
+// SPDX-License-Identifier: MIT
+
+#include "failure.h"
+
+#include "io/input.h"
+#include "measure/bounds.h"
+#include "verbs/verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <fmt/format.h>
+#include <memory>
+#include <string>
+
+namespace kapris_cli
+{
+
+// More sums must fit for 3 to 64 parts than for others: what only fails there is a warning.
+static void AddSums(const std::string &name, const Hgr &hgr, Problems *problems)
+{
+  constexpr int most_spanned = 64;
+
+  for (const int nparts : {2, most_spanned}) {
+    try {
+      CheckSums(name, hgr, nparts);
+    } catch (const Failure &failure) {
+      if (failure.status != EXIT_MALFORMED)
+        throw;
+      AddProblem(problems, nparts > 2,
+                 nparts > 2 ? fmt::format("{} (for 3 to {} parts)", failure.text, nparts) : failure.text);
+      return;
+    }
+  }
+}
+
+static std::string Counted(long long n, const char *what)
+{
+  return fmt::format("{} {}{}", n, what, n == 1 ? "" : "s");
+}
+
+static ExitStatus Check(const Input &input)
+{
+  Problems problems;
+  const Hgr hgr = ReadHypergraph(input, &problems);
+
+  if (problems.nerrors == 0)
+    AddSums(NameOf(input), hgr, &problems);
+  for (const Problem &problem : problems.kept)
+    fmt::print("{}\n", problem.text);
+  const long long nmore =
+      problems.nerrors + problems.nwarnings - static_cast<long long>(problems.kept.size());
+  if (nmore > 0)
+    fmt::print("{} not listed\n", Counted(nmore, "more problem"));
+  fmt::print("{}, {}\n", Counted(problems.nerrors, "error"), Counted(problems.nwarnings, "warning"));
+  return problems.nerrors > 0 ? EXIT_MALFORMED : EXIT_DONE;
+}
+
+void AddCheck(CLI::App *app, Run *run)
+{
+  CLI::App *verb = app->add_subcommand("check", "Find everything that is wrong with a file, or odd");
+  auto input = std::make_shared<Input>();
+
+  verb->footer(
+      "Each problem is a line file:line:column: message; the last line counts them. Odd is what is read all\n"
+      "the same: repeated pins, nets without pins or with the weight 0, a graph in place of a hypergraph.\n"
+      "The exit status is 0 without errors and 3 with errors, warnings or not.");
+  AddInput(verb, input.get());
+  verb->callback([input, run] { *run = [input] { return Check(*input); }; });
+}
+
+} // namespace kapris_cli

@@ -1,0 +1,131 @@
+// tests/cli/formats_test.cpp - the readers of .patoh, .mtx and .cnf: what they make of a text, and where faults are.
+// SPDX-License-Identifier: MIT
+
+#include "failure.h"
+
+#include "io/formats.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace kapris_cli;
+
+static Hgr Read(const std::string &format, Model model, const std::string &text)
+{
+  if (format == "patoh")
+    return ReadPatoh("a", text);
+  return format == "cnf" ? ReadCnf("a", text, model) : ReadMtx("a", text, model, format == "unit");
+}
+
+struct GoodCase {
+  const char *format;
+  Model model;
+  const char *text;
+  const char *hgr; // as FormatHgr writes it
+};
+
+#define MTX "%%MatrixMarket matrix coordinate "
+
+TEST(formats, give_the_nets_and_weights_that_the_text_means)
+{
+  const Model any = Model::BY_FORMAT;
+  const GoodCase cases[] = {
+      {"patoh", any, "% c\n0 4 3 4\n0 3\n\n2 1", "3 4\n1 4\n\n3 2\n"},
+      {"patoh", any, "1 4 2 3 0\r\n1 4\r\n2\r\n", "2 4\n1 4\n2\n"},
+      {"patoh", any, "1 3 2 3 3 1\n7 1 3\n0 2\n4 0\n%\n\n6\n", "2 3 11\n7 1 3\n0 2\n4\n0\n6\n"},
+      {"patoh", any, "0 2 1 1 1\n1\n5 6\n", "1 2 10\n2\n5\n6\n"},
+      {"patoh", any, "0 2 1 1 2\n5 1\n", "1 2 1\n5 2\n"},
+      // Rectangular, with an empty row and an empty column, in any order, an entry twice.
+      {"mtx", any, MTX "pattern general\n3 4 4\n3 4\n1 3\n1 1\n1 3\n", "3 4 10\n1 3\n\n4\n1\n0\n1\n1\n"},
+      {"mtx", Model::COLUMN_NET, MTX "real general\n%\n3 4 3\n3 4 .5\n1 3 -1e9\n1 1 0\n",
+       "4 3 10\n1\n\n1\n3\n2\n0\n1\n"},
+      {"unit", any, MTX "integer general\n2 2147483647 1\n1 2147483647 -5\n", "2 2147483647\n2147483647\n\n"},
+      // One triangle stands for both.
+      {"unit", any, MTX "complex Hermitian\n3 3 3\n1 1 1 0\n3 1 2 3\n2 1 0 1\n", "3 3\n1 2 3\n1\n1\n"},
+      {"unit", any, MTX "real skew-symmetric\n3 3 1\n3 2 -inf\n", "3 3\n\n3\n2\n"},
+      {"mtx", any, MTX "pattern symmetric\n2 2 2\n2 1\n2 2\n", "2 2 10\n2\n1 2\n1\n2\n"},
+      // Variable 2 is unused; the last clause names 3 and its negation.
+      {"cnf", any, "c x\np cnf 4 3\n1 -4 0 4\n0\nc y\n3 -3 1 0\n", "3 4\n1 4\n4\n1 3\n"},
+      {"cnf", Model::DUAL, "p cnf 4 3\n1 -4 0 4\n0\n3 -3 1 0\n", "4 3\n1 3\n\n3\n1 2\n"},
+      {"cnf", Model::LITERAL, "p cnf 4 3\n1 -4 0 4\n0\n3 -3 1 0\n", "3 8\n1 8\n7\n1 5 6\n"},
+      {"cnf", any, "p cnf 2000000 1\n0\n%\n0\n", "1 2000000\n\n"},
+  };
+
+  for (const GoodCase &good : cases) {
+    SCOPED_TRACE(good.text);
+    try {
+      EXPECT_EQ(FormatHgr(Read(good.format, good.model, good.text)), good.hgr);
+    } catch (const Failure &failure) {
+      ADD_FAILURE() << failure.text;
+    }
+  }
+}
+
+struct BadCase {
+  const char *format;
+  const char *text;
+  const char *fault;
+};
+
+TEST(formats, name_the_place_of_every_fault)
+{
+  const BadCase cases[] = {
+      {"patoh", "2 1 1 1\n1\n", "a:1:1: the number of the first cell is 2, not 0 to 1"},
+      {"patoh", "1 1 1\n1\n", "a:1:6: the number of pins is missing"},
+      {"patoh", "1 1 1 1 4\n1\n", "a:1:9: the weight scheme is 4, not 0 to 3"},
+      {"patoh", "1 1 1 1 1 2\n1\n3 4\n", "a:1:11: 2 weights per cell: only one is supported"},
+      {"patoh", "1 9 1 2000000000\n1\n", "a:1:1: 1 nets, 2000000000 pins and their weights need at least"},
+      {"patoh", "1 2000000000 1 1 1\n1\n1",
+       "a:1:1: 1 nets, 1 pins and their weights need at least 4000000001"},
+      {"patoh", "0 3 1 3\n0 1 3\n", "a:2:5: pin 3 in net 1 (line 2): there are only 3 cells, counted from 0"},
+      {"patoh", "1 3 1 2\n1 2 3\n", "a:2:1: the header says 2 pins, but the nets have 3"},
+      {"patoh", "0 3 1 1 1\n0\n4 5\n % end\n", "a:5:1: the text ends after 2 of 3 cell weights"},
+      {"patoh", "0 1 1 1 1\n0\n4 5\n", "a:3:3: '5' is left over after the last cell weight"},
+
+      {"mtx", "3 3 1\n1 1\n", "a:1:1: the first line must begin with %%MatrixMarket"},
+      {"mtx", "%%MatrixMarket vector coordinate real general\n",
+       "a:1:16: the object is 'vector', not matrix"},
+      {"mtx", "%%MatrixMarket matrix array real general\n1 1\n1\n",
+       "a:1:23: the layout 'array' has no pattern"},
+      {"mtx", MTX "boolean general\n", "a:1:34: the kind of values is 'boolean', not pattern, real"},
+      {"mtx", MTX "real triangular\n", "a:1:39: the symmetry is 'triangular', not general"},
+      {"mtx", MTX "real symmetric\n2 3 1\n1 1 1\n", "a:2:1: a symmetric matrix of 2 x 3 is not square"},
+      {"mtx", MTX "real general\n2 3 2000000000\n1 1 1\n", "a:2:1: 2000000000 entries need at least 119999"},
+      {"mtx", MTX "pattern general\n2000000000 3 1\n1 1\n", "a:2:1: 2000000000 nets are too many"},
+      {"mtx", MTX "pattern general\n3 2000000000 1\n1 1\n",
+       "a:2:1: 2000000000 cells with weights are too many"},
+      {"mtx", MTX "pattern general\n3 3 1\n1 0\n", "a:3:3: column 0 (line 3): columns count from 1"},
+      {"mtx", MTX "pattern general\n3 3 1\n4 1\n", "a:3:1: row 4 (line 3): there are only 3 rows"},
+      {"mtx", MTX "pattern general\n3 3 1\n1 1 1\n", "a:3:5: '1' is left over after the entry"},
+      {"mtx", MTX "real general\n3 3 1\n1 1  \n", "a:3:6: the value of the entry is missing"},
+      {"mtx", MTX "integer general\n3 3 1\n1 1 1.5\n", "a:3:5: value: '1.5' is not a whole number"},
+      {"mtx", MTX "complex general\n3 3 1\n1 1 1 i\n", "a:3:7: value: 'i' is not a number"},
+      {"mtx", MTX "real skew-symmetric\n3 3 1\n2 2 1\n", "a:3:1: a skew-symmetric matrix has no entries"},
+      {"mtx", MTX "pattern general\n3 3 2\n1 1\n%..\n", "a:5:1: the text ends after 1 of 2 entries"},
+
+      {"cnf", "c\n1 2 0\n", "a:2:1: the first line that is no comment must be 'p cnf VARIABLES CLAUSES'"},
+      {"cnf", "c p cnf 1 1\n", "a:2:1: the line 'p cnf VARIABLES CLAUSES' is missing"},
+      {"cnf", "p cnf 2 2000000000\n1 0\n", "a:1:1: 2000000000 clauses need at least 3999999999 bytes"},
+      {"cnf", "p cnf 2000000000 1\n1 0\n", "a:1:1: more than 1073741823 variables"},
+      {"cnf", "p cnf 2 2\n1 0\n -3 0\n",
+       "a:3:2: literal -3 in clause 2 (line 3): there are only 2 variables"},
+      {"cnf", "p cnf 2 1\n1 -2147483648 0\n", "a:2:3: literal: '-2147483648' is below -2147483647"},
+      {"cnf", "p cnf 2 1\n1 --2 0\n", "a:2:3: literal: '--2' is not a whole number"},
+      {"cnf", "p cnf 2 1\n1 0 2 0\n", "a:2:5: '2' is left over after the last clause"},
+      {"cnf", "p cnf 2 2\n1 0\n2", "a:3:2: clause 2 does not end with 0"},
+      {"cnf", "p cnf 2 3\n1 0 0 \n", "a:3:1: the text ends after 2 of 3 clauses"},
+      {"dual", "p cnf 1073741823 1\n1 0\n", "a:1:1: 1073741823 nets are too many"},
+  };
+
+  for (const BadCase &bad : cases) {
+    SCOPED_TRACE(bad.text);
+    const bool dual = std::string(bad.format) == "dual";
+    try {
+      Read(dual ? "cnf" : bad.format, dual ? Model::DUAL : Model::BY_FORMAT, bad.text);
+      ADD_FAILURE() << "was read";
+    } catch (const Failure &failure) {
+      EXPECT_EQ(failure.status, EXIT_MALFORMED);
+      EXPECT_EQ(failure.text.rfind(bad.fault, 0), 0u) << failure.text;
+    }
+  }
+}
