@@ -55,10 +55,10 @@ static void ReadPins(Scan *scan, const NetLines &lines, int net, Hgr *hgr, PinPl
       if (pin == no_number)
         continue;
       FaultPin(*scan, lines, net, pin, place);
+    } else if (scan->problems != nullptr) [[unlikely]] {
+      places->emplace_back(pin, place);
     }
     hgr->netind.push_back(pin - lines.base);
-    if (scan->problems != nullptr) [[unlikely]]
-      places->emplace_back(pin, place);
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <fmt/format.h>
+#include <utility>
 
 namespace kapris_cli
 {
@@ -18,47 +19,38 @@ void AppendNumber(std::string *text, int number, char separator)
   text->append(digits, end);
 }
 
-// One line per net: its weight if there are weights, pins from 1.
-static void AppendNets(const Hgr &hgr, std::string *text)
+// The header with the code of the weights unless that is 0; then one line per net, its weight if there are weights and
+// pins from 1; then cell weights.
+static std::string FormatLines(std::string header, int weights, const Hgr &hgr)
 {
-  for (size_t n = 0; n < static_cast<size_t>(hgr.nnets); n++) {
-    const size_t start = text->size();
-    if (!hgr.netwgts.empty())
-      AppendNumber(text, hgr.netwgts[n], ' ');
-    for (int i = hgr.netptr[n]; i < hgr.netptr[n + 1]; i++)
-      AppendNumber(text, hgr.netind[static_cast<size_t>(i)] + 1, ' ');
-    if (text->size() > start)
-      text->pop_back();
-    *text += '\n';
-  }
-}
+  std::string text = std::move(header);
 
-static void AppendCellWeights(const Hgr &hgr, std::string *text)
-{
+  text += weights > 0 ? fmt::format(" {}\n", weights) : "\n";
+  for (size_t n = 0; n < static_cast<size_t>(hgr.nnets); n++) {
+    const size_t start = text.size();
+    if (!hgr.netwgts.empty())
+      AppendNumber(&text, hgr.netwgts[n], ' ');
+    for (int i = hgr.netptr[n]; i < hgr.netptr[n + 1]; i++)
+      AppendNumber(&text, hgr.netind[static_cast<size_t>(i)] + 1, ' ');
+    if (text.size() > start)
+      text.pop_back();
+    text += '\n';
+  }
   for (const int weight : hgr.cellwgts)
-    AppendNumber(text, weight, '\n');
+    AppendNumber(&text, weight, '\n');
+  return text;
 }
 
 std::string FormatHgr(const Hgr &hgr)
 {
-  const int code = (hgr.cellwgts.empty() ? 0 : 10) + (hgr.netwgts.empty() ? 0 : 1);
-  std::string text = fmt::format("{} {}", hgr.nnets, hgr.ncells);
-
-  text += code > 0 ? fmt::format(" {}\n", code) : "\n";
-  AppendNets(hgr, &text);
-  AppendCellWeights(hgr, &text);
-  return text;
+  return FormatLines(fmt::format("{} {}", hgr.nnets, hgr.ncells),
+                     (hgr.cellwgts.empty() ? 0 : 10) + (hgr.netwgts.empty() ? 0 : 1), hgr);
 }
 
 std::string FormatPatoh(const Hgr &hgr)
 {
-  const int scheme = (hgr.cellwgts.empty() ? 0 : 1) + (hgr.netwgts.empty() ? 0 : 2);
-  std::string text = fmt::format("1 {} {} {}", hgr.ncells, hgr.nnets, hgr.netind.size());
-
-  text += scheme > 0 ? fmt::format(" {}\n", scheme) : "\n";
-  AppendNets(hgr, &text);
-  AppendCellWeights(hgr, &text);
-  return text;
+  return FormatLines(fmt::format("1 {} {} {}", hgr.ncells, hgr.nnets, hgr.netind.size()),
+                     (hgr.cellwgts.empty() ? 0 : 1) + (hgr.netwgts.empty() ? 0 : 2), hgr);
 }
 
 std::string FormatMtx(const Hgr &hgr)

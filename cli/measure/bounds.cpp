@@ -12,6 +12,7 @@
 #include <climits>
 #include <fmt/format.h>
 #include <numeric>
+#include <unordered_map>
 
 namespace kapris_cli
 {
@@ -29,16 +30,17 @@ static void CheckSum(const std::string &name, const std::string &what, long long
 // The gain of a move is a sum over the nets of a cell, a net counting once for each of its pins there.
 static void CheckGains(const std::string &name, const Hgr &hgr)
 {
-  std::vector<long long> sums(static_cast<size_t>(hgr.ncells), 0);
+  // As far as cells have nets: a line of text can claim 2^31 cells.
+  std::unordered_map<int, long long> sums;
 
   for (int net = 0; net < hgr.nnets; net++) {
     const size_t n = static_cast<size_t>(net);
     for (int i = hgr.netptr[n]; i < hgr.netptr[n + 1]; i++)
-      sums[static_cast<size_t>(hgr.netind[static_cast<size_t>(i)])] += NetWeight(hgr, net);
+      sums[hgr.netind[static_cast<size_t>(i)]] += NetWeight(hgr, net);
   }
-  for (int cell = 0; cell < hgr.ncells; cell++)
-    CheckSum(name, fmt::format("the total weight of the nets of cell {}", cell + 1),
-             sums[static_cast<size_t>(cell)]);
+  for (const auto &[cell, sum] : sums)
+    if (sum > INT_MAX)
+      CheckSum(name, fmt::format("the total weight of the nets of cell {}", cell + 1), sum);
 }
 
 void CheckSums(const std::string &name, const Hgr &hgr, int nparts)
