@@ -34,6 +34,7 @@ std::vector<Section> ReadSections(const std::string &text)
 {
   std::vector<Section> sections(1);
   const std::vector<std::string> lines = CLI::detail::split(text, '\n');
+  const std::string example = "Example: ";
   size_t current = 0;
   bool fresh = true;
 
@@ -44,6 +45,8 @@ std::vector<Section> ReadSections(const std::string &text)
       current = sections.size();
       sections.push_back({lines[i].substr(0, lines[i].size() - 1), {}});
       fresh = true;
+    } else if (lines[i].starts_with(example)) {
+      sections.push_back({"Examples", {{lines[i].substr(example.size()), ""}}});
     } else {
       if (lines[i][0] != ' ' && current != 0) {
         current = 0;

@@ -50,8 +50,8 @@ struct Command {
 // Reads the whole description. Parses on the way, so app is good for nothing else afterwards.
 Command ReadCommand(CLI::App *app, const std::string &parent = "");
 
-// Splits help text into sections. A line such as "Exit status:" with indented lines below opens one; columns are two
-// blanks or more apart.
+// Splits help text into sections. A line such as "Exit status:" with indented lines below opens one, "Example: "
+// is one; columns are two blanks or more apart.
 std::vector<Section> ReadSections(const std::string &text);
 
 // The generators, which return the contents of files. version has the name of the tool before it; date may be empty;
