@@ -9,6 +9,12 @@ install(TARGETS kapris kapris_shared EXPORT kaprisTargets
 install(FILES ${KAPRIS_PUBLIC_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(KAPRIS_BUILD_CLI)
   install(TARGETS kapris_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  if(TARGET kapris_manual_files)
+    set(share_dir ${PROJECT_BINARY_DIR}/cli/manual/share)
+    install(DIRECTORY ${share_dir}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR})
+    install(DIRECTORY ${share_dir}/bash-completion ${share_dir}/zsh ${share_dir}/fish
+      DESTINATION ${CMAKE_INSTALL_DATAROOTDIR})
+  endif()
 endif()
 
 # The CMake package.

@@ -1,0 +1,66 @@
+// cli/manual/main.cpp - kapris_manual OUTDIR DATE: writes manual pages and completions, for the build.
+// SPDX-License-Identifier: MIT
+//
+// The folders below OUTDIR are those below share in an installation. The same sources and date give the same files.
+
+#include "failure.h"
+
+#include "io/files.h"
+#include "manual/table.h"
+#include "verbs/verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fmt/format.h>
+#include <string>
+
+using namespace kapris_cli;
+
+static void Write(const std::filesystem::path &path, const std::string &text)
+{
+  std::filesystem::create_directories(path.parent_path());
+  WriteFile(path.string(), text);
+}
+
+struct Pages {
+  std::filesystem::path folder;
+  std::string version;
+  std::string date;
+};
+
+static void WritePages(const Pages &pages, const Command &root, const Command *parent, const Command &command)
+{
+  std::string name = command.name;
+  std::replace(name.begin(), name.end(), ' ', '-');
+
+  Write(pages.folder / (name + ".1"), ManualPage(root, parent, command, pages.version, pages.date));
+  for (const Command &verb : command.verbs)
+    WritePages(pages, root, &command, verb);
+}
+
+int main(int argc, char **argv)
+{
+  try {
+    if (argc != 3)
+      throw Failure{EXIT_USAGE, "usage: kapris_manual OUTDIR DATE"};
+    const std::filesystem::path out = argv[1];
+    CLI::App app("", "kapris");
+    Run run;
+    DescribeCommand(&app, &run);
+    const Command root = ReadCommand(&app);
+    WritePages({out / "man/man1", app.version(), argv[2]}, root, nullptr, root);
+    Write(out / "bash-completion/completions" / root.word, BashCompletion(root));
+    Write(out / "zsh/site-functions" / ("_" + root.word), ZshCompletion(root));
+    Write(out / "fish/vendor_completions.d" / (root.word + ".fish"), FishCompletion(root));
+    return EXIT_DONE;
+  } catch (const Failure &failure) {
+    fmt::print(stderr, "kapris_manual: {}\n", failure.text);
+    return failure.status;
+  } catch (const std::exception &error) {
+    fmt::print(stderr, "kapris_manual: {}\n", error.what());
+    return EXIT_INTERNAL;
+  }
+}
