@@ -94,38 +94,4 @@ void Hide(Draft *draft, std::vector<int> *part)
     (*part)[static_cast<size_t>(number[cell])] = old_part[cell];
 }
 
-// With the blank that separates it from what stands before.
-static void AppendNext(std::string *text, int number)
-{
-  char digits[16];
-
-  if (!text->empty() && text->back() != '\n')
-    *text += ' ';
-  text->append(digits, std::to_chars(digits, digits + sizeof(digits), number).ptr);
-}
-
-std::string FormatHgr(const Hgr &hgr)
-{
-  const int code = (hgr.cellwgts.empty() ? 0 : 10) + (hgr.netwgts.empty() ? 0 : 1);
-  std::string text;
-
-  AppendNext(&text, hgr.nnets);
-  AppendNext(&text, hgr.ncells);
-  if (code != 0)
-    AppendNext(&text, code);
-  text += '\n';
-  for (size_t net = 0; net < static_cast<size_t>(hgr.nnets); net++) {
-    if (!hgr.netwgts.empty())
-      AppendNext(&text, hgr.netwgts[net]);
-    for (int i = hgr.netptr[net]; i < hgr.netptr[net + 1]; i++)
-      AppendNext(&text, hgr.netind[static_cast<size_t>(i)] + 1);
-    text += '\n';
-  }
-  for (const int weight : hgr.cellwgts) {
-    AppendNext(&text, weight);
-    text += '\n';
-  }
-  return text;
-}
-
 } // namespace kapris_cli

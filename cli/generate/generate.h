@@ -45,7 +45,4 @@ struct Generated {
 // Throws a usage failure that names the options if no such hypergraph exists or it would have 2^31 pins.
 Generated Generate(const Recipe &recipe);
 
-// The text of a .hgr file.
-std::string FormatHgr(const Hgr &hgr);
-
 } // namespace kapris_cli

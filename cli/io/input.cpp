@@ -5,39 +5,24 @@
 
 #include "failure.h"
 
+#include "io/entries.h"
 #include "io/files.h"
+#include "io/gzip.h"
+#include "verbs/choice.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <map>
-#include <utility>
 
 namespace kapris_cli
 {
 
-static const std::map<std::string, Format> formats = {
+static const Names<Format> formats = {
     {"hgr", Format::HGR}, {"mtx", Format::MTX}, {"patoh", Format::PATOH}, {"cnf", Format::CNF}};
 
-static const std::map<std::string, Model> models = {{"row-net", Model::ROW_NET},
-                                                    {"column-net", Model::COLUMN_NET},
-                                                    {"primal", Model::PRIMAL},
-                                                    {"dual", Model::DUAL},
-                                                    {"literal", Model::LITERAL}};
-
-// An option that takes one of the words; the help and the messages list them.
-template <typename Value>
-static void AddChoice(CLI::App *verb, const std::string &name, const std::string &help,
-                      const std::map<std::string, Value> &words, Value *value)
-{
-  std::string all;
-
-  for (const auto &word : words)
-    all += (all.empty() ? "" : "|") + word.first;
-  verb->add_option_function<std::string>(
-          name, [&words, value](const std::string &word) { *value = words.at(word); }, help)
-      ->type_name(all)
-      ->check(CLI::IsMember(&words).description(""));
-}
+static const Names<Model> models = {{"row-net", Model::ROW_NET},
+                                    {"column-net", Model::COLUMN_NET},
+                                    {"primal", Model::PRIMAL},
+                                    {"dual", Model::DUAL},
+                                    {"literal", Model::LITERAL}};
 
 void AddInput(CLI::App *verb, Input *input)
 {
@@ -46,12 +31,12 @@ void AddInput(CLI::App *verb, Input *input)
                    "standard input")
       ->required()
       ->type_name("");
-  AddChoice(verb, "--format", "Format of FILE; default: by the end of its name, otherwise hgr", formats,
-            &input->format);
-  AddChoice(verb, "--model",
-            "What becomes nets. Matrix: row-net (default) or column-net. Formula: its clauses with variables "
-            "(primal, default) or literals as cells, or its variables (dual)",
-            models, &input->model);
+  Choice(verb, "--format", &input->format, "Format of FILE; default: by the end of its name, otherwise hgr",
+         formats);
+  Choice(verb, "--model", &input->model,
+         "What becomes nets. Matrix: row-net (default) or column-net. Formula: its clauses with variables "
+         "(primal, default) or literals as cells, or its variables (dual)",
+         models);
   verb->add_flag("--unit-weights", input->unit_weights,
                  "Matrix: all cells weigh 1, not the number of their entries");
 }
@@ -110,13 +95,31 @@ Hgr ReadHypergraph(const Input &input, Problems *problems)
   const Format format = FormatOf(input);
 
   try {
-    return ReadText(input, format, OpenText(input.path).bytes, problems);
+    const Text text = OpenText(input.path);
+    Hgr hgr = ReadText(input, format, text.bytes, problems);
+    // The readers need no memory for cells that are only declared, but all that comes after them does.
+    CheckProportion(StartScan(NameOf(input), text.bytes), "cells", hgr.ncells, text.bytes.size());
+    return hgr;
   } catch (const Failure &failure) {
     if (problems == nullptr || failure.status != EXIT_MALFORMED)
       throw;
     AddProblem(problems, false, failure.text);
     return {};
   }
+}
+
+static std::string FormatAs(Format format, const Hgr &hgr)
+{
+  if (format == Format::MTX)
+    return FormatMtx(hgr);
+  return format == Format::PATOH ? FormatPatoh(hgr) : FormatHgr(hgr);
+}
+
+void WriteHypergraph(const std::string &path, Format format, const Hgr &hgr)
+{
+  const std::string text = FormatAs(format, hgr);
+
+  WriteFile(path, path.ends_with(".gz") ? Compress(text) : text);
 }
 
 } // namespace kapris_cli

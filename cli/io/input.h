@@ -38,4 +38,7 @@ Format FormatOfName(std::string_view name);
 // the reader can go on, and what it returns is good for nothing if there is a fault among them.
 Hgr ReadHypergraph(const Input &input, Problems *problems = nullptr);
 
+// Writes it as .hgr, .patoh or, without its weights, .mtx; compressed if the name ends with .gz.
+void WriteHypergraph(const std::string &path, Format format, const Hgr &hgr);
+
 } // namespace kapris_cli

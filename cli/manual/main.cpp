@@ -49,9 +49,11 @@ int main(int argc, char **argv)
     const std::filesystem::path out = argv[1];
     CLI::App app("", "kapris");
     Run run;
-    DescribeCommand(&app, &run);
+    ColorWhen color = ColorWhen::AUTO;
+    DescribeCommand(&app, &run, &color);
     const Command root = ReadCommand(&app);
-    WritePages({out / "man/man1", app.version(), argv[2]}, root, nullptr, root);
+    const std::string version = app.version();
+    WritePages({out / "man/man1", version.substr(0, version.find('\n')), argv[2]}, root, nullptr, root);
     Write(out / "bash-completion/completions" / root.word, BashCompletion(root));
     Write(out / "zsh/site-functions" / ("_" + root.word), ZshCompletion(root));
     Write(out / "fish/vendor_completions.d" / (root.word + ".fish"), FishCompletion(root));

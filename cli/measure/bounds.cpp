@@ -1,8 +1,8 @@
-// cli/measure/bounds.cpp - what the library can add up, and how heavy its recursion may make a part.
+// cli/measure/bounds.cpp - what the library can add up, and how heavy a part may be.
 // SPDX-License-Identifier: MIT
 //
-// The library ends the process with status 0 when a sum is too large. So the tool finds out first, in 64
-// bits, and fails with a status that says so. kapris.h states the limits.
+// The library refuses sums that are too large, in its own words; the tool finds out first and names the file.
+// kapris.h states the limits.
 
 #include "measure/bounds.h"
 
@@ -16,9 +16,6 @@
 
 namespace kapris_cli
 {
-
-// So many parts are polished by k-way refinement, which forms more sums and has a limit of its own.
-static constexpr int least_polished = 3, most_polished = 64;
 
 static void CheckSum(const std::string &name, const std::string &what, long long sum)
 {
@@ -61,49 +58,13 @@ void CheckSums(const std::string &name, const Hgr &hgr, int nparts)
 
   CheckSum(name, "twice the total cell weight", 2 * cells);
   CheckSum(name, "the total net weight plus one", nets + 1);
-  if (nparts >= least_polished && nparts <= most_polished) {
+  if (nparts > 2) {
     CheckSum(name, "ten times the total net weight plus one", 10 * nets + 1);
     CheckSum(name, "the total of net weight x parts that a net can span", spans);
   }
   // No cell can exceed what all cells together do not.
   if (pins > INT_MAX)
     CheckGains(name, hgr);
-}
-
-// Follows the bisections to one part. Each gives a side what the lower bound of the other side leaves.
-static long long PathLimit(long long total, int nparts, int percent, int part)
-{
-  const float allowance = static_cast<float>(percent / 100.0);
-  long long limit = total;
-
-  for (int n = nparts; n > 1;) {
-    const int first = n / 2;
-    const float share = static_cast<float>(first / static_cast<double>(n));
-    // The library's arithmetic, which decides the last unit: single precision for the first side, double for the
-    // second. A limit in other arithmetic would report parts that the library rightly considers balanced.
-    if (part < first) {
-      const double lower = (1.0 - share - allowance) * static_cast<double>(limit);
-      limit -= std::max(0LL, static_cast<long long>(lower));
-      n = first;
-    } else {
-      const float lower = (share - allowance) * static_cast<float>(limit);
-      limit -= std::max(0LL, static_cast<long long>(lower));
-      part -= first;
-      n -= first;
-    }
-  }
-  return limit;
-}
-
-long long PartLimit(long long total, int nparts, int percent, int part)
-{
-  long long limit = 0;
-
-  if (nparts < least_polished || nparts > most_polished)
-    return PathLimit(total, nparts, percent, part);
-  for (int p = 0; p < nparts; p++)
-    limit = std::max(limit, PathLimit(total, nparts, percent, p));
-  return limit;
 }
 
 static long long DivideUp(long long value, long long by)
@@ -130,11 +91,6 @@ int CountOver(const Measures &measures, const Limits &limits)
     if (limits && used.weight > limits(used.number))
       nover++;
   return nover;
-}
-
-int CountOver(const Measures &measures, int nparts, int percent)
-{
-  return CountOver(measures, [&](int part) { return PartLimit(measures.total, nparts, percent, part); });
 }
 
 } // namespace kapris_cli

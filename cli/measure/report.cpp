@@ -81,10 +81,4 @@ std::string FormatWeights(const Measures &measures, long long nparts, const Limi
   return nover > 0 ? text + Line("parts over", nover) : text;
 }
 
-std::string FormatWeights(const Measures &measures, int nparts, int percent)
-{
-  return FormatWeights(measures, nparts,
-                       [&](int part) { return PartLimit(measures.total, nparts, percent, part); });
-}
-
 } // namespace kapris_cli

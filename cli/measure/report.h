@@ -26,9 +26,8 @@ std::string FormatSizes(const std::string &name, const Hgr &hgr);
 using Json = nlohmann::ordered_json;
 Json StartJson(const std::string &schema, const std::string &name, const Hgr &hgr);
 
-// The weight of each of up to 16 parts, of more only the extremes and those over their limit. With limits also these and how many
-// parts are over theirs, if any. With percent, the limits are those of PartLimit.
+// The weight of each of up to 16 parts, of more only the extremes and those over their limit. With limits also these and
+// how many parts are over theirs, if any.
 std::string FormatWeights(const Measures &measures, long long nparts, const Limits &limits);
-std::string FormatWeights(const Measures &measures, int nparts, int percent);
 
 } // namespace kapris_cli

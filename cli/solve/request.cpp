@@ -22,9 +22,6 @@ namespace kapris_cli
 // ----------------------------------------------------------------------------------------------------------
 // Names
 
-template <class Value>
-using Names = std::vector<std::pair<std::string, Value>>;
-
 static const Names<Preset> presets = {
     {"fast", Preset::FAST}, {"default", Preset::DEFAULT}, {"quality", Preset::QUALITY}};
 static const Names<kapris_scheme> schemes = {{"recursive", KAPRIS_RECURSIVE}, {"kway", KAPRIS_KWAY}};

@@ -11,6 +11,10 @@
 namespace kapris_cli
 {
 
+// What the values of an enumeration are called.
+template <typename T>
+using Names = std::vector<std::pair<std::string, T>>;
+
 // Adds an option, or an argument, that takes one of the names and stores what the name stands for. The type name of the
 // option is the names, "fast|default|quality": help shows it, manual pages and completions read it. The default is
 // what *value is now, and is shown if it has a name.
@@ -18,7 +22,7 @@ namespace kapris_cli
 //   Choice(verb, "--preset", &request->preset, "How much time to spend", {{"fast", FAST}, {"quality", QUALITY}});
 template <typename T>
 CLI::Option *Choice(CLI::App *verb, const std::string &option_name, T *value, const std::string &description,
-                    const std::vector<std::pair<std::string, std::type_identity_t<T>>> &choices)
+                    const Names<std::type_identity_t<T>> &choices)
 {
   std::string names;
   std::string shown;

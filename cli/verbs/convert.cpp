@@ -9,9 +9,9 @@
 
 #include "io/entries.h"
 #include "io/files.h"
-#include "io/gzip.h"
 #include "io/input.h"
 #include "measure/report.h"
+#include "verbs/choice.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -28,14 +28,14 @@ namespace kapris_cli
 struct ConvertRequest {
   Input input;
   std::string out;
-  std::string to; // empty: by the name of the output
+  Format to = Format::BY_NAME;
   bool drop_weights = false;
   bool drop_repeats = false;
 };
 
 static Format OutputFormat(const ConvertRequest &request)
 {
-  const Format format = FormatOfName(request.to.empty() ? request.out : "." + request.to);
+  const Format format = request.to == Format::BY_NAME ? FormatOfName(request.out) : request.to;
 
   if (format == Format::BY_NAME)
     throw Failure{EXIT_USAGE, fmt::format("the name {} does not end with a format: add --to", request.out)};
@@ -79,13 +79,6 @@ static Hgr FitIntoMatrix(const ConvertRequest &request, const Hgr &hgr)
   return meant;
 }
 
-static std::string FormatAs(Format format, const Hgr &hgr)
-{
-  if (format == Format::MTX)
-    return FormatMtx(hgr);
-  return format == Format::PATOH ? FormatPatoh(hgr) : FormatHgr(hgr);
-}
-
 static void CheckWritten(const ConvertRequest &request, Format format, const Hgr &meant)
 {
   Input written;
@@ -106,10 +99,7 @@ static ExitStatus Convert(const ConvertRequest &request)
   Hgr hgr = ReadHypergraph(request.input);
   if (format == Format::MTX)
     hgr = FitIntoMatrix(request, hgr);
-  std::string text = FormatAs(format, hgr);
-  if (request.out.ends_with(".gz"))
-    text = Compress(text);
-  WriteFile(request.out, text);
+  WriteHypergraph(request.out, format, hgr);
   // What goes into a stream or device cannot be read again.
   if (request.out != "-" && IsRegularFile(request.out))
     CheckWritten(request, format, hgr);
@@ -133,9 +123,8 @@ void AddConvert(CLI::App *app, Run *run)
                    "Output, compressed if it ends with .gz; - for standard output, with --to")
       ->required()
       ->type_name("");
-  verb->add_option("--to", request->to, "Format of OUT; default: by the end of its name")
-      ->type_name("hgr|mtx|patoh")
-      ->check(CLI::IsMember({"hgr", "mtx", "patoh"}).description(""));
+  Choice(verb, "--to", &request->to, "Format of OUT; default: by the end of its name",
+         {{"hgr", Format::HGR}, {"mtx", Format::MTX}, {"patoh", Format::PATOH}});
   verb->add_flag("--drop-weights", request->drop_weights, "Leave out weights that OUT cannot hold");
   verb->add_flag("--drop-repeats", request->drop_repeats, "Leave out repeated pins that OUT cannot hold");
   verb->callback([request, run] { *run = [request] { return Convert(*request); }; });

@@ -6,6 +6,7 @@
 #include "failure.h"
 
 #include "io/files.h"
+#include "io/input.h"
 #include "io/parts.h"
 #include "measure/report.h"
 #include "verbs/verbs.h"
@@ -43,6 +44,11 @@ static ExitStatus WriteGenerated(const GenerateRequest &request)
     if (!path.empty())
       CheckOutput(path, "");
 
+  const Format format = FormatOfName(request.out);
+  if (format == Format::MTX || format == Format::CNF)
+    throw Failure{EXIT_USAGE,
+                  fmt::format("{}: only .hgr and .patoh are generated; convert makes others", request.out)};
+
   const Generated generated = Generate(request.recipe);
   const std::string out = request.out.empty() ? fmt::format("{}-{}-{}.hgr", request.kind,
                                                             generated.hgr.ncells, request.recipe.seed)
@@ -50,7 +56,7 @@ static ExitStatus WriteGenerated(const GenerateRequest &request)
   std::string summary = FormatSizes(out, generated.hgr) + Line("seed", request.recipe.seed);
   if (request.recipe.kind == Kind::PLANTED)
     summary += Line("planted cut", generated.planted_cut);
-  WriteFile(out, FormatHgr(generated.hgr));
+  WriteHypergraph(out, format, generated.hgr);
   summary += Written(out);
   if (!request.partition.empty()) {
     WriteFile(request.partition, FormatParts(generated.planted));
@@ -102,7 +108,8 @@ static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, 
   request->recipe.kind = kind;
   *recipe = &request->recipe;
   app->add_option("-o,--output", request->out,
-                  "Output file, - for standard output; default: KIND-CELLS-SEED.hgr")
+                  "Output, .hgr or .patoh, compressed if it ends with .gz; - for standard output; default: "
+                  "KIND-CELLS-SEED.hgr")
       ->type_name("OUT");
   AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence");
   AddRange(app, "--cell-weights", &request->recipe.cellwgts, 0, "Random weights of cells, A to B");
@@ -125,6 +132,9 @@ void AddGenerate(CLI::App *app, Run *run)
 {
   CLI::App *verb = app->add_subcommand("generate", "Write a synthetic hypergraph");
   Recipe *recipe = nullptr;
+
+  // Options belong to the kind before them; what is none of its options is an error.
+  verb->fallthrough(false);
 
   verb->footer("The same options give the same bytes on every machine.\n"
                "'kapris generate KIND --help' explains a kind.\n\n"

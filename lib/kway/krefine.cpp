@@ -15,12 +15,16 @@
 
 #include "control/ctrl.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace
 {
 
 enum Objective { CUT, SOED };
+
+// The smallest factor between the share of a part and the weight below which it may not sink.
+constexpr double LEAST_FACTOR = 1.05;
 
 // The weights between which a part must stay.
 struct Limits {
@@ -43,9 +47,13 @@ static Limits AllocLimits(const Control *ctrl, const HGraph *graph)
   } else {
     // Of the level's weight, which lacks the islands.
     const double ratio = ctrl->context->total > 0 ? total / static_cast<double>(ctrl->context->total) : 1.0;
-    for (int p = 0; p < ctrl->nparts; p++)
+    for (int p = 0; p < ctrl->nparts; p++) {
       limits.upper[p] = Truncate__(std::ceil(ctrl->context->limits[p] * ratio));
-    iset__(ctrl->nparts, 0, limits.lower);
+      // As far below its share as it may be above, but not so near that nothing can move: no part runs empty.
+      const double share = ctrl->context->shares[p] * total;
+      limits.lower[p] =
+          Truncate__(std::min(share / LEAST_FACTOR, share * share / std::max(1, limits.upper[p])));
+    }
   }
   return limits;
 }

@@ -91,9 +91,9 @@ class Io(unittest.TestCase):
                           "2 errors, 0 warnings"])
         many = self.kapris("check", "-", status=3, text="1 1\n" + "0 " * 1200)
         self.assertEqual(many.splitlines()[1000:], ["200 more problems not listed", "1200 errors, 0 warnings"])
-        # Sums that the library refuses: for any number of parts, and for 3 to 64 only.
+        # Sums that the library refuses: for any number of parts, and for more than two only.
         self.assertIn("weights too large", self.kapris("check", "-", status=3, text="0 2 10\n1073741824\n1\n"))
-        self.assertIn("(for 3 to 64 parts)\n0 errors, 1 warning\n",
+        self.assertIn("(for more than two parts)\n0 errors, 1 warning\n",
                       self.kapris("check", "-", text="1 2 1\n300000000 1 2\n"))
         self.write("t.hgr.gz", WEIGHTED)
         with open("t.hgr.gz", "r+b") as file:

@@ -95,7 +95,7 @@ class Generated(unittest.TestCase):
                 if command["verbs"]:
                     self.assertEqual(sorted(command["verbs"]), self.complete(f"{name} "))
         self.assertEqual(["partition"], self.complete("kapris part"))
-        self.assertEqual(["--imbalance"], self.complete("kapris partition x.hgr -k 2 --im"))
+        self.assertEqual(["--epsilon"], self.complete("kapris partition x.hgr -k 2 --ep"))
 
     def test_bash_proposes_files_where_files_are_due(self):
         with tempfile.TemporaryDirectory() as directory:
@@ -141,7 +141,7 @@ class Generated(unittest.TestCase):
             for part in ("NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "EXIT STATUS", "SEE ALSO", DATE):
                 self.assertIn(part, done.stdout, page)
             if page == "kapris-partition.1":
-                for line in ("kapris-partition - partition a hypergraph", "-k N, --parts N", "circuit.hgr -k 4\n"):
+                for line in ("kapris-partition - partition a hypergraph", "-k N, --parts N", "circuit.hgr -k 4 -e 0.01\n"):
                     self.assertIn(line, done.stdout)
 
 

@@ -1,0 +1,173 @@
+#!/usr/bin/env python3
+# tests/cli/solve_test.py - partition, refine and best: options, results as JSON, early ends, what a terminal shows.
+# SPDX-License-Identifier: MIT
+"""Tests of the verbs that run the library."""
+
+import fcntl
+import json
+import os
+import pty
+import random
+import re
+import signal
+import struct
+import subprocess
+import termios
+import time
+import unittest
+
+from tool import KAPRIS, ToolTest, fields, random_hypergraph, read, write
+
+FOREVER = ("--runs", "2000000000")
+
+
+class Solve(ToolTest):
+    """A circuit of 400 cells in each working directory."""
+
+    def setUp(self):
+        super().setUp()
+        self.run_kapris("generate", "circuit", "--cells", "400", "-o", "c.hgr")
+
+    def result(self, *args, **options):
+        """The object that the command prints."""
+        return json.loads(self.run_kapris(*args, "--json", **options).stdout)
+
+    def test_options_reach_the_library_and_the_result_tells_them(self):
+        text = random_hypergraph(1, repeats=False)[0]
+        write("h.hgr", text)
+        write("w", "3\n1 , 2\n")
+        done = self.result("partition", "h.hgr", "-k", "3", "--scheme", "kway", "--objective", "soed",
+                           "--coarsening", "pairs", "--vcycle", "never", "--runs", "2", "--starts", "3", "-t", "2",
+                           "--seed", "9", "-e", "0.25", "--target-weights", "@w", "--time-limit", "60",
+                           "--memory-limit", "1G", "-o", "h.part")
+        options = {"parts": 3, "scheme": "kway", "objective": "soed", "coarsening": "pairs", "refinement": "fm",
+                   "vcycle": "never", "runs": 2, "reconst": False, "epsilon": 0.25,
+                   "target_weights": [3 / 6, 1 / 6, 2 / 6], "seed": 9}
+        self.assertEqual(done["options"], options)
+        self.assertEqual(done["limits"], {"threads": 2, "seconds": 60.0, "bytes": 2**30})
+        self.assertEqual([start["number"] for start in done["starts"]], [0, 1, 2])
+        best = min(done["starts"], key=lambda s: (not s["balanced"], s["soed"], s["cut"], s["imbalance"], s["number"]))
+        self.assertEqual(done["best"], {"start": best["number"]} | {key: best[key] for key in
+                                        ("cut", "soed", "connectivity", "imbalance", "balanced")})
+        measured = self.result("eval", "h.hgr", "h.part")
+        for key in ("cut", "soed", "connectivity"):
+            self.assertEqual(done["best"][key], measured[key])
+        self.assertEqual(done["part_weights"], [part["weight"] for part in measured["part_weights"]])
+        total = sum(done["part_weights"])
+        self.assertEqual(done["part_limits"], [-(-5 * share * total // 24) for share in (3, 1, 2)])
+        self.assertEqual((done["schema"], done["status"], done["output"]["path"]), ("kapris-result-1", "ok", "h.part"))
+
+    def test_threads_and_the_road_to_the_file_do_not_change_the_result(self):
+        parts = set()
+        for args in (["-t", "1"], ["-t", "0"], ["-t", "3", "--quiet"], ["--epsilon", "0.03", "--preset", "default"]):
+            self.run_kapris("partition", "c.hgr", "-k", "6", "--starts", "2", "-o", "c.part", *args)
+            parts.add(read("c.part"))
+        parts.add(self.run_kapris("partition", "-", "-k", "6", "--starts", "2", "-o", "-", text=read("c.hgr")).stdout)
+        self.assertEqual(len(parts), 1)
+        clock = [self.result("partition", "c.hgr", "-k", "2", "--runs", "1", "--seed", "-1")["options"]["seed"]]
+        self.assertGreater(clock[0], 10**6)
+        # The percentage of a bisection, and what quiet leaves of the report.
+        self.assertEqual(self.result("partition", "c.hgr", "-k", "4", "--ubfactor", "5", "--runs", "1")
+                         ["options"]["epsilon"], 1.1**2 - 1)
+        done = self.run_kapris("partition", "c.hgr", "-k", "6", "-q", "--json=r.json")
+        self.assertEqual((done.stdout, done.stderr), ("c.hgr.part.6\n", ""))
+        self.assertEqual(json.loads(read("r.json"))["output"]["path"], "c.hgr.part.6")
+
+    def test_dry_run_says_what_would_be_done_and_does_nothing(self):
+        before = sorted(os.listdir("."))
+        report = fields(self.run_kapris("partition", "c.hgr", "-k", "3", "--dry-run", "--start-range", "4:6").stdout)
+        self.assertEqual((report["starts"], report["would write"]), ("3, numbers 4 to 6", "c.hgr.part.3"))
+        self.assertEqual(report["part 0"], "about 133.3, at most 137.3 rounded up")
+        self.assertEqual(sorted(os.listdir(".")), before)
+
+    def test_refine_never_returns_a_worse_partition(self):
+        rng = random.Random(5)
+        for nparts, extra in ((2, []), (2, ["--scheme", "kway"]), (7, ["--objective", "soed"]), (3, ["--vcycle", "never"])):
+            write("given", "".join(f"{cell * nparts // 400}\n" for cell in range(400)))
+            before = self.result("eval", "c.hgr", "given")
+            args = ("-k", str(nparts), "--runs", "2", *extra)
+            after = self.result("refine", "c.hgr", "given", *args, "-o", "better")
+            key = "soed" if extra[:1] == ["--objective"] else "cut"
+            self.assertLess(after["best"][key], before[key])
+            self.assertEqual(self.result("eval", "c.hgr", "better")[key], after["best"][key])
+            again = self.result("refine", "c.hgr", "better", *args, "-o", "again")
+            self.assertLessEqual(again["best"][key], after["best"][key])
+            # From anything: parts above their limits are repaired first.
+            write("given", "".join(f"{rng.choice((0, 0, nparts - 1))}\n" for _ in range(400)))
+            self.assertTrue(self.result("refine", "c.hgr", "given", *args, "-o", "better")["best"]["balanced"])
+
+    def test_best_of_several_machines_is_what_one_gives(self):
+        args = ("-k", "5", "--runs", "1", "--seed", "3")
+        whole = self.result("partition", "c.hgr", *args, "--starts", "9", "-o", "whole")
+        for name, span in (("a", "0:3"), ("b", "4:4"), ("c", "5:8")):
+            self.run_kapris("partition", "c.hgr", *args, "--start-range", span, "-o", name, f"--json={name}.json")
+        done = self.run_kapris("best", "c.json", "a.json", "b.json", "-o", "merged", "--json=merged.json")
+        self.assertEqual((read("merged"), done.stderr), (read("whole"), ""))
+        merged = json.loads(read("merged.json"))
+        self.assertEqual(merged["best"], whole["best"])
+        self.assertEqual([{**start, "seconds": 0} for start in merged["starts"]],
+                         [{**start, "seconds": 0} for start in whole["starts"]])
+        self.assertIn("no completed start 4:", self.run_kapris("best", "a.json", "c.json").stderr)
+
+        self.run_kapris("partition", "c.hgr", *args, "-e", "0.1", "-o", "d", "--json=d.json")
+        self.fails(2, "epsilon is 0.03 in one and 0.1 in the other", "best", "a.json", "d.json")
+        self.run_kapris("generate", "circuit", "--cells", "400", "--seed", "2", "-o", "c.hgr")
+        self.run_kapris("partition", "c.hgr", *args, "-o", "d", "--json=d.json")
+        self.fails(2, "do not belong together: ", "best", "a.json", "d.json")
+        write("a", read("b"))
+        self.fails(3, "a:1:1: not the partition that a.json speaks of", "best", "a.json", "-o", "x")
+        for text in ("[1", "{}", "[]", '{"schema": 3}', read("b.json").replace('"balanced": true', '"balanced": 2')):
+            write("bad.json", text)
+            self.fails(3, "bad.json:1:1: not a", "best", "a.json", "bad.json")
+
+    def interrupted(self, signals, *args, terminal=None):
+        """Runs the command, sends the signals when it is at work, and returns it."""
+        child = subprocess.Popen([KAPRIS, "partition", "c.hgr", "-k", "2", *FOREVER, *args],
+                                 stdout=subprocess.PIPE, stderr=terminal or subprocess.PIPE, encoding="ascii")
+        while "SigCgt:\t0000000000000000" in (status := read(f"/proc/{child.pid}/status")) or \
+                not int(re.search(r"SigCgt:\t(\w+)", status)[1], 16) & 1 << signal.SIGINT - 1:
+            time.sleep(0.01)
+        time.sleep(0.7 if terminal else 0.1)
+        for number in signals:
+            child.send_signal(number)
+        child.wait(60)
+        return child
+
+    def test_early_ends_leave_the_best_so_far(self):
+        done = self.run_kapris("partition", "c.hgr", "-k", "2", *FOREVER, "--time-limit", "0.3", status=7)
+        self.assertIn("time limit", fields(done.stdout)["status"])
+        self.run_kapris("eval", "c.hgr", "c.hgr.part.2", "-k", "2", "--epsilon", "0.03")
+        for number in (signal.SIGINT, signal.SIGTERM):
+            os.remove("c.hgr.part.2")
+            child = self.interrupted([number])
+            self.assertEqual((child.returncode, child.stderr.read()), (130, ""))
+            self.assertEqual(fields(child.stdout.read())["written"], "c.hgr.part.2")
+            self.run_kapris("eval", "c.hgr", "c.hgr.part.2", "-k", "2", "--epsilon", "0.03")
+            child.stdout.close()
+            child.stderr.close()
+
+    def test_a_terminal_shows_progress_and_colours_unless_they_are_unwanted(self):
+        master, slave = pty.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 60, 0, 0))
+        begun = time.monotonic()
+        self.interrupted([signal.SIGINT], "--starts", "3", terminal=slave).stdout.close()
+        shown = os.read(master, 65536).decode().split("\r\x1b[K")
+        lines = [line for line in shown if line]
+        self.assertLessEqual(len(lines), 5 * (time.monotonic() - begun) + 2)
+        self.assertTrue(any(re.match(r"(coarsening|refining|initial partition) \d+ cells, start 1/3, best cut \d+, [\d.]+ s", line)
+                            for line in lines), shown)
+        self.assertTrue(all(len(line) < 60 for line in lines), lines)
+        self.assertEqual(shown[-1], "")
+
+        environment = {name: value for name, value in os.environ.items() if name != "NO_COLOR"} | {"TERM": "xterm"}
+        for args, extra, coloured in (([], {}, True), ([], {"NO_COLOR": "1"}, False), (["--color", "never"], {}, False),
+                                      (["--color=always"], {"NO_COLOR": "1"}, True), ([], {"TERM": "dumb"}, False)):
+            subprocess.run([KAPRIS, *args, "partition", "none", "-k", "2"], stderr=slave, env=environment | extra, check=False)
+            self.assertEqual("\x1b[" in os.read(master, 65536).decode(), coloured, (args, extra))
+        os.close(slave)
+        os.close(master)
+        self.assertIn("\x1b[", self.run_kapris("partition", "none", "-k", "2", "--color", "always", status=6).stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
