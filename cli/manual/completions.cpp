@@ -57,7 +57,7 @@ static void AddPlaces(const Command &command, Places *places)
     if (item.names.empty()) {
       words.insert(words.end(), item.choices.begin(), item.choices.end());
       files = item.takes_file ? " files=1" : files;
-    } else if (!item.value.empty()) {
+    } else if (!item.value.empty() && !item.optional) {
       places->values += fmt::format("    '{}:{}') words='{}'{} ;;\n", command.name,
                                     fmt::join(item.names, "' | '" + command.name + ":"), Words(item.choices),
                                     item.takes_file ? " files=1" : "");
@@ -110,22 +110,25 @@ static std::string ZshAction(const Item &item)
 {
   if (item.takes_file)
     return "_files";
-  return item.choices.empty() ? " " : "(" + Words(item.choices) + ")";
+  return item.choices.empty() ? " " : fmt::format("({})", Words(item.choices));
 }
 
-// "-k+" takes the value in the same word, too, "--parts=" after an equals sign. Forms exclude each other.
+// "-k+" takes the value in the same word, too, "--parts=" after an equals sign, "--json=-" only there. Forms exclude each
+// other.
 static std::string ZshItem(const Item &item)
 {
   if (item.names.empty())
     return fmt::format("'{}{}:{}'", item.many ? "*:" : (item.required ? ":" : "::"),
                        Quote(item.text, ":\\", "'\\''"), ZshAction(item));
+  const std::string sign = item.value.empty() ? "" : item.optional ? "=-" : "=";
+  const std::string value =
+      fmt::format("{}{}:{}", item.optional ? "::" : ":", Quote(item.value, ":\\", "'\\''"), ZshAction(item));
   std::vector<std::string> forms;
   for (const std::string &name : item.names)
-    forms.push_back(name + (item.value.empty() ? "" : (name.starts_with("--") ? "=" : "+")));
+    forms.push_back(name + (sign == "=" && !name.starts_with("--") ? "+" : sign));
   return fmt::format("'({})'{}{}{}'[{}]{}'", item.many ? "" : Words(item.names), forms.size() > 1 ? "{" : "",
                      fmt::join(forms, ","), forms.size() > 1 ? "}" : "", Quote(item.text, "[]\\", "'\\''"),
-                     item.value.empty() ? ""
-                                        : ":" + Quote(item.value, ":\\", "'\\''") + ":" + ZshAction(item));
+                     item.value.empty() ? "" : value);
 }
 
 // A function for each command; verbs are completed by functions of their own.
@@ -163,7 +166,7 @@ static std::string FishItem(const Item &item, const std::string &start)
 
   for (const std::string &name : item.names)
     line += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
-  if (!item.names.empty() && !item.value.empty())
+  if (!item.names.empty() && !item.value.empty() && !item.optional)
     line += " -r";
   if (item.takes_file)
     line += " -F";

@@ -60,7 +60,10 @@ static std::string Form(const Item &item, const std::string &name)
 
   if (item.names.empty())
     return Italic(item.argument) + more;
-  return Bold(name) + (item.value.empty() ? "" : " " + Italic(item.value) + more);
+  if (item.value.empty())
+    return Bold(name);
+  return fmt::format(fmt::runtime(item.optional ? "{}[={}]{}" : "{} {}{}"), Bold(name), Italic(item.value),
+                     more);
 }
 
 // What must be given before what may be, arguments before options.
@@ -80,8 +83,10 @@ static std::string Synopsis(const Command &command)
 
 static std::string Term(const Item &item)
 {
+  if (item.names.empty() && !item.choices.empty())
+    return fmt::format("{} {}", Form(item, ""), Italic(item.value));
   if (item.names.empty())
-    return Form(item, "") + (item.choices.empty() ? "" : " " + Italic(item.value));
+    return Form(item, "");
   std::vector<std::string> forms;
   for (const std::string &name : item.names)
     forms.push_back(Form(item, name));

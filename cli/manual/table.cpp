@@ -43,6 +43,9 @@ static Item ReadItem(CLI::Option *option)
   if (option->get_items_expected_max() == 0)
     return item;
   item.value = option->get_type_name().empty() ? "VALUE" : option->get_type_name();
+  item.optional = item.value.starts_with("[=");
+  if (item.optional)
+    item.value = item.value.substr(2, item.value.size() - 3);
   item.choices = ReadChoices(item.value);
   item.takes_file = item.choices.empty() && TakesFile(option);
   item.many = option->get_items_expected_max() > 1;

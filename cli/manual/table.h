@@ -23,6 +23,7 @@ struct Item {
   std::string group;
   std::vector<std::string> choices; // all values that it can take, if these are few
   bool takes_file = false;
+  bool optional = false; // the value can be left out, and stands behind an equals sign if not
   bool required = false;
   bool many = false; // takes more than one value
 };

@@ -74,7 +74,7 @@ class Generated(unittest.TestCase):
             page = (self.pages / (name.replace(" ", "-") + ".1")).read_text().replace("\\-", "-")
             terms = "".join(re.findall(r"^\.TP\n(\\fB-.*)", page[page.index(".SH OPTIONS"):], re.M))
             function = re.search(rf"^_{name.replace(' ', '_')}\(\)\n(.*?)^\}}", zsh, re.M | re.S)[1]
-            forms = re.findall(r"^ +'\([^)]*\)'\{?([^'{}]+)\}?'\[", function, re.M)
+            forms = [form.replace("=-", "") for form in re.findall(r"^ +'\([^)]*\)'\{?([^'{}]+)\}?'\[", function, re.M)]
             lines = [line for line in fish.splitlines()
                      if re.findall(r"(?<!not )__fish_seen_subcommand_from (\w+)", line) == name.split()[1:]]
             found = {
