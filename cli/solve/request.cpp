@@ -180,7 +180,8 @@ void AddSolveOptions(CLI::App *verb, Request *request)
 static void SetPreset(Preset preset, kapris::Options *options)
 {
   if (preset == Preset::FAST) {
-    options->runs = 2;
+    options->runs = 3;
+    options->refinement = KAPRIS_EARLY_EXIT_FM;
   } else if (preset == Preset::QUALITY) {
     options->vcycle = KAPRIS_VCYCLE_IMPROVING;
     options->runs = 20;
