@@ -107,6 +107,10 @@ def check_tree(build):
             fail(f"{file} was not installed")
     if build.cli == "ON":
         run(build.prefix / "bin" / "kapris", "--help")
+        for file in ("man/man1/kapris-refine.1", "bash-completion/completions/kapris", "zsh/site-functions/_kapris",
+                     "fish/vendor_completions.d/kapris.fish"):
+            if not (build.prefix / "share" / file).is_file():
+                fail(f"{file} was not installed")
 
 
 def check_find_package(build):
@@ -135,9 +139,9 @@ def check_pkg_config(build, linked):
     flags = shlex.split(run("pkg-config", *how, "--cflags", "--libs", "kapris", **env))
     folder = fresh(build.scratch / f"pkg_config_{linked}")
     folder.mkdir()
-    for language, compiler in (("C", build.cc), ("CXX", build.cxx)):
+    for language, compiler in (("C", [build.cc]), ("CXX", [build.cxx, "-std=c++20"])):
         program = folder / language
-        run(compiler, "-o", program, HERE / "consumer" / f"main.{ENDING[language]}", *flags, *build.flags,
+        run(*compiler, "-o", program, HERE / "consumer" / f"main.{ENDING[language]}", *flags, *build.flags,
             *(["-static"] if linked == "static" else []))
         check_program(build, program, language, linked, LD_LIBRARY_PATH=build.prefix / build.libdir)
 
