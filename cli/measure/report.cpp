@@ -34,6 +34,9 @@ static std::string FormatPart(int part, long long weight, const Limits &limits)
   return Line(fmt::format("part {}", part), value);
 }
 
+// Parts that a report lists one by one.
+static constexpr int most_listed = 16;
+
 static std::string FormatAllWeights(const Measures &measures, int nparts, const Limits &limits)
 {
   std::string text;
@@ -52,6 +55,7 @@ static std::string FormatExtremeWeights(const Measures &measures, long long npar
   long long lightest = all_used ? measures.total : 0, heaviest = 0;
   long long lowest = measures.total, highest = 0;
   std::string over;
+  int nover = 0;
 
   for (const UsedPart &used : measures.used) {
     lightest = std::min(lightest, used.weight);
@@ -60,7 +64,7 @@ static std::string FormatExtremeWeights(const Measures &measures, long long npar
       const long long limit = limits(used.number);
       lowest = std::min(lowest, limit);
       highest = std::max(highest, limit);
-      if (used.weight > limit)
+      if (used.weight > limit && nover++ < most_listed)
         over += FormatPart(used.number, used.weight, limits);
     }
   }
@@ -72,7 +76,6 @@ static std::string FormatExtremeWeights(const Measures &measures, long long npar
 
 std::string FormatWeights(const Measures &measures, long long nparts, const Limits &limits)
 {
-  constexpr int most_listed = 16;
   const int nover = CountOver(measures, limits);
   const std::string text = nparts <= most_listed
                                ? FormatAllWeights(measures, static_cast<int>(nparts), limits)

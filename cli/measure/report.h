@@ -26,8 +26,8 @@ std::string FormatSizes(const std::string &name, const Hgr &hgr);
 using Json = nlohmann::ordered_json;
 Json StartJson(const std::string &schema, const std::string &name, const Hgr &hgr);
 
-// The weight of each of up to 16 parts, of more only the extremes and those over their limit. With limits also these and
-// how many parts are over theirs, if any.
+// The weight of each of up to 16 parts, of more only the extremes and the first that are over their limit. With limits
+// also these and how many parts are over theirs, if any.
 std::string FormatWeights(const Measures &measures, long long nparts, const Limits &limits);
 
 } // namespace kapris_cli

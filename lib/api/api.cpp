@@ -179,7 +179,9 @@ static void SetFinalStatus(kapris_result *result, const Run *run)
   else if (run->stop == CANCELLED)
     SetStatus(result, KAPRIS_CANCELLED, "cancelled; this is the best partition so far");
   else if (!result->balanced)
-    SetStatus(result, KAPRIS_INFEASIBLE, "some part is above its limit; this is the best partition found");
+    SetStatus(result, KAPRIS_INFEASIBLE,
+              run->impossible ? "no partition keeps all limits; this is the best one found"
+                              : "some part is above its limit; this is the best partition found");
 }
 
 static void Deliver(const Run *run, kapris_result *result)

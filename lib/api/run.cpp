@@ -50,7 +50,8 @@ static void Balance(Start *start, int *part)
                                   Proceed__,        start};
 
   Enter__(start, PHASE_BALANCE, problem->ncells);
-  Rebalance__(&balance, part);
+  if (Rebalance__(&balance, part) == IMPOSSIBLE)
+    start->run->impossible = true;
 }
 
 // Makes the partition the best of the call if it is. Takes over part.

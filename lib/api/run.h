@@ -34,9 +34,10 @@ struct Run {
   std::mutex *callbacks; // held while progress or log of the options runs
   double lastprogress;   // under callbacks
 
-  std::atomic<int> stop;    // StopReason
-  std::atomic<double> done; // estimate of the work done, in starts
-  std::mutex lock;          // for the rest
+  std::atomic<int> stop;        // StopReason
+  std::atomic<bool> impossible; // no partition keeps the limits
+  std::atomic<double> done;     // estimate of the work done, in starts
+  std::mutex lock;              // for the rest
   std::exception_ptr error;
   Candidate best;
   int *initial;    // [ncells] the partition to improve, or NULL
