@@ -149,17 +149,8 @@ static void AddEffort(CLI::App *verb, Request *request)
       ->transform(CLI::AsSizeValue(false).description(""));
 }
 
-void AddCoarsening(CLI::App *verb, Request *request)
+static void AddOutput(CLI::App *verb, Request *request)
 {
-  Choice(verb, "--preset", &request->preset, "How much time to spend; options below override it", presets);
-  AddNamed(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
-  verb->add_flag("--reconst", request->reconst, "Pieces of cut nets stay in the recursion");
-}
-
-void AddSolveOptions(CLI::App *verb, Request *request)
-{
-  AddGoal(verb, request);
-  AddEffort(verb, request);
   verb->add_option("-o,--output", request->out,
                    "Part file, - for standard output; default: FILE.part.N in the working directory")
       ->type_name("FILE");
@@ -167,6 +158,23 @@ void AddSolveOptions(CLI::App *verb, Request *request)
   verb->add_flag("-q,--quiet", request->quiet, "Print only the name of the file written");
   verb->add_flag("-v,--verbose", request->verbosity, "Trace the runs on standard error; -vv: the levels too");
   verb->add_flag("--dry-run", request->dry_run, "Check everything and say what would be done");
+}
+
+void AddPartitionOptions(CLI::App *verb, Request *request)
+{
+  AddGoal(verb, request);
+  Choice(verb, "--preset", &request->preset, "How much time to spend; the options below override it", presets);
+  AddNamed(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
+  AddEffort(verb, request);
+  verb->add_flag("--reconst", request->reconst, "Pieces of cut nets stay in the recursion");
+  AddOutput(verb, request);
+}
+
+void AddRefineOptions(CLI::App *verb, Request *request)
+{
+  AddGoal(verb, request);
+  AddEffort(verb, request);
+  AddOutput(verb, request);
 }
 
 // ----------------------------------------------------------------------------------------------------------

@@ -53,10 +53,8 @@ struct Plan {
   std::string out;
 };
 
-// Adds the options that partition and refine share.
-void AddSolveOptions(CLI::App *verb, Request *request);
-// Those of partition alone.
-void AddCoarsening(CLI::App *verb, Request *request);
+void AddPartitionOptions(CLI::App *verb, Request *request);
+void AddRefineOptions(CLI::App *verb, Request *request);
 
 // Throws Failure for values that do not go together.
 Plan Resolve(const std::string &command, const Request &request);

@@ -32,8 +32,7 @@ void AddPartition(CLI::App *app, Run *run)
           "  kapris partition circuit.hgr -k 2 --preset quality --time-limit 60 --json=run.json\n\n") +
       notes);
   AddInput(verb, &request->input);
-  AddCoarsening(verb, request.get());
-  AddSolveOptions(verb, request.get());
+  AddPartitionOptions(verb, request.get());
   verb->callback([request, run] { *run = [request] { return Solve("partition", *request); }; });
 }
 
@@ -55,7 +54,7 @@ void AddRefine(CLI::App *app, Run *run)
   verb->add_option("PART", request->part, "Part file to improve, - for standard input")
       ->required()
       ->type_name("");
-  AddSolveOptions(verb, request.get());
+  AddRefineOptions(verb, request.get());
   verb->callback([request, run] { *run = [request] { return Solve("refine", *request); }; });
 }
 
