@@ -51,7 +51,7 @@ static int Run(char **argv)
   const int nparts = std::atoi(argv[3]), ubfactor = std::atoi(argv[4]), seed = std::atoi(argv[5]);
   const int rtype = scheme == "kway-soed" ? 2 : 1;
   const int options[9] = {1, 10, 1, rtype, 1, 0, 0, seed, 0};
-  const Hgr hgr = ReadHgr(name, ReadFile(name));
+  const Hgr hgr = ReadHgr(name, OpenText(name).bytes);
   const auto pointer = [](const std::vector<int> &x) { return x.empty() ? nullptr : x.data(); };
   std::vector<int> part(static_cast<std::size_t>(hgr.ncells));
   int reported = -1;

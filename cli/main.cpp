@@ -72,10 +72,10 @@ static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
 static void Complain(ColorWhen color, const Failure &failure)
 {
   std::fflush(stdout);
-  if (failure.status == EXIT_MALFORMED)
-    fmt::print(stderr, "{}\n", failure.text);
-  else
-    fmt::print(stderr, "{} {}\n", Red(color, "kapris:"), failure.text);
+  // Where nobody can read it, the exit status has to do.
+  if (failure.status != EXIT_MALFORMED)
+    std::fputs((Red(color, "kapris:") + " ").c_str(), stderr);
+  std::fputs((failure.text + "\n").c_str(), stderr);
 }
 
 int main(int argc, char **argv)

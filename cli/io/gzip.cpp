@@ -53,6 +53,12 @@ static void Check(int status)
                   what, nread)};
 }
 
+// Nothing, or the zeros that fill the last block of a tape or disk.
+static bool IsPadding(std::string_view bytes)
+{
+  return bytes.find_first_not_of('\0') == std::string_view::npos;
+}
+
 std::string Decompress(const std::string &name, std::string_view bytes)
 {
   z_stream stream = {};
@@ -67,7 +73,8 @@ std::string Decompress(const std::string &name, std::string_view bytes)
     stream.avail_out = static_cast<uInt>(out.size());
     const int status = inflate(&stream, Z_NO_FLUSH);
     text.append(out.data(), out.size() - stream.avail_out);
-    if (status == Z_STREAM_END && stream.avail_in == 0 && bytes.empty())
+    if (status == Z_STREAM_END &&
+        IsPadding({reinterpret_cast<const char *>(stream.next_in), stream.avail_in}) && IsPadding(bytes))
       return text;
     if (status == Z_STREAM_END)
       Check(inflateReset(&stream)); // another member follows

@@ -7,7 +7,7 @@
 
 #include "io/entries.h"
 #include "io/files.h"
-#include "io/gzip.h"
+#include "io/output.h"
 #include "verbs/choice.h"
 
 #include <fmt/format.h>
@@ -117,9 +117,7 @@ static std::string FormatAs(Format format, const Hgr &hgr)
 
 void WriteHypergraph(const std::string &path, Format format, const Hgr &hgr)
 {
-  const std::string text = FormatAs(format, hgr);
-
-  WriteFile(path, path.ends_with(".gz") ? Compress(text) : text);
+  WriteFile(path, FormatAs(format, hgr));
 }
 
 } // namespace kapris_cli

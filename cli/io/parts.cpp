@@ -3,6 +3,7 @@
 
 #include "io/parts.h"
 
+#include "io/files.h"
 #include "io/formats.h"
 #include "io/scan.h"
 
@@ -57,6 +58,16 @@ std::vector<int> ReadParts(const std::string &name, std::string_view text, int n
 std::vector<int> ReadFixed(const std::string &name, std::string_view text, int ncells, int nparts)
 {
   return ReadNumbers(name, text, ncells, nparts, true);
+}
+
+std::vector<int> LoadParts(const std::string &path, int ncells, int nparts)
+{
+  return ReadParts(InputName(path), OpenText(path).bytes, ncells, nparts);
+}
+
+std::vector<int> LoadFixed(const std::string &path, int ncells, int nparts)
+{
+  return ReadFixed(InputName(path), OpenText(path).bytes, ncells, nparts);
 }
 
 std::string FormatParts(const std::vector<int> &part)

@@ -15,6 +15,10 @@ std::vector<int> ReadParts(const std::string &name, std::string_view text, int n
 // The same for pre-assigned parts: -1 leaves a cell free.
 std::vector<int> ReadFixed(const std::string &name, std::string_view text, int ncells, int nparts);
 
+// The same from files, "-" for standard input.
+std::vector<int> LoadParts(const std::string &path, int ncells, int nparts);
+std::vector<int> LoadFixed(const std::string &path, int ncells, int nparts);
+
 std::string FormatParts(const std::vector<int> &part);
 
 } // namespace kapris_cli

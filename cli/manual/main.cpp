@@ -5,7 +5,7 @@
 
 #include "failure.h"
 
-#include "io/files.h"
+#include "io/output.h"
 #include "manual/table.h"
 #include "verbs/verbs.h"
 

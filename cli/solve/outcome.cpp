@@ -148,7 +148,8 @@ std::string PlanSummary(const Outcome &outcome)
   const int nparts = outcome.request->nparts;
   long long total = 0;
   std::string lines =
-      PlanLines(outcome) + Line("seed", options.seed ? fmt::format("{}", *options.seed) : "clock");
+      PlanLines(outcome) +
+      Line("seed", options.seed.value_or(-1) < 0 ? "clock" : fmt::format("{}", *options.seed));
 
   for (int cell = 0; cell < outcome.hgr.ncells; cell++)
     total += CellWeight(outcome.hgr, cell);
@@ -175,8 +176,10 @@ std::string Summary(const Outcome &outcome)
   }
   if (result.best_start >= 0)
     best = fmt::format("start {}", result.starts[static_cast<size_t>(result.best_start)].number);
+  else if (outcome.given.empty())
+    best = "made before the first start";
   else
-    best = outcome.given.empty() ? "made before the first start" : "the given partition";
+    best = outcome.given == result.part ? "the given partition" : "the given partition, repaired";
   return PlanLines(outcome) + Line("seed", result.seed) + Line("best", best) + Line("cut", result.cut) +
          Line("soed", result.soed) + Line("connectivity-1", result.connectivity) +
          Line("imbalance", fmt::format("{:.4f}", result.imbalance)) +

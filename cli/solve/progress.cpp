@@ -51,7 +51,8 @@ std::function<void(const kapris::Progress &)> ProgressLine(const kapris::Options
       return;
     *shown = progress.seconds;
     // A line that wraps could not be taken back.
-    fmt::print(stderr, "\r\033[K{}", FormatLine(progress, bycut).substr(0, TerminalWidth() - 1));
+    const std::string line = FormatLine(progress, bycut).substr(0, TerminalWidth() - 1);
+    std::fputs(("\r\033[K" + line).c_str(), stderr);
     std::fflush(stderr);
   };
 }

@@ -7,6 +7,7 @@
 
 #include "io/files.h"
 #include "verbs/choice.h"
+#include "verbs/decimal.h"
 #include "verbs/json.h"
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include <climits>
 #include <cmath>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 #include <thread>
 
 namespace kapris_cli
@@ -101,11 +103,9 @@ static void AddGoal(CLI::App *verb, Request *request)
       ->required()
       ->type_name("N")
       ->check(CLI::Range(2, INT_MAX).description(""));
-  CLI::Option *epsilon =
-      verb->add_option("-e,--epsilon", request->epsilon,
-                       "A part may weigh (1 + E) x its share of the total, rounded up [0.03]")
-          ->type_name("E")
-          ->check(CLI::Range(0.0, 1e6).description(""));
+  CLI::Option *epsilon = AddDecimal(verb, "-e,--epsilon", &request->epsilon, 0.0, 1e6,
+                                    "A part may weigh (1 + E) x its share of the total, rounded up [0.03]")
+                             ->type_name("E");
   verb->add_option("--ubfactor", request->ubfactor,
                    "The same as a percentage, 1 to 49: of each bisection, or with --scheme kway of the parts")
       ->type_name("P")
@@ -141,12 +141,18 @@ static void AddEffort(CLI::App *verb, Request *request)
       ->type_name("N")
       ->capture_default_str()
       ->check(CLI::Range(0, INT_MAX).description(""));
-  verb->add_option("--time-limit", request->time_limit, "Seconds after which the best so far is written")
-      ->type_name("S")
-      ->check(CLI::PositiveNumber.description(""));
+  AddDecimal(verb, "--time-limit", &request->time_limit, 1e-3, 1e9,
+             "Seconds after which the best so far is written")
+      ->type_name("S");
   verb->add_option("--memory-limit", request->memory_limit, "Bytes for the partitioning, as in 500M or 2G")
       ->type_name("SIZE")
-      ->transform(CLI::AsSizeValue(false).description(""));
+      ->transform(CLI::AsSizeValue(false).description(""))
+      ->transform(CLI::Validator(
+          [](std::string &text) -> std::string {
+            return text.starts_with('-') || text == "0" ? "'" + text + "' is not a number of bytes above 0"
+                                                        : "";
+          },
+          ""));
 }
 
 static void AddOutput(CLI::App *verb, Request *request)
@@ -163,7 +169,8 @@ static void AddOutput(CLI::App *verb, Request *request)
 void AddPartitionOptions(CLI::App *verb, Request *request)
 {
   AddGoal(verb, request);
-  Choice(verb, "--preset", &request->preset, "How much time to spend; the options below override it", presets);
+  Choice(verb, "--preset", &request->preset, "How much time to spend; the options below override it",
+         presets);
   AddNamed(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
   AddEffort(verb, request);
   verb->add_flag("--reconst", request->reconst, "Pieces of cut nets stay in the recursion");
@@ -228,9 +235,10 @@ static double EpsilonOf(int ubfactor, const kapris::Options &options, int nparts
 static std::vector<double> ParseShares(const std::string &argument, int nparts)
 {
   const bool isfile = argument.starts_with('@');
-  const std::string text = isfile ? ReadFile(argument.substr(1)) : argument;
+  const std::string text(isfile ? OpenText(argument.substr(1)).bytes : argument);
   const std::string name = isfile ? InputName(argument.substr(1)) : "--target-weights";
   static const char separators[] = ", \t\r\n";
+  constexpr double least_share = 1e-9;
   std::vector<double> shares;
   double sum = 0.0;
 
@@ -247,8 +255,11 @@ static std::vector<double> ParseShares(const std::string &argument, int nparts)
   }
   if (shares.size() != static_cast<size_t>(nparts))
     Refuse(fmt::format("{}: {} weights for {} parts", name, shares.size(), nparts));
-  for (double &share : shares)
+  for (double &share : shares) {
     share /= sum;
+    if (share < least_share)
+      Refuse(fmt::format("{}: a part would get less than {} of the total", name, least_share));
+  }
   return shares;
 }
 
@@ -266,12 +277,23 @@ static void SetStarts(const Request &request, kapris::Options *options)
   options->starts = last - options->first_start + 1;
 }
 
-// FILE.part.N in the working directory, whichever directory FILE is in.
-static std::string DefaultOutput(const Request &request)
+// FILE.part.N in the working directory, whichever directory FILE is in; FILE.refined.N next to what is refined.
+static std::string DefaultOutput(const std::string &command, const Request &request)
 {
   const std::string name = NameOf(request.input);
 
-  return fmt::format("{}.part.{}", name.substr(name.rfind('/') + 1), request.nparts);
+  return fmt::format("{}.{}.{}", name.substr(name.rfind('/') + 1), command == "refine" ? "refined" : "part",
+                     request.nparts);
+}
+
+// The verb best finds the part file by its name in the result.
+static void CheckName(const std::string &path)
+{
+  try {
+    Json(path).dump();
+  } catch (const Json::exception &) {
+    Refuse("--json cannot name an output that is not UTF-8 text; choose another with -o");
+  }
 }
 
 Plan Resolve(const std::string &command, const Request &request)
@@ -301,9 +323,11 @@ Plan Resolve(const std::string &command, const Request &request)
     options.memory_limit = request.memory_limit;
   if (!request.target_weights.empty())
     plan.shares = ParseShares(request.target_weights, request.nparts);
-  plan.out = request.out.empty() ? DefaultOutput(request) : request.out;
-  if (plan.out == "-" && request.json == "-")
-    Refuse("-o - and --json both go to standard output; give one of them a file");
+  plan.out = request.out.empty() ? DefaultOutput(command, request) : request.out;
+  if (!request.json.empty())
+    CheckName(plan.out);
+  if (!request.json.empty() && request.dry_run)
+    Refuse("--dry-run has no result for --json");
   return plan;
 }
 

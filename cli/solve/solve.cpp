@@ -1,7 +1,7 @@
 // cli/solve/solve.cpp - the run behind the verbs partition and refine.
 // SPDX-License-Identifier: MIT
 //
-//   plan    what the options come to; that all outputs can be written   Resolve, CheckOutputs
+//   plan    what the options come to; that all outputs can be written   Resolve
 //   read    hypergraph, fixed cells, given partition                    ReadInputs
 //   run     the library, with progress, traces and Ctrl-C               RunLibrary
 //   write   the part file, read again and measured anew                 WriteParts
@@ -10,6 +10,7 @@
 #include "solve/solve.h"
 
 #include "io/files.h"
+#include "io/output.h"
 #include "io/parts.h"
 #include "measure/bounds.h"
 #include "measure/measures.h"
@@ -39,16 +40,12 @@ static void CheckStreams(const Request &request)
     throw Failure{EXIT_USAGE, "only one of the inputs can be standard input"};
 }
 
-static void CheckOutputs(const Request &request, const Plan &plan)
+static void CheckInputsAndOutputs(const Request &request, const Plan &plan)
 {
-  for (const std::string &input : {request.input.path, request.part, request.fixed})
-    if (!input.empty()) {
-      CheckOutput(plan.out, input);
-      if (!request.json.empty())
-        CheckOutput(request.json, input);
-    }
-  if (request.json == plan.out && plan.out != "-")
-    throw Failure{EXIT_USAGE, fmt::format("the part file and the JSON result are both to be {}", plan.out)};
+  const bool file = request.target_weights.starts_with('@');
+
+  CheckFiles({request.input.path, request.part, request.fixed, file ? request.target_weights.substr(1) : ""},
+             {plan.out, request.json});
 }
 
 static void ReadInputs(const Request &request, Outcome *outcome)
@@ -59,11 +56,9 @@ static void ReadInputs(const Request &request, Outcome *outcome)
   outcome->hgr = ReadHypergraph(request.input);
   CheckSums(name, outcome->hgr, request.nparts);
   if (!request.fixed.empty())
-    outcome->fixed =
-        ReadFixed(InputName(request.fixed), ReadFile(request.fixed), outcome->hgr.ncells, request.nparts);
+    outcome->fixed = LoadFixed(request.fixed, outcome->hgr.ncells, request.nparts);
   if (!request.part.empty())
-    outcome->given =
-        ReadParts(InputName(request.part), ReadFile(request.part), outcome->hgr.ncells, request.nparts);
+    outcome->given = LoadParts(request.part, outcome->hgr.ncells, request.nparts);
   for (size_t i = 0; !outcome->given.empty() && i < outcome->fixed.size(); i++)
     if (outcome->fixed[i] != -1 && outcome->fixed[i] != outcome->given[i])
       throw Failure{EXIT_MALFORMED,
@@ -113,15 +108,16 @@ static void RunLibrary(const Request &request, Outcome *outcome)
     ClearProgressLine();
 }
 
-// What has reached the disk is measured, by other code than the library's.
+// What has reached the disk is measured, by other code than the library's. Pipes and devices cannot be read again.
 static void WriteParts(const Outcome &outcome)
 {
   const kapris::Result &result = outcome.result;
   const std::string &out = outcome.plan.out;
 
   WriteFile(out, FormatParts(result.part));
-  const std::vector<int> part =
-      out == "-" ? result.part : ReadParts(out, ReadFile(out), outcome.hgr.ncells, outcome.request->nparts);
+  const std::vector<int> part = out != "-" && IsRegularFile(out)
+                                    ? LoadParts(out, outcome.hgr.ncells, outcome.request->nparts)
+                                    : result.part;
   const Measures measures = Measure(outcome.hgr, part);
   if (part != result.part)
     throw Failure{EXIT_FILES, fmt::format("{} does not hold what was written to it", out)};
@@ -165,7 +161,7 @@ ExitStatus Solve(const std::string &command, const Request &request)
   Outcome outcome = {&request, Resolve(command, request), {}, {}, {}, 0.0, {}};
 
   CheckStreams(request);
-  CheckOutputs(request, outcome.plan);
+  CheckInputsAndOutputs(request, outcome.plan);
   ReadInputs(request, &outcome);
   if (request.dry_run) {
     std::fputs(PlanSummary(outcome).c_str(), stdout);

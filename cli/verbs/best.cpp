@@ -10,12 +10,14 @@
 #include "failure.h"
 
 #include "io/files.h"
+#include "io/output.h"
 #include "io/parts.h"
 #include "measure/hash.h"
 #include "verbs/json.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
+#include <climits>
 #include <cstdio>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -40,47 +42,67 @@ struct SavedResult {
 
 using StartsByNumber = std::map<long long, Json>;
 
+static Json At(const Json &json, const char *key)
+{
+  return json.is_object() ? json.value(key, Json()) : Json();
+}
+
+static bool IsWhole(const Json &json, long long low, long long high)
+{
+  return json.is_number_integer() &&
+         (!json.is_number_unsigned() || json.get<unsigned long long>() <= LLONG_MAX) &&
+         json.get<long long>() >= low && json.get<long long>() <= high;
+}
+
+static bool HasFigures(const Json &json)
+{
+  return IsWhole(At(json, "cut"), 0, LLONG_MAX) && IsWhole(At(json, "soed"), 0, LLONG_MAX) &&
+         At(json, "imbalance").is_number() && At(json, "balanced").is_boolean();
+}
+
 // Everything that is read below, so that a file with anything else in its place is refused here.
 static bool IsResult(const Json &json)
 {
-  const auto figures = [](const Json &object) {
-    return object.is_object() && object.value("cut", Json()).is_number_integer() &&
-           object.value("soed", Json()).is_number_integer() &&
-           object.value("imbalance", Json()).is_number() && object.value("balanced", Json()).is_boolean();
-  };
-  if (!json.is_object() || json.value("schema", "") != "kapris-result-1" ||
-      !json.value("cells", Json()).is_number_integer() || !json.value("options", Json()).is_object() ||
-      !json["options"].value("parts", Json()).is_number_integer() ||
-      !json["options"].value("objective", Json()).is_string() || !figures(json.value("best", Json())) ||
-      !json["best"].contains("start") || !json.value("starts", Json()).is_array())
+  const Json options = At(json, "options"), best = At(json, "best"), objective = At(options, "objective");
+  const Json start = At(best, "start"), starts = At(json, "starts");
+
+  if (At(json, "schema") != "kapris-result-1" || !IsWhole(At(json, "cells"), 0, INT_MAX) ||
+      !IsWhole(At(options, "parts"), 1, INT_MAX) || (objective != "cut" && objective != "soed") ||
+      !HasFigures(best) || !starts.is_array())
     return false;
-  for (const Json &start : json["starts"])
-    if (!figures(start) || !start.value("number", Json()).is_number_integer() ||
-        !start.value("completed", Json()).is_boolean())
+  for (const Json &one : starts)
+    if (!HasFigures(one) || !IsWhole(At(one, "number"), 0, INT_MAX) || !At(one, "completed").is_boolean())
       return false;
-  return json["best"]["start"].is_null() || json["best"]["start"].is_number_integer();
+  return start.is_null() || IsWhole(start, 0, INT_MAX);
+}
+
+// Objects of results are not nested deeply, and what is cannot even be copied safely.
+static Json ParseJson(std::string_view text)
+{
+  constexpr int deepest = 16;
+  bool toodeep = false;
+  Json json = Json::parse(
+      text,
+      [&toodeep](int depth, Json::parse_event_t, Json &) {
+        toodeep = toodeep || depth > deepest;
+        return !toodeep;
+      },
+      false);
+
+  return toodeep ? Json(Json::value_t::discarded) : json;
 }
 
 static SavedResult ReadResult(const std::string &path)
 {
-  SavedResult result = {path, Json::parse(ReadFile(path), nullptr, false)};
+  SavedResult result = {path, ParseJson(OpenText(path).bytes)};
 
   if (result.json.is_discarded())
-    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not a JSON file", InputName(path))};
-  try {
-    if (IsResult(result.json))
-      return result;
-  } catch (const Json::exception &) {
-    // A value of another type than asked for.
-  }
-  throw Failure{EXIT_MALFORMED,
-                fmt::format("{}:1:1: not a result of 'kapris partition --json' or 'kapris refine --json'",
-                            InputName(path))};
-}
-
-static Json At(const Json &json, const char *key)
-{
-  return json.is_object() ? json.value(key, Json()) : Json();
+    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not a JSON file of ours", InputName(path))};
+  if (!IsResult(result.json))
+    throw Failure{EXIT_MALFORMED,
+                  fmt::format("{}:1:1: not a result of 'kapris partition --json' or 'kapris refine --json'",
+                              InputName(path))};
+  return result;
 }
 
 static void CheckSame(const SavedResult &first, const SavedResult &other)
@@ -157,27 +179,28 @@ static std::vector<long long> MissingStarts(const StartsByNumber &starts)
   return missing;
 }
 
-// The name stands in the result as it was given to the run; the files may have been moved together.
-static std::string FindPart(const SavedResult &best, const std::string &path)
-{
-  const std::string beside = best.path.substr(0, best.path.rfind('/') + 1) + path.substr(path.rfind('/') + 1);
-
-  return IsRegularFile(path) ? path : beside;
-}
-
+// The name stands in the result as it was given to the run; the files may have been moved together since.
 static void CopyPart(const SavedResult &best, const std::string &out)
 {
-  const Json path = At(At(best.json, "output"), "path");
+  const Json path = At(At(best.json, "output"), "path"), hash = At(At(best.json, "output"), "hash");
+  const int ncells = best.json["cells"].get<int>(), nparts = best.json["options"]["parts"].get<int>();
 
   if (!path.is_string() || path == "-")
     throw Failure{EXIT_USAGE, fmt::format("the run of {} left no part file", best.path)};
-  const std::string name = FindPart(best, path.get<std::string>()), text = ReadFile(name);
-  const std::vector<int> part =
-      ReadParts(name, text, best.json["cells"].get<int>(), best.json["options"]["parts"].get<int>());
-  if (HashOf(part) != At(best.json["output"], "hash"))
-    throw Failure{EXIT_MALFORMED,
-                  fmt::format("{}:1:1: not the partition that {} speaks of", name, best.path)};
-  WriteFile(out, text);
+  const std::string name = path.get<std::string>();
+  const std::string beside = best.path.substr(0, best.path.rfind('/') + 1) + name.substr(name.rfind('/') + 1);
+  for (const std::string &candidate : {beside, name}) {
+    if (!IsRegularFile(candidate))
+      continue;
+    const std::vector<int> part = LoadParts(candidate, ncells, nparts);
+    if (HashOf(part) == hash) {
+      WriteFile(out, FormatParts(part));
+      return;
+    }
+  }
+  if (!IsRegularFile(beside) && !IsRegularFile(name))
+    throw Failure{EXIT_FILES, fmt::format("cannot find {}, the part file of {}", name, best.path)};
+  throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not the partition that {} speaks of", name, best.path)};
 }
 
 static std::string Summary(const SavedResult &best, const BestRequest &request, const StartsByNumber &starts)
@@ -200,6 +223,7 @@ static ExitStatus Best(const BestRequest &request)
   std::vector<SavedResult> results;
   size_t best = 0;
 
+  CheckFiles(request.files, {request.out, request.json});
   for (const std::string &path : request.files) {
     results.push_back(ReadResult(path));
     CheckSame(results[0], results.back());
@@ -209,9 +233,12 @@ static ExitStatus Best(const BestRequest &request)
   const StartsByNumber starts = MergeStarts(results);
   const std::vector<long long> missing = MissingStarts(starts);
   if (!missing.empty())
-    fmt::print(stderr,
-               "kapris: note: no completed start {}: one run with all starts may give another partition\n",
-               fmt::join(missing, ", "));
+    std::fputs(
+        fmt::format(
+            "kapris: note: no completed start {}: one run with all starts may give another partition\n",
+            fmt::join(missing, ", "))
+            .c_str(),
+        stderr);
 
   if (!request.out.empty())
     CopyPart(results[best], request.out);

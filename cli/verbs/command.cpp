@@ -48,16 +48,24 @@ static const char compiler[] = "clang++ " __clang_version__;
 static const char compiler[] = "g++ " __VERSION__;
 #endif
 
-CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double low, double high,
-                        const char *help)
+// What no option means: a value that is not there, as a script's variable that was never set, and a number with a leading
+// zero, which the parser would read as octal.
+static void CheckValues(CLI::App *app)
 {
-  const auto check = [=](const std::string &text) {
-    double given = 0;
-    // The parser reads "nan" as a number, which is neither above nor below.
-    const bool good = CLI::detail::lexical_cast(text, given) && given >= low && given <= high;
-    return good ? "" : fmt::format("'{}' is not a number from {} to {}", text, low, high);
-  };
-  return verb->add_option(name, *value, help)->type_name("X")->check(check)->capture_default_str();
+  for (CLI::Option *option : app->get_options()) {
+    if (option->get_items_expected_max() == 0)
+      continue;
+    const bool iscount = option->get_type_name() == "N";
+    option->transform(CLI::Validator(
+        [iscount](std::string &text) -> std::string {
+          if (text.empty())
+            return "the value is empty";
+          return iscount && text.size() > 1 && text[0] == '0' ? "'" + text + "' has a leading zero" : "";
+        },
+        ""));
+  }
+  for (CLI::App *verb : app->get_subcommands([](const CLI::App *) { return true; }))
+    CheckValues(verb);
 }
 
 void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
@@ -79,6 +87,7 @@ void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
   AddStatsVerb(app, run);
   AddCheck(app, run);
   AddConvert(app, run);
+  CheckValues(app);
 }
 
 } // namespace kapris_cli

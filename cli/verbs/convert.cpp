@@ -10,6 +10,7 @@
 #include "io/entries.h"
 #include "io/files.h"
 #include "io/input.h"
+#include "io/output.h"
 #include "measure/report.h"
 #include "verbs/choice.h"
 #include "verbs/verbs.h"
@@ -94,7 +95,7 @@ static void CheckWritten(const ConvertRequest &request, Format format, const Hgr
 static ExitStatus Convert(const ConvertRequest &request)
 {
   const Format format = OutputFormat(request);
-  CheckOutput(request.out, request.input.path);
+  CheckFiles({request.input.path}, {request.out});
 
   Hgr hgr = ReadHypergraph(request.input);
   if (format == Format::MTX)

@@ -6,12 +6,13 @@
 
 #include "failure.h"
 
-#include "io/files.h"
 #include "io/input.h"
+#include "io/output.h"
 #include "io/parts.h"
 #include "measure/bounds.h"
 #include "measure/measures.h"
 #include "measure/report.h"
+#include "verbs/decimal.h"
 #include "verbs/json.h"
 #include "verbs/verbs.h"
 
@@ -58,13 +59,13 @@ static Evaluation Evaluate(const EvalRequest &request)
 {
   if ((request.input.path == "-") + (request.parts == "-") + (request.fixed == "-") > 1)
     throw Failure{EXIT_USAGE, "only one of FILE, PART and FIXED can be standard input"};
+  CheckFiles({request.input.path, request.parts, request.fixed}, {request.json});
 
   Evaluation eval;
   eval.hgr = ReadHypergraph(request.input);
-  eval.part = ReadParts(InputName(request.parts), ReadFile(request.parts), eval.hgr.ncells, request.nparts);
+  eval.part = LoadParts(request.parts, eval.hgr.ncells, request.nparts);
   if (!request.fixed.empty())
-    eval.fixed =
-        ReadFixed(InputName(request.fixed), ReadFile(request.fixed), eval.hgr.ncells, request.nparts);
+    eval.fixed = LoadFixed(request.fixed, eval.hgr.ncells, request.nparts);
   eval.measures = Measure(eval.hgr, eval.part);
   eval.nparts = request.nparts;
   if (request.nparts == 0 && !eval.measures.used.empty())

@@ -5,10 +5,11 @@
 
 #include "failure.h"
 
-#include "io/files.h"
 #include "io/input.h"
+#include "io/output.h"
 #include "io/parts.h"
 #include "measure/report.h"
+#include "verbs/decimal.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>
@@ -38,21 +39,17 @@ static std::string Written(const std::string &path)
 
 static ExitStatus WriteGenerated(const GenerateRequest &request)
 {
-  if (!request.out.empty() && request.out == request.partition)
-    throw Failure{EXIT_USAGE, fmt::format("--output and --partition are both {}", request.out)};
-  for (const std::string &path : {request.out, request.partition})
-    if (!path.empty())
-      CheckOutput(path, "");
-
   const Format format = FormatOfName(request.out);
   if (format == Format::MTX || format == Format::CNF)
     throw Failure{EXIT_USAGE,
                   fmt::format("{}: only .hgr and .patoh are generated; convert makes others", request.out)};
 
+  CheckFiles({}, {request.out, request.partition});
   const Generated generated = Generate(request.recipe);
   const std::string out = request.out.empty() ? fmt::format("{}-{}-{}.hgr", request.kind,
                                                             generated.hgr.ncells, request.recipe.seed)
                                               : request.out;
+  CheckFiles({}, {out, request.partition});
   std::string summary = FormatSizes(out, generated.hgr) + Line("seed", request.recipe.seed);
   if (request.recipe.kind == Kind::PLANTED)
     summary += Line("planted cut", generated.planted_cut);

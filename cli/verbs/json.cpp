@@ -3,7 +3,7 @@
 
 #include "verbs/json.h"
 
-#include "io/files.h"
+#include "io/output.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -35,10 +35,7 @@ void WriteJson(const Json &json, const std::string &path)
   // Names of files can hold any bytes.
   const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 
-  if (path == "-")
-    std::fputs(text.c_str(), stdout);
-  else
-    WriteFile(path, text);
+  WriteFile(path, text);
 }
 
 } // namespace kapris_cli

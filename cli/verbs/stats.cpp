@@ -4,6 +4,7 @@
 #include "measure/stats.h"
 
 #include "io/input.h"
+#include "io/output.h"
 #include "measure/report.h"
 #include "verbs/json.h"
 #include "verbs/verbs.h"
@@ -57,6 +58,7 @@ static std::string FormatStats(const Json &json)
 
 static ExitStatus PrintStats(const StatsRequest &request)
 {
+  CheckFiles({request.input.path}, {request.json});
   const Hgr hgr = ReadHypergraph(request.input);
   Json json = StartJson("kapris-stats-1", NameOf(request.input), hgr);
 

@@ -10,8 +10,7 @@
 namespace CLI
 {
 class App;
-class Option;
-} // namespace CLI
+}
 
 namespace kapris_cli
 {
@@ -22,10 +21,6 @@ using Run = std::function<ExitStatus()>;
 // Describes the whole command: its verbs with their options, examples, exit statuses. Help, manual pages and
 // completions come from this one description. The parser sets run when the user names a verb.
 void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color);
-
-// An option whose value is a number from low to high.
-CLI::Option *AddDecimal(CLI::App *verb, const char *name, double *value, double low, double high,
-                        const char *help);
 
 // Each adds its verb with options to app.
 void AddPartition(CLI::App *app, Run *run);

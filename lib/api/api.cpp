@@ -184,7 +184,8 @@ static void SetFinalStatus(kapris_result *result, const Run *run)
                               : "some part is above its limit; this is the best partition found");
 }
 
-static void Deliver(const Run *run, kapris_result *result)
+// serial = the newest block that is needed for the figures.
+static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
 {
   const CleanProblem *problem = run->problem;
 
@@ -194,6 +195,8 @@ static void Deliver(const Run *run, kapris_result *result)
   result->part_weights = NewArray<std::int64_t>(problem->nparts);
   result->part_limits = NewArray<std::int64_t>(problem->nparts);
   icopy__(problem->ncells, run->best.part, result->part);
+  // Starts that were cut short have left all that they held, perhaps up to the memory limit.
+  LedgerRelease__(serial);
   std::copy_n(problem->limits, problem->nparts, result->part_limits);
 
   const Measures measures = Measure__(problem, result->part, result->part_weights);
@@ -239,10 +242,11 @@ static void Partition(const kapris_problem *problem, const kapris_options *optio
   result->seed = run.seed;
   run.starts = result->starts = NewArray<kapris_start>(options->starts);
   result->nstarts = options->starts;
+  const std::uint64_t serial = ledger->serial;
   RunStarts__(&run, given);
   result->seconds_starts = SecondsSince__(began) - result->seconds_prepare;
 
-  Deliver(&run, result);
+  Deliver(&run, serial, result);
 }
 
 static kapris_status StatusOf(FatalKind kind)

@@ -97,7 +97,7 @@ static void EndStart(Start *start)
 {
   Run *run = start->run;
 
-  Enter__(start, PHASE_OTHER, 0);
+  Enter__(start, PHASE_END, 0);
   run->done += 1.0 - start->done;
   const std::lock_guard<std::mutex> guard(run->lock);
   for (int phase = 0; phase < NPHASES; phase++)
@@ -163,6 +163,7 @@ static void RunStartTask(void *argument)
   try {
     RunStart(start->run, start->index);
   } catch (...) {
+    LeavePhase__();
     SetError(start->run);
   }
 }
@@ -170,23 +171,29 @@ static void RunStartTask(void *argument)
 // ----------------------------------------------------------------------------------------------------------
 // All of them
 
-// The first candidate; a given partition is brought within the limits before the starts improve it.
+// A given partition, which no result may fall behind, and what it is within the limits, from which the starts go on.
+static void ConsiderGiven(Run *run, const int *given)
+{
+  const int ncells = run->problem->ncells;
+  Start start = {run, GIVEN_PARTITION, nullptr, false, {0}, {0}, {0.0}, {}};
+
+  Consider(run, GIVEN_PARTITION, icopy__(ncells, given, imalloc__(ncells, "api: part")));
+  run->initial = icopy__(ncells, given, imalloc__(ncells, "api: initial"));
+  Balance(&start, run->initial);
+  Enter__(&start, PHASE_END, 0);
+  run->seconds[PHASE_BALANCE] += start.seconds[PHASE_BALANCE];
+  Consider(run, GIVEN_PARTITION, icopy__(ncells, run->initial, imalloc__(ncells, "api: part")));
+}
+
 static void MakeFirstCandidate(Run *run, const int *given)
 {
-  int *part = imalloc__(run->problem->ncells, "api: part");
-
-  if (given == nullptr) {
-    FillPartsInOrder__(run->problem, part);
-    Consider(run, SIMPLE_PARTITION, part);
+  if (given != nullptr) {
+    ConsiderGiven(run, given);
     return;
   }
-  icopy__(run->problem->ncells, given, part);
-  Start start = {run, GIVEN_PARTITION, nullptr, false, {0}, {0}, {0.0}, {}};
-  Balance(&start, part);
-  Enter__(&start, PHASE_OTHER, 0);
-  run->seconds[PHASE_BALANCE] += start.seconds[PHASE_BALANCE];
-  run->initial = icopy__(run->problem->ncells, part, imalloc__(run->problem->ncells, "api: initial"));
-  Consider(run, GIVEN_PARTITION, part);
+  int *part = imalloc__(run->problem->ncells, "api: part");
+  FillPartsInOrder__(run->problem, part);
+  Consider(run, SIMPLE_PARTITION, part);
 }
 
 void RunStarts__(Run *run, const int *given)

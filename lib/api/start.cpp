@@ -71,24 +71,32 @@ bool Proceed__(void *owner)
 namespace
 {
 
-// Since when this thread has been in a phase of a start. The pointer is only compared: the start may be gone.
+// Since when this thread has been in a phase of a start.
 struct PhaseMark {
-  const Start *start;
+  const Start *start; // only compared: after an exception the start can be gone
   Phase phase;
   std::chrono::steady_clock::time_point since;
 };
 
 } // namespace
 
+static thread_local PhaseMark mark = {nullptr, PHASE_OTHER, {}};
+
+void LeavePhase__()
+{
+  mark.start = nullptr;
+}
+
 void Enter__(void *owner, Phase phase, int ncells)
 {
-  static thread_local PhaseMark mark = {nullptr, PHASE_OTHER, {}};
   Start *start = static_cast<Start *>(owner);
   const auto now = std::chrono::steady_clock::now();
 
   if (mark.start == start)
     start->seconds[mark.phase] += std::chrono::duration<double>(now - mark.since).count();
-  mark = {start, phase, now};
+  mark = {phase == PHASE_END ? nullptr : start, phase, now};
+  if (phase == PHASE_END)
+    return;
   start->phase = phase;
   start->cells = ncells;
 }

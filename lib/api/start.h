@@ -20,8 +20,11 @@ struct Start {
 
 // Whether the call goes on; owner is a Start. Reports progress when it is due.
 bool Proceed__(void *owner);
-// Notes that a phase begins on this thread; owner is a Start.
+// Notes that a phase begins on this thread, or with PHASE_END that none does; owner is a Start.
 void Enter__(void *owner, Phase phase, int ncells);
+
+// The same as PHASE_END where the start is gone.
+void LeavePhase__();
 
 // Partitions, or improves run->initial. Throws StopRun when the call is to end.
 void RunEngine__(Start *start, std::int64_t seed, int *part);

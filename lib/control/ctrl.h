@@ -20,7 +20,15 @@ enum DebugBits {
 };
 
 // What a run is doing, for reports of its progress.
-enum Phase { PHASE_OTHER, PHASE_COARSEN, PHASE_INITIAL, PHASE_REFINE, PHASE_BALANCE, NPHASES };
+enum Phase {
+  PHASE_OTHER,
+  PHASE_COARSEN,
+  PHASE_INITIAL,
+  PHASE_REFINE,
+  PHASE_BALANCE,
+  NPHASES,
+  PHASE_END = NPHASES // the thread goes on with something else
+};
 
 // What the safe interface adds to a run. The classic entry points have none, and behave accordingly: halves of
 // the total per bisection, one limit for all parts, no stop before the end, one thread.
@@ -30,7 +38,7 @@ struct RunContext {
   // Receives complete partitions, each the best of its run so far; or NULL.
   void (*incumbent)(void *taker, const int *part);
   void *taker;
-  // Told when a phase begins, for a level of ncells cells; or NULL.
+  // Told when a phase begins on the calling thread, for a level of ncells cells; or NULL.
   void (*enter)(void *owner, Phase phase, int ncells);
   // Told what part of the trials of one bisection or k-way partitioning of ncells cells has ended; or NULL.
   void (*worked)(void *owner, double part, int ncells);

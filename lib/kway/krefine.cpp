@@ -51,8 +51,8 @@ static Limits AllocLimits(const Control *ctrl, const HGraph *graph)
       limits.upper[p] = Truncate__(std::ceil(ctrl->context->limits[p] * ratio));
       // As far below its share as it may be above, but not so near that nothing can move: no part runs empty.
       const double share = ctrl->context->shares[p] * total;
-      limits.lower[p] =
-          Truncate__(std::min(share / LEAST_FACTOR, share * share / std::max(1, limits.upper[p])));
+      const double lower = std::min(share / LEAST_FACTOR, share * share / std::max(1, limits.upper[p]));
+      limits.lower[p] = std::max(1, Truncate__(lower));
     }
   }
   return limits;

@@ -60,7 +60,7 @@ static void BisectLeftSide(void *argument)
   LeftSide *left = static_cast<LeftSide *>(argument);
 
   left->cut = MLRB__(&left->ctrl, left->graph, left->part, left->nparts, left->first);
-  EnterPhase__(&left->ctrl, PHASE_OTHER, 0); // the thread goes on with something else
+  EnterPhase__(&left->ctrl, PHASE_END, 0);
 }
 
 // Both sides, the right one last on this thread: the polish goes on from the random sequence and the cap that its last

@@ -3,11 +3,13 @@
 # SPDX-License-Identifier: MIT
 """Tests of the kapris command."""
 
+import gzip
 import os
 import resource
+import subprocess
 import unittest
 
-from tool import ToolTest, fields, random_hypergraph, read, write
+from tool import KAPRIS, ToolTest, fields, random_hypergraph, read, write
 
 TWO_TRIANGLES = "7 6\n1 2\n2 3\n1 3\n4 5\n5 6\n4 6\n3 4\n"
 
@@ -61,6 +63,36 @@ class Commands(ToolTest):
         self.run_kapris("eval", "sub/t.hgr", "-", text=done.stdout)
         self.assertEqual(len(os.listdir(".")), 3)
 
+    def test_outputs_that_are_no_plain_files(self):
+        write("t.hgr", TWO_TRIANGLES)
+        partition = ("partition", "t.hgr", "-k", "2", "-o")
+        self.run_kapris(*partition, "/dev/null")
+        os.mkfifo("pipe")
+        with subprocess.Popen(["cat", "pipe"], stdout=subprocess.PIPE, encoding="ascii") as reader:
+            self.run_kapris(*partition, "pipe")
+            self.assertEqual(len(reader.stdout.read().splitlines()), 6)
+        # The file that standard output goes to is added to, not replaced.
+        write("log", "before\n")
+        with open("log", "a", encoding="ascii") as log:
+            self.run_kapris("stats", "t.hgr", "--json=/dev/stdout", stdout=log)
+        self.assertTrue(read("log").startswith("before\n{\n"))
+        os.symlink("target", "link")
+        write("target", "old\n")
+        os.chmod("target", 0o640)
+        self.run_kapris(*partition, "link")
+        self.assertEqual((len(read("target").split()), os.path.islink("link"), os.stat("target").st_mode & 0o777),
+                         (6, True, 0o640))
+        self.run_kapris(*partition, "part.gz")
+        self.run_kapris("eval", "t.hgr", "part.gz")
+        with gzip.open("part.gz", "rt") as file:
+            self.assertEqual(file.read(), read("target"))
+        # A message that nobody can read does not change the exit status.
+        for number, args in ((6, ("partition", "none", "-k", "2")), (2, ("partition",)), (0, (*partition, "again"))):
+            with open("/dev/full", "w", encoding="ascii") as full:
+                self.assertEqual(subprocess.run([KAPRIS, *args], stderr=full, stdout=subprocess.DEVNULL,
+                                                check=False).returncode, number)
+        self.assertEqual(sorted(os.listdir(".")), ["again", "link", "log", "part.gz", "pipe", "t.hgr", "target"])
+
     def test_degenerate_hypergraphs(self):
         for text, ncells in (("0 0\n", 0), ("0 4\n", 4), ("2 2\n\n1 1\n", 2), ("1 2 11\n0 1 2\n0\n0\n", 2)):
             write("d.hgr", text)
@@ -89,8 +121,14 @@ class Commands(ToolTest):
                 ("clock seed", *partition, "-k", "2", "--start-range", "0:1", "--seed", "-1"),
                 ("--target-weights: 3 weights for 2 parts", *partition, "-k", "2", "--target-weights", "1,1,1"),
                 ("--target-weights: '-1' is not a weight", *partition, "-k", "2", "--target-weights", "1,-1"),
-                ("both go to standard output", *partition, "-k", "2", "-o", "-", "--json"),
-                ("both to be x", *partition, "-k", "2", "-o", "x", "--json=x"),
+                ("two results go to standard output", *partition, "-k", "2", "-o", "-", "--json"),
+                ("both to be ./x", *partition, "-k", "2", "-o", "x", "--json=./x"),
+                ("parts is the input itself", "eval", "t.hgr", "parts", "--json=parts"),
+                ("parts is the input itself", *partition, "-k", "2", "--fixed", "./parts", "-o", "parts"),
+                ("--fixed: the value is empty", *partition, "-k", "2", "--fixed", ""),
+                ("leading zero", *partition, "-k", "010"),
+                ("'nan' is not a number", *partition, "-k", "2", "--time-limit", "nan"),
+                ("'-1' is not a number of bytes", *partition, "-k", "2", "--memory-limit", "-1"),
                 ("--runs", *partition, "-k", "2", "--runs", "0"),
                 ("--seed", *partition, "-k", "2", "--seed", "x"),
                 ("extra", *partition, "extra", "-k", "2"),

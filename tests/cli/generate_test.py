@@ -129,7 +129,8 @@ class Generate(ToolTest):
                 ("--pins 100", "circuit --cells 50000000 --pins 100"),
                 ("--size starts at 1", "planted --size 1:3"), ("--crossing 9", "planted --nets 8 --crossing 9"),
                 ("--parts 2001", "planted --parts 2001"),
-                ("--output and --partition", "planted -o a --partition a")):
+                ("both to be a", "planted -o a --partition a"),
+                ("both to be planted-100-1.hgr", "planted --cells 100 --partition planted-100-1.hgr")):
             self.fails(2, message, "generate", *arguments.split())
 
 

@@ -125,7 +125,8 @@ class Solve(ToolTest):
         self.fails(2, "do not belong together: ", "best", "a.json", "d.json")
         write("a", read("b"))
         self.fails(3, "a:1:1: not the partition that a.json speaks of", "best", "a.json", "-o", "x")
-        for text in ("[1", "{}", "[]", '{"schema": 3}', read("b.json").replace('"balanced": true', '"balanced": 2')):
+        for text in ("[1", "{}", read("b.json")[:-2] + ', "x": ' + "[" * 200000 + "]" * 200000 + "}",
+                     read("b.json").replace('"number": 4', '"number": 18446744073709551615'), "[]", '{"schema": 3}', read("b.json").replace('"balanced": true', '"balanced": 2')):
             write("bad.json", text)
             self.fails(3, "bad.json:1:1: not a", "best", "a.json", "bad.json")
 
