@@ -155,10 +155,15 @@ static void AddEffort(CLI::App *verb, Request *request)
           ""));
 }
 
-static void AddOutput(CLI::App *verb, Request *request)
+// Of the default output.
+static const char part_suffix[] = "part", refined_suffix[] = "refined";
+
+static void AddOutput(CLI::App *verb, Request *request, const char *suffix)
 {
-  verb->add_option("-o,--output", request->out,
-                   "Part file, - for standard output; default: FILE.part.N in the working directory")
+  verb->add_option(
+          "-o,--output", request->out,
+          fmt::format("Part file, - for standard output; default: FILE.{}.N in the working directory",
+                      suffix))
       ->type_name("FILE");
   AddJson(verb, &request->json, "kapris-result-1");
   verb->add_flag("-q,--quiet", request->quiet, "Print only the name of the file written");
@@ -174,14 +179,14 @@ void AddPartitionOptions(CLI::App *verb, Request *request)
   AddNamed(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
   AddEffort(verb, request);
   verb->add_flag("--reconst", request->reconst, "Pieces of cut nets stay in the recursion");
-  AddOutput(verb, request);
+  AddOutput(verb, request, part_suffix);
 }
 
 void AddRefineOptions(CLI::App *verb, Request *request)
 {
   AddGoal(verb, request);
   AddEffort(verb, request);
-  AddOutput(verb, request);
+  AddOutput(verb, request, refined_suffix);
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -282,8 +287,8 @@ static std::string DefaultOutput(const std::string &command, const Request &requ
 {
   const std::string name = NameOf(request.input);
 
-  return fmt::format("{}.{}.{}", name.substr(name.rfind('/') + 1), command == "refine" ? "refined" : "part",
-                     request.nparts);
+  return fmt::format("{}.{}.{}", name.substr(name.rfind('/') + 1),
+                     command == "refine" ? refined_suffix : part_suffix, request.nparts);
 }
 
 // The verb best finds the part file by its name in the result.

@@ -11,7 +11,8 @@ namespace kapris_cli
 
 // An option whose value is a number from low to high. Value is double, or optional<double> for one without default.
 template <typename Value>
-CLI::Option *AddDecimal(CLI::App *verb, const char *name, Value *value, double low, double high, const char *help)
+CLI::Option *AddDecimal(CLI::App *verb, const char *name, Value *value, double low, double high,
+                        const char *help)
 {
   const auto check = [=](const std::string &text) {
     double given = 0;
