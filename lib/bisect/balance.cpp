@@ -25,7 +25,7 @@ static void MakeMoves(HGraph *graph, FMState *fm)
     if (c == -1)
       return;
 
-    fm->moved[c] = LOCKED;
+    fm->place[c] = LOCKED;
     // A cell that its side cannot spare is out for the rest of the call.
     if (graph->pwgts[from] - graph->cellwgt[c] < fm->minpwgt[from])
       continue;

@@ -6,7 +6,7 @@
 //   choose    the side that gives the next cell          FM_PickSide__
 //   take      that cell out of its queue                 FM_TakeCell__
 //   remember  the best point so far                      FM_NotePoint__
-//   move      gains of the cells around                  FM_UpdateMove__
+//   move      gains of the cells around                  FM_UpdateFree__, FM_UpdateMove__
 //   undo      the moves after that point                 FM_Rollback__
 // The passes end after one that does not lower the cut. The variants, bits of a template argument:
 //             FM_PLAIN                   FM_HEAVY                     FM_EXACT
@@ -79,6 +79,8 @@ static void FM_StartPass__(Control *ctrl, HGraph *graph, FMState *fm, int pass)
     ComputeInitGains__(graph);
   FM_SetBounds__(ctrl, graph, fm);
   FM_FillQueues__(graph, fm, BOTH_SIDES);
+  if constexpr (!(variant & FM_EXACT))
+    FM_LoadNets__(graph, fm);
   FM_StartLog__(graph, fm);
   FM_TraceStart__<variant>(ctrl, graph, fm, pass);
   StopTimer__(ctrl, &ctrl->InitTmr);
@@ -156,9 +158,15 @@ static void FM_MakeMoves__(Control *ctrl, HGraph *graph, FMState *fm, int limit)
       break;
     const int to = 1 - from;
     const int c = FM_TakeCell__<variant>(graph, fm, from, cand[from]);
+    if constexpr (!(variant & FM_EXACT)) {
+      FM_Prefetch__(graph, fm, c);
+      const int next = PQueueSeeMax__(&fm->queue[from]); // likely to be next
+      if (next != -1)
+        FM_Prefetch__(graph, fm, next);
+    }
 
     fm->newcut = SubWrap__(fm->newcut, graph->gain[c]);
-    fm->moved[c] = n;
+    fm->place[c] = LOCKED;
     FM_Shift__(graph, c, from, to);
     if (FM_NotePoint__<variant>(graph, fm, n, limit) == FM_STOP) {
       FM_Shift__(graph, c, to, from);
@@ -170,7 +178,7 @@ static void FM_MakeMoves__(Control *ctrl, HGraph *graph, FMState *fm, int limit)
       graph->gain[c] = SubWrap__(0, graph->gain[c]);
       FM_UpdateMove__<UPDATE_QUEUE>(graph, fm, c, from, to);
     } else {
-      FM_UpdateMove__<UPDATE_FREE>(graph, fm, c, from, to);
+      FM_UpdateFree__(graph, fm, c, from, to);
     }
   }
   StopTimer__(ctrl, &ctrl->IterTmr);
@@ -208,6 +216,8 @@ static void FM_Run__(Control *ctrl, HGraph *graph, int npasses, float fraction)
     StartTimer__(ctrl, &ctrl->InitTmr);
     ComputeInitGains__(graph);
     StopTimer__(ctrl, &ctrl->InitTmr);
+  } else {
+    fm.nets = QVarray__<FMNet>(graph->nnets, "FM_Refine: nets");
   }
   for (int pass = 0; pass < npasses; pass++) {
     FM_StartPass__<variant>(ctrl, graph, &fm, pass);

@@ -6,19 +6,29 @@
 #include "bisect.h"
 #include "pqueue.h"
 
-// FMState::moved.
-enum {
-  UNMOVED = -1, // free: the cell is in the queue of its side
-  LOCKED = 1    // any other value: moved, skipped, an anchor, or of a side that is not queued
+// FMState::place, where it is not a side: the cell has moved or was skipped in this pass, is an anchor, or belongs to a
+// side that is not queued.
+enum { LOCKED = 2 };
+
+// What a pass that recomputes all gains knows of a net, in one place. No longer kept once both sides have a locked pin:
+// the net stays cut until the pass ends, so no free cell can gain or lose by it.
+struct FMNet {
+  int npins[2]; // on each side
+  int weight;
+  int begin, end;  // of its pins in netind
+  unsigned locked; // bits 1 << side: that side has a pin that cannot move
 };
+
+enum { BOTH_LOCKED = 3 };
 
 // The working storage of one call of a two-way routine.
 struct FMState {
-  PQueue queue[2]; // the free cells of each side, by gain
-  int *moved;      // [ncells]
-  int *swaps;      // [ncells] cells in the order of their moves
-  int *perm;       // [ncells] the random order in which cells are queued
-  int minpwgt[2];  // lowest weight of each side in an accepted bisection
+  PQueue queue[2];    // the free cells of each side, by gain
+  signed char *place; // [ncells] the side of a queued cell, or LOCKED
+  FMNet *nets;        // [nnets], or NULL where gains stay exact
+  int *swaps;         // [ncells] cells in the order of their moves
+  int *perm;          // [ncells] the random order in which cells are queued
+  int minpwgt[2];     // lowest weight of each side in an accepted bisection
 
   int initcut; // cut at the start of the pass
   int newcut;  // cut after the moves so far
@@ -30,6 +40,8 @@ struct FMState {
 
 void FM_Alloc__(const HGraph *graph, FMState *fm);
 void FM_Free__(FMState *fm);
+// Fills fm->nets from the counts of a fresh ComputeInitGains__.
+void FM_LoadNets__(const HGraph *graph, FMState *fm);
 
 // Sets minpwgt from pwgts and the share and allowance of ctrl.
 void FM_SetBounds__(const Control *ctrl, const HGraph *graph, FMState *fm);
@@ -69,14 +81,7 @@ inline void FM_NoteBest__(const HGraph *graph, FMState *fm, int n)
   }
 }
 
-// Which pins of the moved cell's nets a move update reaches, and whether their queues are told.
-enum UpdateScope {
-  UPDATE_FREE,  // free cells, all queued: the gains of locked cells go stale
-  UPDATE_QUEUE, // every cell but the moved one; free cells are queued
-  UPDATE_GAINS  // every cell but the moved one; no queue is touched (roll-back)
-};
-
-// Brings counts and gains up to date after c has changed from side from to side to. By the counts after the move:
+// How a move changes gains. By the counts after the move of a cell to side to:
 //   pins left on from   a pin there                     a pin on to
 //   0                   -                               -w: moving it back would cut the net
 //   1                   +w: the last pin can follow     -
@@ -85,6 +90,55 @@ enum UpdateScope {
 //   2                   -                               -w: it is no longer the only one there
 // So a net with more than two pins on to and at least two on from changes no gain. A net with just one pin on
 // each side gives the one on from both gains.
+
+// Asks for the nets of a cell that is about to move: their records lie anywhere in memory.
+inline void FM_Prefetch__(const HGraph *graph, const FMState *fm, int c)
+{
+  for (int i = graph->incptr[c]; i < graph->incptr[c + 1]; i++)
+    __builtin_prefetch(&fm->nets[graph->incind[i]]);
+}
+
+// The move of c in a pass that recomputes all gains: only those of free cells are kept up to date. A single pin that is
+// locked gains nothing that counts.
+inline void FM_UpdateFree__(HGraph *graph, FMState *fm, int c, int from, int to)
+{
+  const int *net = graph->incind + graph->incptr[c], *end = graph->incind + graph->incptr[c + 1];
+  const unsigned onfrom = 1u << from, onto = 1u << to;
+
+  for (; net < end; net++) {
+    FMNet *n = &fm->nets[*net];
+    const unsigned locked = n->locked;
+    if (locked == BOTH_LOCKED)
+      continue;
+    n->locked = locked | onto;
+    const int nto = ++n->npins[to], nfrom = --n->npins[from], w = n->weight;
+    if (nto > 2 && nfrom >= 2)
+      continue;
+
+    int change[2];
+    change[from] = AddWrap__(nfrom == 1 && !(locked & onfrom) ? w : 0, nto == 1 ? w : 0);
+    change[to] = -AddWrap__(nfrom == 0 ? w : 0, nto == 2 && !(locked & onto) ? w : 0);
+    // Pins that can be concerned, c left out.
+    int left = (change[from] != 0 ? nfrom : 0) + (change[to] != 0 ? nto - 1 : 0);
+    for (int k = n->begin; left > 0 && k < n->end; k++) {
+      const int u = graph->netind[k], side = fm->place[u];
+      if (side == LOCKED || change[side] == 0)
+        continue;
+      const int oldgain = graph->gain[u], newgain = AddWrap__(oldgain, change[side]);
+      graph->gain[u] = newgain;
+      PQueueUpdate__(&fm->queue[side], u, oldgain, newgain);
+      left--;
+    }
+  }
+}
+
+// Whether the queues are told of a move that keeps all gains but the moved cell's.
+enum UpdateScope {
+  UPDATE_QUEUE, // free cells are queued
+  UPDATE_GAINS  // no queue is touched (roll-back)
+};
+
+// Brings counts and gains up to date after c has changed from side from to side to.
 template <UpdateScope scope>
 inline void FM_UpdateMove__(HGraph *graph, FMState *fm, int c, int from, int to)
 {
@@ -104,13 +158,13 @@ inline void FM_UpdateMove__(HGraph *graph, FMState *fm, int c, int from, int to)
 
     for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++) {
       const int u = graph->netind[k];
-      if (scope == UPDATE_FREE ? fm->moved[u] != UNMOVED : u == c)
+      if (u == c)
         continue;
       const int side = graph->where[u];
       const int oldgain = graph->gain[u];
       const int newgain = AddWrap__(oldgain, change[side]);
       graph->gain[u] = newgain;
-      if (scope == UPDATE_FREE || (scope == UPDATE_QUEUE && fm->moved[u] == UNMOVED))
+      if (scope == UPDATE_QUEUE && fm->place[u] != LOCKED)
         PQueueUpdate__(&fm->queue[side], u, oldgain, newgain);
     }
   }

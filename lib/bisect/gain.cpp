@@ -66,7 +66,7 @@ void FM_Alloc__(const HGraph *graph, FMState *fm)
   *fm = FMState{};
   PQueueInit__(&fm->queue[0], n, maxgain);
   PQueueInit__(&fm->queue[1], n, maxgain);
-  fm->moved = imalloc__(n, "FM_Refine: moved");
+  fm->place = QVarray__<signed char>(n, "FM_Refine: place");
   fm->swaps = imalloc__(n, "FM_Refine: swaps");
   fm->perm = imalloc__(n, "FM_Refine: perm");
 }
@@ -75,7 +75,17 @@ void FM_Free__(FMState *fm)
 {
   PQueueFree__(&fm->queue[0]);
   PQueueFree__(&fm->queue[1]);
-  QVfree__(&fm->moved, &fm->swaps, &fm->perm);
+  QVfree__(&fm->place, &fm->nets, &fm->swaps, &fm->perm);
+}
+
+void FM_LoadNets__(const HGraph *graph, FMState *fm)
+{
+  for (int j = 0; j < graph->nnets; j++)
+    fm->nets[j] = {
+        {graph->ndeg[0][j], graph->ndeg[1][j]}, graph->netwgt[j], graph->netptr[j], graph->netptr[j + 1], 0};
+  for (int c = 0; c < graph->nfixed; c++)
+    for (int k = graph->incptr[c]; k < graph->incptr[c + 1]; k++)
+      fm->nets[graph->incind[k]].locked |= 1u << graph->where[c];
 }
 
 void FM_SetBounds__(const Control *ctrl, const HGraph *graph, FMState *fm)
@@ -95,9 +105,9 @@ void FM_FillQueues__(HGraph *graph, FMState *fm, int side)
   for (int i = 0; i < graph->ncells; i++) {
     const int c = fm->perm[i];
     if (c < graph->nfixed || (side != BOTH_SIDES && graph->where[c] != side)) {
-      fm->moved[c] = LOCKED;
+      fm->place[c] = LOCKED;
     } else {
-      fm->moved[c] = UNMOVED;
+      fm->place[c] = static_cast<signed char>(graph->where[c]);
       PQueueInsert__(&fm->queue[graph->where[c]], c, graph->gain[c]);
     }
   }

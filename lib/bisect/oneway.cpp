@@ -18,7 +18,7 @@ static void TraceStart(const Control *ctrl, const HGraph *graph, const FMState *
 
 static void MakeMoves(Control *ctrl, HGraph *graph, FMState *fm, int side)
 {
-  const int other = 1 - side, skipped = graph->ncells;
+  const int other = 1 - side;
 
   StartTimer__(ctrl, &ctrl->IterTmr);
   for (int n = 0; n < graph->ncells; n++) {
@@ -29,13 +29,13 @@ static void MakeMoves(Control *ctrl, HGraph *graph, FMState *fm, int side)
     if (graph->pwgts[side] - graph->cellwgt[c] < fm->minpwgt[side]) {
       if (graph->gain[c] <= 0)
         break;
-      fm->moved[c] = skipped;
+      fm->place[c] = LOCKED;
       fm->swaps[fm->nmoves++] = c;
       continue;
     }
 
     fm->newcut = SubWrap__(fm->newcut, graph->gain[c]);
-    fm->moved[c] = n;
+    fm->place[c] = LOCKED;
     fm->swaps[fm->nmoves++] = c;
     FM_Shift__(graph, c, side, other);
     FM_NoteBest__(graph, fm, n);
