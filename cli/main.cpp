@@ -3,7 +3,7 @@
 
 #include "failure.h"
 
-#include "verbs/json.h"
+#include "options/json.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>

@@ -8,7 +8,7 @@
 #include "io/entries.h"
 #include "io/files.h"
 #include "io/output.h"
-#include "verbs/choice.h"
+#include "options/choice.h"
 
 #include <fmt/format.h>
 

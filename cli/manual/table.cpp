@@ -9,7 +9,7 @@
 namespace kapris_cli
 {
 
-// The names of an enumerated option; Choice (verbs/choice.h) makes them its type name.
+// The names of an enumerated option; Choice (options/choice.h) makes them its type name.
 static std::vector<std::string> ReadChoices(const std::string &type)
 {
   const bool names = type.find('|') != std::string::npos &&

@@ -6,9 +6,9 @@
 #include "failure.h"
 
 #include "io/files.h"
-#include "verbs/choice.h"
-#include "verbs/decimal.h"
-#include "verbs/json.h"
+#include "options/choice.h"
+#include "options/decimal.h"
+#include "options/json.h"
 
 #include <algorithm>
 #include <charconv>

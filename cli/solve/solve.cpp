@@ -14,10 +14,10 @@
 #include "io/parts.h"
 #include "measure/bounds.h"
 #include "measure/measures.h"
+#include "options/json.h"
 #include "solve/interrupt.h"
 #include "solve/outcome.h"
 #include "solve/progress.h"
-#include "verbs/json.h"
 
 #include <chrono>
 #include <cstdio>

@@ -13,7 +13,7 @@
 #include "io/output.h"
 #include "io/parts.h"
 #include "measure/hash.h"
-#include "verbs/json.h"
+#include "options/json.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>

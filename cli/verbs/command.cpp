@@ -3,7 +3,7 @@
 
 #include "kapris.h"
 
-#include "verbs/choice.h"
+#include "options/choice.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>

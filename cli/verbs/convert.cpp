@@ -12,7 +12,7 @@
 #include "io/input.h"
 #include "io/output.h"
 #include "measure/report.h"
-#include "verbs/choice.h"
+#include "options/choice.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>

@@ -12,8 +12,8 @@
 #include "measure/bounds.h"
 #include "measure/measures.h"
 #include "measure/report.h"
-#include "verbs/decimal.h"
-#include "verbs/json.h"
+#include "options/decimal.h"
+#include "options/json.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>

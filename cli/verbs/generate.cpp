@@ -9,7 +9,7 @@
 #include "io/output.h"
 #include "io/parts.h"
 #include "measure/report.h"
-#include "verbs/decimal.h"
+#include "options/decimal.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>

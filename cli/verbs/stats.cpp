@@ -6,7 +6,7 @@
 #include "io/input.h"
 #include "io/output.h"
 #include "measure/report.h"
-#include "verbs/json.h"
+#include "options/json.h"
 #include "verbs/verbs.h"
 
 #include <CLI/CLI.hpp>

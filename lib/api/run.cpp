@@ -12,30 +12,8 @@
 #include "rebalance.h"
 #include "start.h"
 
-#include <tuple>
-
 // ----------------------------------------------------------------------------------------------------------
 // Candidates
-
-bool IsBetter__(const Run *run, const Candidate *a, const Candidate *b)
-{
-  const bool bycut = run->options->objective == KAPRIS_CUT;
-  const auto key = [bycut](const Candidate *c) {
-    const Measures *m = &c->measures;
-    return std::make_tuple(!m->balanced, bycut ? m->cut : m->soed, bycut ? m->soed : m->cut, m->imbalance,
-                           c->start);
-  };
-
-  if (a->start == NO_CANDIDATE || b->start == NO_CANDIDATE)
-    return b->start == NO_CANDIDATE;
-  // The simple partition stands in for a balanced one only.
-  if (a->start == SIMPLE_PARTITION || b->start == SIMPLE_PARTITION) {
-    if (a->measures.balanced != b->measures.balanced)
-      return a->measures.balanced;
-    return b->start == SIMPLE_PARTITION;
-  }
-  return key(a) < key(b);
-}
 
 // Whether a part above its limit has been repaired is for the measures to tell.
 static void Balance(Start *start, int *part)
@@ -61,9 +39,9 @@ static Measures Consider(Run *run, int index, int *part)
   const Measures measures = candidate.measures;
   const std::lock_guard<std::mutex> guard(run->lock);
 
-  if (index != SIMPLE_PARTITION && IsBetter__(run, &candidate, &run->shown))
+  if (index != SIMPLE_PARTITION && IsBetter__(run->options, &candidate, &run->shown))
     run->shown = {nullptr, measures, index};
-  if (IsBetter__(run, &candidate, &run->best))
+  if (IsBetter__(run->options, &candidate, &run->best))
     std::swap(candidate, run->best);
   QVfree__(&candidate.part);
   return measures;

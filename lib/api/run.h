@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "candidate.h"
 #include "pool.h"
 #include "problem.h"
 
@@ -11,16 +12,6 @@
 
 // Why a call ends early.
 enum StopReason { GOES_ON, TIME_IS_UP, CANCELLED, FAILED };
-
-// Candidates that no start has made.
-enum { NO_CANDIDATE = -3, SIMPLE_PARTITION = -2, GIVEN_PARTITION = -1 };
-
-// A partition that can become the result.
-struct Candidate {
-  int *part;
-  Measures measures;
-  int start; // that made it, or one of the above
-};
 
 struct Run {
   const CleanProblem *problem;
@@ -50,6 +41,3 @@ double SecondsSince__(std::chrono::steady_clock::time_point began);
 // Runs all starts, or as far as the limits allow; leaves the best partition in run->best and the figures of each start
 // in run->starts. With given, [ncells], they improve that partition. Throws what a start threw.
 void RunStarts__(Run *run, const int *given);
-
-// Whether a comes before b under the order of partitions.
-bool IsBetter__(const Run *run, const Candidate *a, const Candidate *b);

@@ -121,7 +121,7 @@ static void ShowIncumbent(const Start *start)
   const Candidate candidate = {nullptr, Measure__(run->problem, start->incumbent, nullptr), start->index};
   const std::lock_guard<std::mutex> guard(run->lock);
 
-  if (run->shown.start == NO_CANDIDATE || IsBetter__(run, &candidate, &run->shown))
+  if (run->shown.start == NO_CANDIDATE || IsBetter__(run->options, &candidate, &run->shown))
     run->shown = candidate;
 }
 

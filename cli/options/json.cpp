@@ -1,7 +1,7 @@
-// cli/verbs/json.cpp - the option --json that several verbs have.
+// cli/options/json.cpp - the option --json that several verbs have.
 // SPDX-License-Identifier: MIT
 
-#include "verbs/json.h"
+#include "options/json.h"
 
 #include "io/output.h"
 

@@ -1,4 +1,4 @@
-// cli/verbs/decimal.h - options whose value is a number with a fraction.
+// cli/options/decimal.h - options whose value is a number with a fraction.
 // SPDX-License-Identifier: MIT
 #pragma once
 

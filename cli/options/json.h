@@ -1,4 +1,4 @@
-// cli/verbs/json.h - the option --json that several verbs have.
+// cli/options/json.h - the option --json that several verbs have.
 // SPDX-License-Identifier: MIT
 #pragma once
 

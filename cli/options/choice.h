@@ -1,4 +1,4 @@
-// cli/verbs/choice.h - options whose value is one of a few names.
+// cli/options/choice.h - options whose value is one of a few names.
 // SPDX-License-Identifier: MIT
 #pragma once
 

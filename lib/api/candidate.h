@@ -1,0 +1,18 @@
+// lib/api/candidate.h - partitions that can become the result of a call, and their order; private to this folder.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "problem.h"
+
+// Candidates that no start has made.
+enum { NO_CANDIDATE = -3, SIMPLE_PARTITION = -2, GIVEN_PARTITION = -1 };
+
+// A partition that can become the result.
+struct Candidate {
+  int *part;
+  Measures measures;
+  int start; // that made it, or one of the above
+};
+
+// Whether a comes before b.
+bool IsBetter__(const kapris_options *options, const Candidate *a, const Candidate *b);
