@@ -74,11 +74,6 @@ const char *NameOfVCycle(kapris_vcycle vcycle)
   return NameOfValue(vcycles, vcycle);
 }
 
-const char *NameOfPreset(Preset preset)
-{
-  return NameOfValue(presets, preset);
-}
-
 // ----------------------------------------------------------------------------------------------------------
 // The options
 

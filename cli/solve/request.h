@@ -64,6 +64,5 @@ const char *NameOfObjective(kapris_objective objective);
 const char *NameOfCoarsening(kapris_coarsening coarsening);
 const char *NameOfRefinement(kapris_refinement refinement);
 const char *NameOfVCycle(kapris_vcycle vcycle);
-const char *NameOfPreset(Preset preset);
 
 } // namespace kapris_cli

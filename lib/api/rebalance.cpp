@@ -80,7 +80,7 @@ static BalanceVerdict RunSteps(const BalanceProblem *problem, int *part, int *be
 BalanceVerdict Rebalance__(const BalanceProblem *problem, int *part)
 {
   const std::int64_t excess = TotalExcess__(problem, part);
-  BalanceVerdict verdict = NOT_FOUND;
+  BalanceVerdict verdict = BALANCED;
 
   if (excess == 0)
     return BALANCED;
@@ -88,6 +88,7 @@ BalanceVerdict Rebalance__(const BalanceProblem *problem, int *part)
   try {
     verdict = RunSteps(problem, part, before);
   } catch (const StopRun &) {
+    verdict = INTERRUPTED;
     // Packing starts from worse partitions. The memory of the steps goes back when the call ends.
     if (TotalExcess__(problem, part) > excess)
       icopy__(problem->ncells, before, part);

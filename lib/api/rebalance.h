@@ -23,7 +23,8 @@ struct BalanceProblem {
 enum BalanceVerdict {
   BALANCED,   // no part is above its limit
   IMPOSSIBLE, // some part is, and it is shown that no assignment of the free cells avoids that
-  NOT_FOUND   // some part is, and nothing is shown, or the work was ended
+  NOT_FOUND,  // some part is, and nothing is shown
+  INTERRUPTED // proceed ended the work
 };
 
 // The weight above the limits, summed over the parts. Allocates nothing.

@@ -15,8 +15,9 @@
 // ----------------------------------------------------------------------------------------------------------
 // Candidates
 
-// Whether a part above its limit has been repaired is for the measures to tell.
-static void Balance(Start *start, int *part)
+// Returns whether it came to an end of its own. Whether a part above its limit has been repaired is for the measures to
+// tell.
+static bool Balance(Start *start, int *part)
 {
   const Run *run = start->run;
   const CleanProblem *problem = run->problem;
@@ -28,8 +29,10 @@ static void Balance(Start *start, int *part)
                                   Proceed__,        start};
 
   Enter__(start, PHASE_BALANCE, problem->ncells);
-  if (Rebalance__(&balance, part) == IMPOSSIBLE)
+  const BalanceVerdict verdict = Rebalance__(&balance, part);
+  if (verdict == IMPOSSIBLE)
     start->run->impossible = true;
+  return verdict != INTERRUPTED;
 }
 
 // Makes the partition the best of the call if it is. Takes over part.
@@ -95,9 +98,9 @@ static void RunStart(Run *run, int index)
   record->seed = SeedOf(run, record->number);
   try {
     RunEngine__(&start, record->seed, part);
-    Balance(&start, part);
+    const bool completed = Balance(&start, part);
     const Measures measures = Consider(run, index, part);
-    RecordStart(record, &measures, true);
+    RecordStart(record, &measures, completed);
     QVfree__(&start.incumbent);
   } catch (const StopRun &) {
     // What the engine had allocated goes back when the call ends.

@@ -70,8 +70,9 @@ static BalanceVerdict Rebalanced(Task *task, Ints *part)
     problem.owner = &left;
     problem.proceed = [](void *owner) { return (*static_cast<int *>(owner))-- > 0; };
     const std::uint64_t serial = Ledger__()->serial;
-    Rebalance__(&problem, stopped.data());
-    LedgerRelease__(serial); // as the end of a stopped call does
+    const BalanceVerdict ended = Rebalance__(&problem, stopped.data());
+    EXPECT_EQ(ended == INTERRUPTED, left < 0); // asked once too often
+    LedgerRelease__(serial);                   // as the end of a stopped call does
     EXPECT_LE(ExcessOf(*task, stopped), ExcessOf(*task, before));
   }
   problem.proceed = nullptr;
