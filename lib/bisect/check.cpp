@@ -1,8 +1,7 @@
 // lib/bisect/check.cpp - validators of the bisection state and of the queue, written from the definitions.
 // SPDX-License-Identifier: MIT
 
-#include "bisect.h"
-#include "pqueue.h"
+#include "fm.h"
 
 #include <vector>
 
@@ -23,25 +22,33 @@ const char *CheckBisection__(const HGraph *graph)
   return nullptr;
 }
 
-const char *CheckGains__(const HGraph *graph)
+const char *CheckGains__(const HGraph *graph, const FMState *fm)
 {
-  for (int j = 0; j < graph->nnets; j++) {
-    int ndeg[2] = {0, 0};
-    for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++)
-      ndeg[graph->where[graph->netind[k]]]++;
-    if (ndeg[0] != graph->ndeg[0][j] || ndeg[1] != graph->ndeg[1][j])
-      return "ndeg: not the pins of the net on each side";
-  }
+
   if (!HasPlainNets__(graph))
     return nullptr;
   for (int i = 0; i < graph->ncells; i++) {
+    const int *link = FM_Links__(fm, i).first;
     int gain = 0;
+
+    if (FM_Side__(fm, i) != graph->where[i])
+      return "place: not the side of the cell";
     for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++) {
       const int j = graph->incind[k];
-      const int here = graph->ndeg[graph->where[i]][j], there = graph->ndeg[1 - graph->where[i]][j];
+      int npins[2] = {0, 0};
+      for (int p = graph->netptr[j]; p < graph->netptr[j + 1]; p++)
+        npins[graph->where[graph->netind[p]]]++;
+      const int here = npins[graph->where[i]], there = npins[1 - graph->where[i]];
       gain = AddWrap__(gain, graph->netwgt[j] * ((there > 0 && here == 1) - (there == 0)));
+      if (*link < 0) {
+        link += 2;
+        continue;
+      }
+      const FMNet *net = &fm->nets[*link++];
+      if (net->npins[0] != npins[0] || net->npins[1] != npins[1])
+        return "nets: not the pins of the net on each side";
     }
-    if (gain != graph->gain[i])
+    if (gain != fm->nodes[i].gain)
       return "gain: not the fall of the cut when the cell changes sides";
   }
   return nullptr;
@@ -64,20 +71,18 @@ const char *CheckQueue__(const PQueue *queue)
   }
 
   std::vector<bool> listed(static_cast<std::size_t>(queue->maxnodes), false);
-  int top = -queue->gainspan;
   for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++) {
     int prev = NOT_QUEUED;
-    for (int item = queue->buckets[gain + queue->gainspan]; item != NOT_QUEUED;
+    if (gain > queue->topgain && queue->buckets[gain + queue->gainspan] != queue->maxnodes)
+      return "topgain: below an item";
+    for (int item = queue->buckets[gain + queue->gainspan]; item != queue->maxnodes;
          item = queue->nodes[item].next) {
       if (listed[static_cast<std::size_t>(item)] || queue->nodes[item].prev != prev)
         return "nodes: a bucket's list is not linked both ways";
       listed[static_cast<std::size_t>(item)] = true;
       prev = item;
-      top = gain;
       n++;
     }
   }
-  if (n != queue->nnodes)
-    return "nnodes: not the number of queued items";
-  return queue->topgain == top ? nullptr : "topgain: not the highest gain";
+  return n == queue->nnodes ? nullptr : "nnodes: not the number of queued items";
 }

@@ -4,7 +4,6 @@
 // A pass moves free cells, best gain first, and keeps the best balanced prefix of its moves:
 //   start     gains, bounds, one queue per side          FM_StartPass__
 //   choose    the side that gives the next cell          FM_PickSide__
-//   take      that cell out of its queue                 FM_TakeCell__
 //   remember  the best point so far                      FM_NotePoint__
 //   move      gains of the cells around                  FM_UpdateFree__, FM_UpdateMove__
 //   undo      the moves after that point                 FM_Rollback__
@@ -37,8 +36,8 @@ static void FM_TraceStart__(const Control *ctrl, const HGraph *graph, const FMSt
   if (!(ctrl->dbglvl & DBG_PASSES) || pass != 0)
     return;
   Trace__("Partitions%s: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d", variant == FM_HEAVY ? "2" : "",
-          fm->queue[0].nnodes, graph->pwgts[0], fm->queue[1].nnodes, graph->pwgts[1], fm->initcut,
-          ComputeCut__(graph), fm->minpwgt[0]);
+          fm->queue[0].nnodes, fm->pwgts[0], fm->queue[1].nnodes, fm->pwgts[1], fm->initcut,
+          ComputeActualCut__(graph, graph->where), fm->minpwgt[0]);
   if (variant & FM_EXACT)
     Trace__("]\n");
   else
@@ -46,15 +45,15 @@ static void FM_TraceStart__(const Control *ctrl, const HGraph *graph, const FMSt
 }
 
 template <int variant>
-static void FM_TraceMove__(const Control *ctrl, const HGraph *graph, const FMState *fm, int c, int from)
+static void FM_TraceMove__(const Control *ctrl, const FMState *fm, int c, int from)
 {
   if (!(ctrl->dbglvl & DBG_MOVES))
     return;
-  Trace__("Gains from moving %8d from %2d: %4d, \tNewcut: %d", c, from, graph->gain[c], fm->newcut);
+  Trace__("Gains from moving %8d from %2d: %4d, \tNewcut: %d", c, from, fm->nodes[c].gain, fm->newcut);
   if (variant == FM_HEAVY)
-    Trace__(" [%6d %6d %6d]\n", graph->cellwgt[c], graph->pwgts[0], graph->pwgts[1]);
+    Trace__(" [%6d %6d %6d]\n", fm->cellwgt[c], fm->pwgts[0], fm->pwgts[1]);
   else if (variant == FM_PLAIN)
-    Trace__(" [%6d %6d]\n", graph->pwgts[0], graph->pwgts[1]);
+    Trace__(" [%6d %6d]\n", fm->pwgts[0], fm->pwgts[1]);
   else
     Trace__("\n");
 }
@@ -65,36 +64,36 @@ static void FM_TraceEnd__(const Control *ctrl, const HGraph *graph, const FMStat
   if (!(ctrl->dbglvl & DBG_PASSES))
     return;
   if (variant & FM_EXACT)
-    Trace__("\tMinimum Cut: %8d [%8d] at %5d [%6d %6d]\n", fm->bestcut, ComputeCut__(graph), fm->best,
-            graph->pwgts[0], graph->pwgts[1]);
+    Trace__("\tMinimum Cut: %8d [%8d] at %5d [%6d %6d]\n", fm->bestcut,
+            ComputeActualCut__(graph, graph->where), fm->best, fm->pwgts[0], fm->pwgts[1]);
   else
-    Trace__("\tMinimum Cut: %8d at %5d [%6d %6d]\n", fm->bestcut, fm->best, graph->pwgts[0], graph->pwgts[1]);
+    Trace__("\tMinimum Cut: %8d at %5d [%6d %6d]\n", fm->bestcut, fm->best, fm->pwgts[0], fm->pwgts[1]);
 }
 
 template <int variant>
-static void FM_StartPass__(Control *ctrl, HGraph *graph, FMState *fm, int pass)
+static void FM_StartPass__(Control *ctrl, const HGraph *graph, FMState *fm, int pass, int cut)
 {
   StartTimer__(ctrl, &ctrl->InitTmr);
   if constexpr (!(variant & FM_EXACT))
-    ComputeInitGains__(graph);
-  FM_SetBounds__(ctrl, graph, fm);
+    cut = FM_ComputeGains__(graph, fm);
+  FM_SetBounds__(ctrl, fm);
   FM_FillQueues__(graph, fm, BOTH_SIDES);
   if constexpr (!(variant & FM_EXACT))
-    FM_LoadNets__(graph, fm);
-  FM_StartLog__(graph, fm);
+    FM_LockAnchors__(graph, fm);
+  FM_StartLog__(fm, cut);
   FM_TraceStart__<variant>(ctrl, graph, fm, pass);
   StopTimer__(ctrl, &ctrl->InitTmr);
 }
 
 // The side that gives the next cell, and in cand the candidate of each side; -1 when no cell is left.
 template <int variant>
-static int FM_PickSide__(const HGraph *graph, const FMState *fm, int lastside, int cand[2])
+static int FM_PickSide__(FMState *fm, int lastside, int cand[2])
 {
   int room[2];
 
   for (int s = 0; s < 2; s++) {
-    room[s] = SubWrap__(graph->pwgts[s], fm->minpwgt[s]);
-    cand[s] = (variant & FM_HEAVY) ? PQueueSeeConstraintMax(&fm->queue[s], room[s], graph->cellwgt)
+    room[s] = SubWrap__(fm->pwgts[s], fm->minpwgt[s]);
+    cand[s] = (variant & FM_HEAVY) ? PQueueSeeConstraintMax(&fm->queue[s], room[s], fm->cellwgt)
                                    : PQueueSeeMax__(&fm->queue[s]);
   }
   if (cand[0] == -1)
@@ -102,9 +101,9 @@ static int FM_PickSide__(const HGraph *graph, const FMState *fm, int lastside, i
   if (cand[1] == -1)
     return 0;
 
-  const int gain0 = graph->gain[cand[0]], gain1 = graph->gain[cand[1]];
+  const int gain0 = fm->nodes[cand[0]].gain, gain1 = fm->nodes[cand[1]].gain;
   if constexpr (variant == FM_EXACT) {
-    const bool low0 = graph->pwgts[0] < fm->minpwgt[0], low1 = graph->pwgts[1] < fm->minpwgt[1];
+    const bool low0 = room[0] < 0, low1 = room[1] < 0;
     if (gain0 > gain1)
       return low0 ? 1 : 0;
     if (gain0 < gain1)
@@ -112,73 +111,62 @@ static int FM_PickSide__(const HGraph *graph, const FMState *fm, int lastside, i
     return low0 ? 1 : low1 ? 0 : lastside;
   }
   if (gain0 > gain1)
-    return graph->pwgts[0] - graph->cellwgt[cand[0]] < fm->minpwgt[0] ? 1 : 0;
+    return fm->pwgts[0] - fm->cellwgt[cand[0]] < fm->minpwgt[0] ? 1 : 0;
   if (gain0 < gain1)
-    return graph->pwgts[1] - graph->cellwgt[cand[1]] >= fm->minpwgt[1] ? 1 : 0;
+    return fm->pwgts[1] - fm->cellwgt[cand[1]] >= fm->minpwgt[1] ? 1 : 0;
   return room[0] < room[1] ? 1 : 0;
-}
-
-template <int variant>
-static int FM_TakeCell__(const HGraph *graph, FMState *fm, int from, int cand)
-{
-  if constexpr (variant & FM_HEAVY) {
-    PQueueDelete(&fm->queue[from], cand, graph->gain[cand]);
-    return cand;
-  }
-  return PQueueGetMax__(&fm->queue[from]);
 }
 
 // Takes the point after move n for the best one if it is; tells when the moves should end before this one.
 template <int variant>
-static FMVerdict FM_NotePoint__(const HGraph *graph, FMState *fm, int n, int limit)
+static FMVerdict FM_NotePoint__(FMState *fm, int n, int limit)
 {
   if constexpr (variant & FM_EXACT) {
-    if (fm->newcut < fm->bestcut && FM_IsBalanced__(graph, fm)) {
+    if (fm->newcut < fm->bestcut && FM_IsBalanced__(fm)) {
       fm->bestcut = fm->newcut;
       fm->best = n;
     } else if (fm->newcut > fm->bestcut && n - fm->best > limit) {
       return FM_STOP;
     }
   } else {
-    FM_NoteBest__(graph, fm, n);
+    FM_NoteBest__(fm, n);
   }
   return FM_GO_ON;
 }
 
 template <int variant>
-static void FM_MakeMoves__(Control *ctrl, HGraph *graph, FMState *fm, int limit)
+static void FM_MakeMoves__(Control *ctrl, FMState *fm, int ncells, int limit)
 {
   int from = 0, cand[2];
 
   StartTimer__(ctrl, &ctrl->IterTmr);
-  for (int n = 0; n < graph->ncells; n++) {
+  for (int n = 0; n < ncells; n++) {
     CheckpointAt__(ctrl, n);
-    from = FM_PickSide__<variant>(graph, fm, from, cand);
+    from = FM_PickSide__<variant>(fm, from, cand);
     if (from == -1)
       break;
     const int to = 1 - from;
-    const int c = FM_TakeCell__<variant>(graph, fm, from, cand[from]);
-    if constexpr (!(variant & FM_EXACT)) {
-      FM_Prefetch__(graph, fm, c);
-      const int next = PQueueSeeMax__(&fm->queue[from]); // likely to be next
-      if (next != -1)
-        FM_Prefetch__(graph, fm, next);
-    }
+    const int c = cand[from];
+    PQueueDelete(&fm->queue[from], c, fm->nodes[c].gain);
+    FM_Prefetch__(fm, c);
+    const int next = PQueueSeeMax__(&fm->queue[from]); // likely to be next
+    if (next != -1)
+      __builtin_prefetch(fm->links + fm->nodes[next].links);
 
-    fm->newcut = SubWrap__(fm->newcut, graph->gain[c]);
-    fm->place[c] = LOCKED;
-    FM_Shift__(graph, c, from, to);
-    if (FM_NotePoint__<variant>(graph, fm, n, limit) == FM_STOP) {
-      FM_Shift__(graph, c, to, from);
+    fm->newcut = SubWrap__(fm->newcut, fm->nodes[c].gain);
+    FM_Lock__(fm, c);
+    FM_Shift__(fm, c, from, to);
+    if (FM_NotePoint__<variant>(fm, n, limit) == FM_STOP) {
+      FM_Shift__(fm, c, to, from);
       break;
     }
     fm->swaps[fm->nmoves++] = c;
-    FM_TraceMove__<variant>(ctrl, graph, fm, c, from);
+    FM_TraceMove__<variant>(ctrl, fm, c, from);
     if constexpr (variant & FM_EXACT) {
-      graph->gain[c] = SubWrap__(0, graph->gain[c]);
-      FM_UpdateMove__<UPDATE_QUEUE>(graph, fm, c, from, to);
+      fm->nodes[c].gain = SubWrap__(0, fm->nodes[c].gain);
+      FM_UpdateMove__<UPDATE_QUEUE>(fm, c, from, to);
     } else {
-      FM_UpdateFree__(graph, fm, c, from, to);
+      FM_UpdateFree__(fm, c, from, to);
     }
   }
   StopTimer__(ctrl, &ctrl->IterTmr);
@@ -192,17 +180,18 @@ static void FM_Rollback__(Control *ctrl, HGraph *graph, FMState *fm)
   for (int n = fm->nmoves - 1; n > fm->best; n--) {
     const int c = fm->swaps[n];
     if constexpr (variant & FM_EXACT)
-      FM_Undo__(graph, fm, c);
+      FM_Undo__(fm, c);
     else
-      FM_Shift__(graph, c, graph->where[c], 1 - graph->where[c]);
+      FM_Shift__(fm, c, FM_Side__(fm, c), 1 - FM_Side__(fm, c));
   }
+  FM_Store__(graph, fm);
   FM_TraceEnd__<variant>(ctrl, graph, fm);
   graph->mincut = fm->bestcut;
   StopTimer__(ctrl, &ctrl->WrapUpTmr);
 
   CHECK_VALID(CheckBisection__(graph));
   if (variant & FM_EXACT)
-    CHECK_VALID(CheckGains__(graph));
+    CHECK_VALID(CheckGains__(graph, fm));
 }
 
 template <int variant>
@@ -214,14 +203,12 @@ static void FM_Run__(Control *ctrl, HGraph *graph, int npasses, float fraction)
   FM_Alloc__(graph, &fm);
   if constexpr (variant & FM_EXACT) {
     StartTimer__(ctrl, &ctrl->InitTmr);
-    ComputeInitGains__(graph);
+    graph->mincut = FM_ComputeGains__(graph, &fm);
     StopTimer__(ctrl, &ctrl->InitTmr);
-  } else {
-    fm.nets = QVarray__<FMNet>(graph->nnets, "FM_Refine: nets");
   }
   for (int pass = 0; pass < npasses; pass++) {
-    FM_StartPass__<variant>(ctrl, graph, &fm, pass);
-    FM_MakeMoves__<variant>(ctrl, graph, &fm, limit);
+    FM_StartPass__<variant>(ctrl, graph, &fm, pass, graph->mincut);
+    FM_MakeMoves__<variant>(ctrl, &fm, graph->ncells, limit);
     FM_Rollback__<variant>(ctrl, graph, &fm);
     if (fm.bestcut == fm.initcut)
       break;

@@ -1,84 +1,135 @@
-// lib/bisect/fm.h - what the two-way passes share: the state of a pass and the move update; private to this
-// folder.
+// lib/bisect/fm.h - what the two-way passes share: a level laid out for moves, the state of a pass and the move
+// update; private to this folder.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include "bisect.h"
 #include "pqueue.h"
 
-// FMState::place, where it is not a side: the cell has moved or was skipped in this pass, is an anchor, or belongs to a
-// side that is not queued.
+// FMState::place: the side of a cell, and LOCKED when it cannot move in this pass: it has moved or was skipped, is an
+// anchor, or belongs to a side that is not queued.
 enum { LOCKED = 2 };
 
-// What a pass that recomputes all gains knows of a net, in one place. No longer kept once both sides have a locked pin:
-// the net stays cut until the pass ends, so no free cell can gain or lose by it.
+// What the passes know of a net. Its pins follow, in whole units of this record, so that they share its cache line.
 struct FMNet {
-  int npins[2]; // on each side
+  int npins
+      [2]; // on each side; LOCKED_PIN is set where one of them cannot move, in passes that recompute all gains
+  int pins[2]; // of each side, combined by exclusive or: where one is left, which
   int weight;
-  int begin, end;  // of its pins in netind
-  unsigned locked; // bits 1 << side: that side has a pin that cannot move
+  int size;
 };
 
-enum { BOTH_LOCKED = 3 };
+enum { LOCKED_PIN = INT_MIN };
 
-// The working storage of one call of a two-way routine.
+// The working storage of one call of a two-way routine: the level laid out for moves, and the state of a pass. Nets of
+// two pins have no record: either cell links to the other one.
 struct FMState {
+  int *
+      links; // of each cell from nodes[cell].links on: their length, then the index of each net's record in nets, or
+             // for a net of two pins ~(the other cell) and the net's weight
+  FMNet *nets;        // in the order of the level, pins in between
+  int *hits;          // [largest net] cells whose gain a move changes by one net
+  CellNode *nodes;    // [ncells+1]
+  signed char *place; // [ncells]
+  const int *cellwgt; // [ncells] the level's
   PQueue queue[2];    // the free cells of each side, by gain
-  signed char *place; // [ncells] the side of a queued cell, or LOCKED
-  FMNet *nets;        // [nnets], or NULL where gains stay exact
   int *swaps;         // [ncells] cells in the order of their moves
   int *perm;          // [ncells] the random order in which cells are queued
-  int minpwgt[2];     // lowest weight of each side in an accepted bisection
 
-  int initcut; // cut at the start of the pass
-  int newcut;  // cut after the moves so far
-  int bestcut; // lowest cut of an accepted point
-  int best;    // index of the last move before that point, -1 = the start
-  int mindiff; // difference of the sides' weights at that point
-  int nmoves;  // entries of swaps
+  int minpwgt[2]; // lowest weight of each side in an accepted bisection
+  int pwgts[2];   // weights of the sides
+  int initcut;    // cut at the start of the pass
+  int newcut;     // cut after the moves so far
+  int bestcut;    // lowest cut of an accepted point
+  int best;       // index of the last move before that point, -1 = the start
+  int mindiff;    // difference of the sides' weights at that point
+  int nmoves;     // entries of swaps
 };
 
 void FM_Alloc__(const HGraph *graph, FMState *fm);
 void FM_Free__(FMState *fm);
-// Fills fm->nets from the counts of a fresh ComputeInitGains__.
-void FM_LoadNets__(const HGraph *graph, FMState *fm);
+
+// Computes counts, gains, the sides' weights and the cut, which it returns; no pin is locked.
+int FM_ComputeGains__(const HGraph *graph, FMState *fm);
+// Locks the pins of the anchors.
+void FM_LockAnchors__(const HGraph *graph, FMState *fm);
+// Writes where and pwgts of the level.
+void FM_Store__(HGraph *graph, const FMState *fm);
 
 // Sets minpwgt from pwgts and the share and allowance of ctrl.
-void FM_SetBounds__(const Control *ctrl, const HGraph *graph, FMState *fm);
+void FM_SetBounds__(const Control *ctrl, FMState *fm);
 
-inline bool FM_IsBalanced__(const HGraph *graph, const FMState *fm)
+inline bool FM_IsBalanced__(const FMState *fm)
 {
-  return graph->pwgts[0] >= fm->minpwgt[0] && graph->pwgts[1] >= fm->minpwgt[1];
+  return fm->pwgts[0] >= fm->minpwgt[0] && fm->pwgts[1] >= fm->minpwgt[1];
 }
 
 enum { BOTH_SIDES = -1 };
 // Empties the queues, then queues the cells of one side, or of both, in random order; locks the anchors and
 // the cells of a side that is not queued.
-void FM_FillQueues__(HGraph *graph, FMState *fm, int side);
+void FM_FillQueues__(const HGraph *graph, FMState *fm, int side);
 
-// Starts the log of a pass at the current cut.
-void FM_StartLog__(const HGraph *graph, FMState *fm);
+// Starts the log of a pass at the given cut.
+void FM_StartLog__(FMState *fm, int cut);
+
+inline int FM_Side__(const FMState *fm, int c)
+{
+  return fm->place[c] & 1;
+}
+
+inline void FM_Lock__(FMState *fm, int c)
+{
+  fm->place[c] |= LOCKED;
+}
 
 // Changes the side of c and the sides' weights; nothing else.
-inline void FM_Shift__(HGraph *graph, int c, int from, int to)
+inline void FM_Shift__(FMState *fm, int c, int from, int to)
 {
-  graph->where[c] = to;
-  graph->pwgts[from] -= graph->cellwgt[c];
-  graph->pwgts[to] += graph->cellwgt[c];
+  fm->place[c] ^= 1;
+  fm->pwgts[from] -= fm->cellwgt[c];
+  fm->pwgts[to] += fm->cellwgt[c];
+}
+
+// The links of a cell.
+struct FMLinks {
+  const int *first, *end;
+};
+
+inline FMLinks FM_Links__(const FMState *fm, int c)
+{
+  const int *links = fm->links + fm->nodes[c].links;
+
+  return {links + 1, links + 1 + *links};
 }
 
 // Takes the point after move n as the best one when it is within the bounds and has a lower cut, or the same
 // cut and sides of a smaller difference.
-inline void FM_NoteBest__(const HGraph *graph, FMState *fm, int n)
+inline void FM_NoteBest__(FMState *fm, int n)
 {
-  if (!FM_IsBalanced__(graph, fm) || fm->newcut > fm->bestcut)
+  if (fm->newcut > fm->bestcut || !FM_IsBalanced__(fm))
     return;
-  const int diff = AbsDiff__(graph->pwgts[0], graph->pwgts[1]);
+  const int diff = AbsDiff__(fm->pwgts[0], fm->pwgts[1]);
   if (fm->newcut < fm->bestcut || diff < fm->mindiff) {
     fm->bestcut = fm->newcut;
     fm->best = n;
     fm->mindiff = diff;
   }
+}
+
+inline const int *FM_Pins__(const FMNet *net)
+{
+  return reinterpret_cast<const int *>(net + 1);
+}
+
+inline void FM_ChangeGain__(FMState *fm, int c, int side, int change)
+{
+  CellNode *node = &fm->nodes[c];
+  const int oldgain = node->gain, newgain = AddWrap__(oldgain, change);
+
+  node->gain = newgain;
+  if (newgain >= fm->queue[side].topgain)
+    __builtin_prefetch(fm->links + node->links);
+  PQueueUpdate__(&fm->queue[side], c, oldgain, newgain);
 }
 
 // How a move changes gains. By the counts after the move of a cell to side to:
@@ -91,44 +142,83 @@ inline void FM_NoteBest__(const HGraph *graph, FMState *fm, int n)
 // So a net with more than two pins on to and at least two on from changes no gain. A net with just one pin on
 // each side gives the one on from both gains.
 
-// Asks for the nets of a cell that is about to move: their records lie anywhere in memory.
-inline void FM_Prefetch__(const HGraph *graph, const FMState *fm, int c)
+// How the pins of a net change when c has moved to side to.
+inline void FM_MovePin__(FMNet *net, int c, int from, int to)
 {
-  for (int i = graph->incptr[c]; i < graph->incptr[c + 1]; i++)
-    __builtin_prefetch(&fm->nets[graph->incind[i]]);
+  net->npins[from]--;
+  net->npins[to]++;
+  net->pins[from] ^= c;
+  net->pins[to] ^= c;
 }
 
-// The move of c in a pass that recomputes all gains: only those of free cells are kept up to date. A single pin that is
-// locked gains nothing that counts.
-inline void FM_UpdateFree__(HGraph *graph, FMState *fm, int c, int from, int to)
+// Asks for the nets of a cell that is about to move. Always inlined: as a function without a visible effect it would be
+// dropped.
+__attribute__((always_inline)) inline void FM_Prefetch__(const FMState *fm, int c)
 {
-  const int *net = graph->incind + graph->incptr[c], *end = graph->incind + graph->incptr[c + 1];
-  const unsigned onfrom = 1u << from, onto = 1u << to;
+  auto [link, end] = FM_Links__(fm, c);
 
-  for (; net < end; net++) {
-    FMNet *n = &fm->nets[*net];
-    const unsigned locked = n->locked;
-    if (locked == BOTH_LOCKED)
-      continue;
-    n->locked = locked | onto;
-    const int nto = ++n->npins[to], nfrom = --n->npins[from], w = n->weight;
-    if (nto > 2 && nfrom >= 2)
-      continue;
+  while (link < end) {
+    const int target = *link++;
+    if (target >= 0)
+      __builtin_prefetch(&fm->nets[target]);
+    else
+      link++;
+  }
+}
 
-    int change[2];
-    change[from] = AddWrap__(nfrom == 1 && !(locked & onfrom) ? w : 0, nto == 1 ? w : 0);
-    change[to] = -AddWrap__(nfrom == 0 ? w : 0, nto == 2 && !(locked & onto) ? w : 0);
-    // Pins that can be concerned, c left out.
-    int left = (change[from] != 0 ? nfrom : 0) + (change[to] != 0 ? nto - 1 : 0);
-    for (int k = n->begin; left > 0 && k < n->end; k++) {
-      const int u = graph->netind[k], side = fm->place[u];
-      if (side == LOCKED || change[side] == 0)
-        continue;
-      const int oldgain = graph->gain[u], newgain = AddWrap__(oldgain, change[side]);
-      graph->gain[u] = newgain;
-      PQueueUpdate__(&fm->queue[side], u, oldgain, newgain);
-      left--;
+// Collects in hits the pins that change concerns by their place; returns how many. Without a branch per pin: which of
+// them are free on which side cannot be foretold.
+inline int FM_FindHits__(const FMNet *net, const signed char *place, const int change[4], int *hits)
+{
+  const int *pins = FM_Pins__(net), size = net->size;
+  int nhits = 0;
+
+  for (int k = 0; k < size; k++) {
+    const int u = pins[k];
+    hits[nhits] = u;
+    nhits += change[place[u]] != 0;
+  }
+  return nhits;
+}
+
+// The move of c in a pass that recomputes all gains: only those of free cells are kept up to date, and nets no more
+// once both sides have a locked pin: they stay cut until the pass ends, so no free cell can gain or lose by them.
+inline void FM_UpdateFree__(FMState *fm, int c, int from, int to)
+{
+  auto [link, end] = FM_Links__(fm, c);
+  const signed char *place = fm->place;
+
+  while (link < end) {
+    const int target = *link++;
+    if (target < 0) {
+      const int u = ~target, w = *link++, side = place[u];
+      if (side < LOCKED)
+        FM_ChangeGain__(fm, u, side, MulWrap__(w, side == from ? 2 : -2));
+      continue;
     }
+
+    FMNet *net = &fm->nets[target];
+    const int onfrom = net->npins[from], onto = net->npins[to];
+    if ((onfrom & onto) < 0)
+      continue;
+    FM_MovePin__(net, c, from, to);
+    net->npins[to] |= LOCKED_PIN;
+    const int nfrom = (onfrom & INT_MAX) - 1, nto = (onto & INT_MAX) + 1, w = net->weight;
+    if (nto == 1 || nfrom == 0) {
+      int change[4] = {0, 0, 0, 0};
+      change[from] = AddWrap__(nfrom == 1 ? w : 0, nto == 1 ? w : 0);
+      change[to] = -AddWrap__(nfrom == 0 ? w : 0, nto == 2 ? w : 0);
+      const int nhits = FM_FindHits__(net, place, change, fm->hits);
+      for (int h = 0; h < nhits; h++) {
+        const int u = fm->hits[h], side = place[u];
+        FM_ChangeGain__(fm, u, side, change[side]);
+      }
+      continue;
+    }
+    if (nfrom == 1 && place[net->pins[from]] == from)
+      FM_ChangeGain__(fm, net->pins[from], from, w);
+    if (nto == 2 && place[net->pins[to] ^ c] == to)
+      FM_ChangeGain__(fm, net->pins[to] ^ c, to, SubWrap__(0, w));
   }
 }
 
@@ -140,42 +230,58 @@ enum UpdateScope {
 
 // Brings counts and gains up to date after c has changed from side from to side to.
 template <UpdateScope scope>
-inline void FM_UpdateMove__(HGraph *graph, FMState *fm, int c, int from, int to)
+inline void FM_UpdateMove__(FMState *fm, int c, int from, int to)
 {
-  int *ndegfrom = graph->ndeg[from], *ndegto = graph->ndeg[to];
+  auto [link, end] = FM_Links__(fm, c);
+  const auto update = [&](int u, const int *change) {
+    const int side = FM_Side__(fm, u);
+    if (u == c)
+      return;
+    if (scope == UPDATE_QUEUE && fm->place[u] < LOCKED)
+      FM_ChangeGain__(fm, u, side, change[side]);
+    else
+      fm->nodes[u].gain = AddWrap__(fm->nodes[u].gain, change[side]);
+  };
 
-  for (int i = graph->incptr[c]; i < graph->incptr[c + 1]; i++) {
-    const int j = graph->incind[i];
-    const int nto = ++ndegto[j], nfrom = --ndegfrom[j];
+  while (link < end) {
+    const int target = *link++;
+    int change[2];
+    if (target < 0) {
+      const int w = *link++;
+      change[from] = MulWrap__(w, 2);
+      change[to] = MulWrap__(w, -2);
+      update(~target, change);
+      continue;
+    }
+
+    FMNet *net = &fm->nets[target];
+    FM_MovePin__(net, c, from, to);
+    const int nfrom = net->npins[from], nto = net->npins[to], w = net->weight;
     if (nto > 2 && nfrom >= 2)
       continue;
-
-    // What a pin on each side gains.
-    const int w = graph->netwgt[j];
-    int change[2];
     change[from] = AddWrap__(nfrom == 1 ? w : 0, nto == 1 ? w : 0);
     change[to] = -AddWrap__(nfrom == 0 ? w : 0, nto == 2 ? w : 0);
-
-    for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++) {
-      const int u = graph->netind[k];
-      if (u == c)
-        continue;
-      const int side = graph->where[u];
-      const int oldgain = graph->gain[u];
-      const int newgain = AddWrap__(oldgain, change[side]);
-      graph->gain[u] = newgain;
-      if (scope == UPDATE_QUEUE && fm->place[u] != LOCKED)
-        PQueueUpdate__(&fm->queue[side], u, oldgain, newgain);
-    }
+    for (const int *pin = FM_Pins__(net), *last = pin + net->size; pin < last; pin++)
+      update(*pin, change);
   }
 }
 
-// Undoes the logged move of c, keeping gains and counts exact.
-inline void FM_Undo__(HGraph *graph, FMState *fm, int c)
+// Moves c, keeping all gains and counts exact.
+template <UpdateScope scope>
+inline void FM_MoveExactly__(FMState *fm, int c, int from, int to)
 {
-  const int from = graph->where[c], to = 1 - from;
-
-  FM_Shift__(graph, c, from, to);
-  graph->gain[c] = SubWrap__(0, graph->gain[c]);
-  FM_UpdateMove__<UPDATE_GAINS>(graph, fm, c, from, to);
+  FM_Shift__(fm, c, from, to);
+  fm->nodes[c].gain = SubWrap__(0, fm->nodes[c].gain);
+  FM_UpdateMove__<scope>(fm, c, from, to);
 }
+
+// Undoes the logged move of c.
+inline void FM_Undo__(FMState *fm, int c)
+{
+  const int from = FM_Side__(fm, c);
+
+  FM_MoveExactly__<UPDATE_GAINS>(fm, c, from, 1 - from);
+}
+
+// Validator: gains and counts of a level whose moves keep them exact.
+const char *CheckGains__(const HGraph *graph, const FMState *fm);

@@ -5,9 +5,10 @@
 
 #include <algorithm>
 
-void PQueueInit__(PQueue *queue, int maxnodes, int maxgain)
+void PQueueInit__(PQueue *queue, CellNode *nodes, int maxnodes, int maxgain)
 {
   *queue = PQueue{};
+  queue->nodes = nodes;
   queue->maxnodes = maxnodes;
   if (3 * static_cast<std::int64_t>(maxnodes) < maxgain) {
     queue->type = PQ_HEAP;
@@ -17,9 +18,9 @@ void PQueueInit__(PQueue *queue, int maxnodes, int maxgain)
     queue->type = PQ_BUCKETS;
     queue->gainspan = maxgain;
     queue->topgain = -maxgain;
-    queue->nodes = QVarray__<ListNode>(maxnodes, "PQueueInit: queue->nodes");
     queue->buckets =
-        ismalloc__(2 * static_cast<std::int64_t>(maxgain) + 1, NOT_QUEUED, "PQueueInit: queue->buckets");
+        ismalloc__(2 * static_cast<std::int64_t>(maxgain) + 1, maxnodes, "PQueueInit: queue->buckets");
+    queue->zero = queue->buckets + maxgain;
   }
 }
 
@@ -29,81 +30,34 @@ void PQueueReset__(PQueue *queue)
   if (queue->type == PQ_HEAP) {
     iset__(queue->maxnodes, NOT_QUEUED, queue->locator);
   } else {
-    iset__(2 * static_cast<std::int64_t>(queue->gainspan) + 1, NOT_QUEUED, queue->buckets);
+    iset__(2 * static_cast<std::int64_t>(queue->gainspan) + 1, queue->maxnodes, queue->buckets);
     queue->topgain = -queue->gainspan;
   }
 }
 
 void PQueueFree__(PQueue *queue)
 {
-  QVfree__(&queue->nodes, &queue->buckets, &queue->heap, &queue->locator);
+  QVfree__(&queue->buckets, &queue->heap, &queue->locator);
   queue->maxnodes = 0;
 }
 
 // ----------------------------------------------------------------------------------------------------------
 // Buckets
 
-static inline int *Bucket(const PQueue *queue, int gain)
-{
-  return queue->buckets + queue->gainspan + gain;
-}
-
 // A cell with two pins on a net can leave the range that its incident weight bounds.
-static void GrowBuckets(PQueue *queue, int gain)
+void GrowBuckets__(PQueue *queue, int gain)
 {
   const std::int64_t magnitude = gain < 0 ? -static_cast<std::int64_t>(gain) : gain;
   const std::int64_t span =
       std::min<std::int64_t>(std::max(2 * static_cast<std::int64_t>(queue->gainspan), magnitude), INT_MAX);
-  int *buckets = ismalloc__(2 * span + 1, NOT_QUEUED, "PQueueInit: queue->buckets");
+  int *buckets = ismalloc__(2 * span + 1, queue->maxnodes, "PQueueInit: queue->buckets");
 
   icopy__(2 * static_cast<std::int64_t>(queue->gainspan) + 1, queue->buckets,
           buckets + span - queue->gainspan);
   QVfree__(&queue->buckets);
   queue->buckets = buckets;
+  queue->zero = buckets + span;
   queue->gainspan = static_cast<int>(span);
-  if (queue->nnodes == 0)
-    queue->topgain = -queue->gainspan;
-}
-
-static inline void LowerTop(PQueue *queue)
-{
-  if (queue->nnodes == 0) {
-    queue->topgain = -queue->gainspan;
-    return;
-  }
-  while (*Bucket(queue, queue->topgain) == NOT_QUEUED)
-    queue->topgain--;
-}
-
-static inline void BucketInsert(PQueue *queue, int item, int gain)
-{
-  if (gain > queue->gainspan || gain < -queue->gainspan)
-    GrowBuckets(queue, gain);
-
-  int *head = Bucket(queue, gain);
-  queue->nodes[item] = {NOT_QUEUED, *head};
-  if (*head != NOT_QUEUED)
-    queue->nodes[*head].prev = item;
-  *head = item;
-  queue->nnodes++;
-  if (gain > queue->topgain)
-    queue->topgain = gain;
-}
-
-static inline void BucketDelete(PQueue *queue, int item, int gain)
-{
-  const ListNode node = queue->nodes[item];
-  int *head = Bucket(queue, gain);
-
-  queue->nnodes--;
-  if (node.prev != NOT_QUEUED)
-    queue->nodes[node.prev].next = node.next;
-  else
-    *head = node.next;
-  if (node.next != NOT_QUEUED)
-    queue->nodes[node.next].prev = node.prev;
-  if (*head == NOT_QUEUED && gain == queue->topgain)
-    LowerTop(queue);
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -145,12 +99,12 @@ static void SiftDown(PQueue *queue, int i, HeapEntry entry)
   HeapPlace(queue, i, entry);
 }
 
-static void HeapInsert(PQueue *queue, int item, int gain)
+void HeapInsert__(PQueue *queue, int item, int gain)
 {
   SiftUp(queue, queue->nnodes++, {gain, item});
 }
 
-static void HeapDelete(PQueue *queue, int item)
+void HeapDelete__(PQueue *queue, int item)
 {
   const int i = queue->locator[item];
   const int oldgain = queue->heap[i].key;
@@ -165,80 +119,27 @@ static void HeapDelete(PQueue *queue, int item)
     SiftUp(queue, i, last);
 }
 
+void HeapUpdate__(PQueue *queue, int item, int oldgain, int newgain)
+{
+  const HeapEntry entry = {newgain, item};
+
+  if (newgain < oldgain)
+    SiftDown(queue, queue->locator[item], entry);
+  else
+    SiftUp(queue, queue->locator[item], entry);
+}
+
 // ----------------------------------------------------------------------------------------------------------
 // Both
 
-int PQueueInsert__(PQueue *queue, int item, int gain)
-{
-  CHECK_LIGHT(item >= 0 && item < queue->maxnodes);
-  CHECK_LIGHT(queue->type != PQ_HEAP || queue->locator[item] == NOT_QUEUED);
-  if (queue->type == PQ_HEAP)
-    HeapInsert(queue, item, gain);
-  else
-    BucketInsert(queue, item, gain);
-  return 0;
-}
-
-int PQueueDelete(PQueue *queue, int item, int gain)
-{
-  CHECK_LIGHT(item >= 0 && item < queue->maxnodes && queue->nnodes > 0);
-  CHECK_LIGHT(queue->type != PQ_HEAP || queue->heap[queue->locator[item]].key == gain);
-  if (queue->type == PQ_HEAP)
-    HeapDelete(queue, item);
-  else
-    BucketDelete(queue, item, gain);
-  return 0;
-}
-
-int PQueueUpdate__(PQueue *queue, int item, int oldgain, int newgain)
-{
-  if (oldgain == newgain)
-    return 0;
-  if (queue->type == PQ_HEAP) {
-    const HeapEntry entry = {newgain, item};
-    if (newgain < oldgain)
-      SiftDown(queue, queue->locator[item], entry);
-    else
-      SiftUp(queue, queue->locator[item], entry);
-  } else {
-    BucketDelete(queue, item, oldgain);
-    BucketInsert(queue, item, newgain);
-  }
-  return 0;
-}
-
-int PQueueSeeMax__(const PQueue *queue)
-{
-  if (queue->nnodes == 0)
-    return -1;
-  return queue->type == PQ_HEAP ? queue->heap[0].value : *Bucket(queue, queue->topgain);
-}
-
-int PQueueGetMax__(PQueue *queue)
-{
-  const int item = PQueueSeeMax__(queue);
-
-  if (item == -1)
-    return -1;
-  if (queue->type == PQ_HEAP) {
-    queue->locator[item] = NOT_QUEUED;
-    queue->nnodes--;
-    if (queue->nnodes > 0)
-      SiftDown(queue, 0, queue->heap[queue->nnodes]);
-  } else {
-    BucketDelete(queue, item, queue->topgain);
-  }
-  return item;
-}
-
-int PQueueSeeConstraintMax(const PQueue *queue, int maxwgt, const int *cellwgt)
+int PQueueSeeConstraintMax(PQueue *queue, int maxwgt, const int *cellwgt)
 {
   if (queue->nnodes == 0 || maxwgt <= 1000)
     return PQueueSeeMax__(queue);
 
   if (queue->type == PQ_BUCKETS) {
     for (int gain = queue->topgain; gain > 0; gain--)
-      for (int item = *Bucket(queue, gain); item != NOT_QUEUED; item = queue->nodes[item].next)
+      for (int item = *Bucket__(queue, gain); item != queue->maxnodes; item = queue->nodes[item].next)
         if (cellwgt[item] <= maxwgt)
           return item;
     return PQueueSeeMax__(queue);

@@ -10,10 +10,15 @@
 #include "core/core.h"
 
 enum { PQ_BUCKETS = 1, PQ_HEAP = 2 };
-enum { NOT_QUEUED = -1 }; // an empty link, an empty bucket, and the position of an item outside the heap
+enum { NOT_QUEUED = -1 }; // the position of an item outside the heap; the link of a first item
 
-struct ListNode {
-  int prev, next; // items of the same bucket
+// What the passes know of a cell, together: a changed gain touches one cache line of the cell that it concerns. Queues
+// use prev and next; gain and links belong to the passes.
+struct CellNode {
+  int prev,
+      next; // items of the same bucket; NOT_QUEUED before the first, the node past the last item after the last
+  int gain;
+  unsigned links; // see FMState
 };
 
 struct HeapEntry {
@@ -22,29 +27,121 @@ struct HeapEntry {
 
 struct PQueue {
   int type;
-  int nnodes;   // items queued
-  int maxnodes; // items are 0 .. maxnodes-1
-  int topgain;  // buckets: no item has a higher gain; -gainspan when the queue is empty
-  int gainspan; // buckets: gains lie in -gainspan .. gainspan
-  ListNode *nodes;
-  int *buckets; // [2 gainspan + 1] first item of gain g at g + gainspan
+  int nnodes;      // items queued
+  int maxnodes;    // items are 0 .. maxnodes-1
+  int topgain;     // buckets: no item has a higher gain
+  int gainspan;    // buckets: gains lie in -gainspan .. gainspan
+  CellNode *nodes; // [maxnodes + 1], the caller's; queues whose items are disjoint share it
+  int *buckets;    // [2 gainspan + 1] first item of each gain, maxnodes when there is none ...
+  int *zero;       // ... and the bucket of gain 0
   HeapEntry *heap;
   int *locator; // [maxnodes] position in heap
 };
 
 // maxgain bounds the magnitude of the gains; beyond it the buckets grow.
-void PQueueInit__(PQueue *queue, int maxnodes, int maxgain);
+void PQueueInit__(PQueue *queue, CellNode *nodes, int maxnodes, int maxgain);
 void PQueueReset__(PQueue *queue);
 void PQueueFree__(PQueue *queue);
 
-int PQueueInsert__(PQueue *queue, int item, int gain);
-int PQueueDelete(PQueue *queue, int item, int gain);
-int PQueueUpdate__(PQueue *queue, int item, int oldgain, int newgain);
-int PQueueGetMax__(PQueue *queue);       // removes and returns the item of the highest gain, -1 when empty
-int PQueueSeeMax__(const PQueue *queue); // returns it without removing it
+// Of a heap; a bucket that is out of range.
+void HeapInsert__(PQueue *queue, int item, int gain);
+void HeapDelete__(PQueue *queue, int item);
+void HeapUpdate__(PQueue *queue, int item, int oldgain, int newgain);
+void GrowBuckets__(PQueue *queue, int gain);
+
 // An item of positive gain whose weight is at most maxwgt, or the top item when there is none; -1 when empty.
 // Weights are ignored for maxwgt <= 1000.
-int PQueueSeeConstraintMax(const PQueue *queue, int maxwgt, const int *cellwgt);
+int PQueueSeeConstraintMax(PQueue *queue, int maxwgt, const int *cellwgt);
+
+inline int *Bucket__(const PQueue *queue, int gain)
+{
+  return queue->zero + gain;
+}
+
+// Both without a branch that depends on the lists: where an item lies in them cannot be foretold.
+inline void BucketLink__(PQueue *queue, int item, int gain)
+{
+  // gain lies outside -gainspan .. gainspan
+  if (static_cast<unsigned>(gain) + static_cast<unsigned>(queue->gainspan) >
+      2u * static_cast<unsigned>(queue->gainspan))
+    GrowBuckets__(queue, gain);
+
+  CellNode *nodes = queue->nodes;
+  int *head = Bucket__(queue, gain);
+  const int next = *head;
+  nodes[item].prev = NOT_QUEUED;
+  nodes[item].next = next;
+  nodes[next].prev = item;
+  *head = item;
+  queue->topgain = gain > queue->topgain ? gain : queue->topgain;
+}
+
+inline void BucketUnlink__(PQueue *queue, int item, int gain)
+{
+  CellNode *nodes = queue->nodes;
+  const int prev = nodes[item].prev, next = nodes[item].next;
+  int *slot = prev == NOT_QUEUED ? Bucket__(queue, gain) : &nodes[prev].next;
+
+  nodes[next].prev = prev;
+  *slot = next;
+}
+
+inline int PQueueInsert__(PQueue *queue, int item, int gain)
+{
+  CHECK_LIGHT(item >= 0 && item < queue->maxnodes);
+  CHECK_LIGHT(queue->type != PQ_HEAP || queue->locator[item] == NOT_QUEUED);
+  if (queue->type == PQ_HEAP)
+    HeapInsert__(queue, item, gain);
+  else
+    BucketLink__(queue, item, gain), queue->nnodes++;
+  return 0;
+}
+
+inline int PQueueDelete(PQueue *queue, int item, int gain)
+{
+  CHECK_LIGHT(item >= 0 && item < queue->maxnodes && queue->nnodes > 0);
+  CHECK_LIGHT(queue->type != PQ_HEAP || queue->heap[queue->locator[item]].key == gain);
+  if (queue->type == PQ_HEAP)
+    HeapDelete__(queue, item);
+  else
+    BucketUnlink__(queue, item, gain), queue->nnodes--;
+  return 0;
+}
+
+inline int PQueueUpdate__(PQueue *queue, int item, int oldgain, int newgain)
+{
+  if (oldgain == newgain)
+    return 0;
+  if (queue->type == PQ_HEAP) {
+    HeapUpdate__(queue, item, oldgain, newgain);
+  } else {
+    BucketUnlink__(queue, item, oldgain);
+    BucketLink__(queue, item, newgain);
+  }
+  return 0;
+}
+
+// The item of the highest gain, -1 when the queue is empty.
+inline int PQueueSeeMax__(PQueue *queue)
+{
+  if (queue->nnodes == 0)
+    return -1;
+  if (queue->type == PQ_HEAP)
+    return queue->heap[0].value;
+  while (*Bucket__(queue, queue->topgain) == queue->maxnodes)
+    queue->topgain--;
+  return *Bucket__(queue, queue->topgain);
+}
+
+// Removes and returns it.
+inline int PQueueGetMax__(PQueue *queue)
+{
+  const int item = PQueueSeeMax__(queue);
+
+  if (item != -1)
+    PQueueDelete(queue, item, queue->type == PQ_HEAP ? queue->heap[0].key : queue->topgain);
+  return item;
+}
 
 // The first broken invariant, or NULL.
 const char *CheckQueue__(const PQueue *queue);

@@ -21,7 +21,7 @@ struct TwoWay {
 
   static void ComputeGains(const Control *, HGraph *graph)
   {
-    ComputeInitGains__(graph);
+    graph->mincut = graph->pwgts[0] = graph->pwgts[1] = 0;
   }
 
   static void DealIslands(const Control *ctrl, HGraph *graph)

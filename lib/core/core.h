@@ -263,8 +263,6 @@ struct HGraph {
 
   int *where; // [ncells+nislands] part of each cell
   int mincut;
-  int *gain;    // [ncells] fall of the cut when the cell changes sides
-  int *ndeg[2]; // [nnets] pins in part 0 and in part 1
   int pwgts[2];
 
   int objval; // k-way objective: mincut or soed
@@ -308,7 +306,6 @@ inline float EdgeWeight__(int netwgt, int npins)
 
 int ComputeActualCut__(const HGraph *graph, const int *part);  // any number of parts
 int ComputeActualSOED__(const HGraph *graph, const int *part); // any number of parts
-int ComputeCut__(const HGraph *graph);                         // from ndeg
 // Weight of the lighter side over the total, 0.5 at best; NaN without weight.
 float ComputeBalance__(const HGraph *graph, const int *part);
 

@@ -49,9 +49,8 @@ HGraph *CopyHGraph__(int ncells, int nnets, const int *cellwgts, const int *netp
 
 void FreeCycleState__(HGraph *graph)
 {
-  QVfree__(&graph->cellmap, &graph->netmap, &graph->mptr, &graph->mind, &graph->gain, &graph->ndeg[0],
-           &graph->ndeg[1], &graph->islandmap, &graph->kpwgts, &graph->nrinfo, &graph->crinfo, &graph->nrdata,
-           &graph->crdata);
+  QVfree__(&graph->cellmap, &graph->netmap, &graph->mptr, &graph->mind, &graph->islandmap, &graph->kpwgts,
+           &graph->nrinfo, &graph->crinfo, &graph->nrdata, &graph->crdata);
 }
 
 void FreeRootHGraph__(HGraph *graph)

@@ -44,16 +44,6 @@ int ComputeActualSOED__(const HGraph *graph, const int *part)
   return soed;
 }
 
-int ComputeCut__(const HGraph *graph)
-{
-  int cut = 0;
-
-  for (int j = 0; j < graph->nnets; j++)
-    if (graph->ndeg[0][j] != 0 && graph->ndeg[1][j] != 0)
-      cut = AddWrap__(cut, graph->netwgt[j]);
-  return cut;
-}
-
 float ComputeBalance__(const HGraph *graph, const int *part)
 {
   double wgts[2] = {0.0, 0.0};

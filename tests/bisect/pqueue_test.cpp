@@ -15,10 +15,11 @@ const int HEAP = 200; // a bound on the gains that makes a heap of any queue bel
 
 // Items 0, 1, 2, ... with these gains, inserted in this order.
 struct Queue : PQueue {
+  std::vector<CellNode> links;
 
-  Queue(int maxgain, const Ints &gains)
+  Queue(int maxgain, const Ints &gains) : links(gains.size() + 1)
   {
-    PQueueInit__(this, static_cast<int>(gains.size()), maxgain);
+    PQueueInit__(this, links.data(), static_cast<int>(gains.size()), maxgain);
     for (int item = 0; item < maxnodes; item++)
       PQueueInsert__(this, item, gains[static_cast<std::size_t>(item)]);
   }

@@ -1,0 +1,190 @@
+// lib/bisect/level.cpp - a level laid out for moves, with its gains; the storage of the two-way passes.
+// SPDX-License-Identifier: MIT
+
+#include "fm.h"
+
+#include "control/ctrl.h"
+
+#include <algorithm>
+
+// Units of a net's record and its pins.
+static unsigned Units(int size)
+{
+  const unsigned perunit = sizeof(FMNet) / sizeof(int);
+
+  return 1 + (static_cast<unsigned>(size) + perunit - 1) / perunit;
+}
+
+// Adds the records of all nets but those of two pins, which get -1 in unitof.
+static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
+{
+  unsigned nunits = 0;
+  int largest = 0;
+
+  for (int j = 0; j < graph->nnets; j++) {
+    const int size = NetSize__(graph, j);
+    unitof[j] = size == 2 ? -1 : static_cast<int>(nunits);
+    nunits += size == 2 ? 0 : Units(size);
+    largest = std::max(largest, size);
+  }
+  fm->nets = QVarray__<FMNet>(nunits, "FM_Refine: nets");
+  fm->hits = imalloc__(largest, "FM_Refine: hits");
+  for (int j = 0; j < graph->nnets; j++) {
+    if (unitof[j] == -1)
+      continue;
+    FMNet *net = &fm->nets[unitof[j]];
+    icopy__(NetSize__(graph, j), graph->netind + graph->netptr[j], reinterpret_cast<int *>(net + 1));
+  }
+}
+
+static void LinkCells(const HGraph *graph, FMState *fm, const int *unitof)
+{
+  std::int64_t nlinks = static_cast<std::int64_t>(graph->ncells) + graph->netptr[graph->nnets];
+
+  for (int j = 0; j < graph->nnets; j++)
+    nlinks += unitof[j] == -1 ? 2 : 0;
+  fm->links = imalloc__(nlinks, "FM_Refine: links");
+
+  int *link = fm->links;
+  for (int c = 0; c < graph->ncells; c++) {
+    int *length = link++;
+    for (int k = graph->incptr[c]; k < graph->incptr[c + 1]; k++) {
+      const int j = graph->incind[k];
+      if (unitof[j] != -1) {
+        *link++ = unitof[j];
+        continue;
+      }
+      const int *pins = graph->netind + graph->netptr[j];
+      *link++ = ~(pins[0] == c ? pins[1] : pins[0]);
+      *link++ = graph->netwgt[j];
+    }
+    *length = static_cast<int>(link - length - 1);
+    fm->nodes[c].links = static_cast<unsigned>(length - fm->links);
+  }
+}
+
+void FM_Alloc__(const HGraph *graph, FMState *fm)
+{
+  const int n = graph->ncells;
+  // The weight of a cell's nets bounds its gain.
+  const int maxgain = n > 0 ? graph->adjwgt[iamax__(n, graph->adjwgt)] : 0;
+
+  *fm = FMState{};
+  fm->nodes = QVarray__<CellNode>(static_cast<std::int64_t>(n) + 1, "FM_Refine: nodes");
+  int *unitof = imalloc__(graph->nnets, "FM_Refine: unitof");
+  AddNets(graph, fm, unitof);
+  LinkCells(graph, fm, unitof);
+  QVfree__(&unitof);
+
+  fm->place = QVarray__<signed char>(n, "FM_Refine: place");
+  for (int c = 0; c < n; c++)
+    fm->place[c] = static_cast<signed char>(graph->where[c]);
+  fm->cellwgt = graph->cellwgt;
+  PQueueInit__(&fm->queue[0], fm->nodes, n, maxgain);
+  PQueueInit__(&fm->queue[1], fm->nodes, n, maxgain);
+  fm->swaps = imalloc__(n, "FM_Refine: swaps");
+  fm->perm = imalloc__(n, "FM_Refine: perm");
+}
+
+void FM_Free__(FMState *fm)
+{
+  PQueueFree__(&fm->queue[0]);
+  PQueueFree__(&fm->queue[1]);
+  QVfree__(&fm->links, &fm->nets, &fm->hits, &fm->nodes, &fm->place, &fm->swaps, &fm->perm);
+}
+
+int FM_ComputeGains__(const HGraph *graph, FMState *fm)
+{
+  CellNode *nodes = fm->nodes;
+  FMNet *net = fm->nets;
+  int cut = 0;
+
+  // As if no net were cut: each cell loses by all of its nets.
+  fm->pwgts[0] = fm->pwgts[1] = 0;
+  for (int c = 0; c < graph->ncells; c++) {
+    const int side = FM_Side__(fm, c);
+    fm->pwgts[side] = AddWrap__(fm->pwgts[side], fm->cellwgt[c]);
+    nodes[c].gain = SubWrap__(0, graph->adjwgt[c]);
+  }
+  for (int j = 0; j < graph->nnets; j++) {
+    const int *pins = graph->netind + graph->netptr[j], size = NetSize__(graph, j);
+    int npins[2] = {0, 0}, all = 0, onone = 0;
+
+    for (int k = 0; k < size; k++) {
+      const int side = FM_Side__(fm, pins[k]);
+      npins[1] += side;
+      all ^= pins[k];
+      onone ^= pins[k] & -side;
+    }
+    npins[0] = size - npins[1];
+    if (size != 2) {
+      *net = {{npins[0], npins[1]}, {all ^ onone, onone}, graph->netwgt[j], size};
+      net += Units(size);
+    }
+    if (npins[0] == 0 || npins[1] == 0)
+      continue;
+
+    const int w = graph->netwgt[j];
+    cut = AddWrap__(cut, w);
+    for (int k = 0; k < size; k++) {
+      int *gain = &nodes[pins[k]].gain;
+      *gain = AddWrap__(*gain, MulWrap__(w, npins[FM_Side__(fm, pins[k])] == 1 ? 2 : 1));
+    }
+  }
+  return cut;
+}
+
+void FM_LockAnchors__(const HGraph *graph, FMState *fm)
+{
+  for (int c = 0; c < graph->nfixed; c++) {
+    auto [link, end] = FM_Links__(fm, c);
+    for (; link < end; link++) {
+      if (*link >= 0)
+        fm->nets[*link].npins[FM_Side__(fm, c)] |= LOCKED_PIN;
+      else
+        link++;
+    }
+  }
+}
+
+void FM_Store__(HGraph *graph, const FMState *fm)
+{
+  for (int c = 0; c < graph->ncells; c++)
+    graph->where[c] = FM_Side__(fm, c);
+  graph->pwgts[0] = fm->pwgts[0];
+  graph->pwgts[1] = fm->pwgts[1];
+}
+
+void FM_SetBounds__(const Control *ctrl, FMState *fm)
+{
+  const int total = AddWrap__(fm->pwgts[0], fm->pwgts[1]);
+
+  // Single precision for side 0 and double for side 1, on purpose: the bounds of an even split differ by one.
+  fm->minpwgt[0] = Truncate__((ctrl->part0frac - ctrl->ubfactor) * static_cast<float>(total));
+  fm->minpwgt[1] = Truncate__((1.0 - ctrl->part0frac - ctrl->ubfactor) * total);
+}
+
+void FM_FillQueues__(const HGraph *graph, FMState *fm, int side)
+{
+  PQueueReset__(&fm->queue[0]);
+  PQueueReset__(&fm->queue[1]);
+  RandomPermute__(fm->perm, graph->ncells, 1);
+  for (int i = 0; i < graph->ncells; i++) {
+    const int c = fm->perm[i], where = FM_Side__(fm, c);
+    fm->place[c] = static_cast<signed char>(where);
+    if (c < graph->nfixed || (side != BOTH_SIDES && where != side))
+      FM_Lock__(fm, c);
+    else
+      PQueueInsert__(&fm->queue[where], c, fm->nodes[c].gain);
+  }
+  CHECK_VALID(CheckQueue__(&fm->queue[0]));
+  CHECK_VALID(CheckQueue__(&fm->queue[1]));
+}
+
+void FM_StartLog__(FMState *fm, int cut)
+{
+  fm->initcut = fm->newcut = fm->bestcut = cut;
+  fm->best = -1;
+  fm->mindiff = AbsDiff__(fm->pwgts[0], fm->pwgts[1]);
+  fm->nmoves = 0;
+}
