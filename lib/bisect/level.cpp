@@ -39,7 +39,9 @@ static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
 
 static void LinkCells(const HGraph *graph, FMState *fm, const int *unitof)
 {
-  std::int64_t nlinks = static_cast<std::int64_t>(graph->ncells) + graph->netptr[graph->nnets];
+  const int LOOKAHEAD = 16; // nets lie anywhere: ask for them early
+  const int npins = graph->incptr[graph->ncells];
+  std::int64_t nlinks = static_cast<std::int64_t>(graph->ncells) + npins;
 
   for (int j = 0; j < graph->nnets; j++)
     nlinks += unitof[j] == -1 ? 2 : 0;
@@ -50,6 +52,8 @@ static void LinkCells(const HGraph *graph, FMState *fm, const int *unitof)
     int *length = link++;
     for (int k = graph->incptr[c]; k < graph->incptr[c + 1]; k++) {
       const int j = graph->incind[k];
+      if (k + LOOKAHEAD < npins)
+        __builtin_prefetch(&unitof[graph->incind[k + LOOKAHEAD]]);
       if (unitof[j] != -1) {
         *link++ = unitof[j];
         continue;

@@ -20,19 +20,20 @@ static MatchWork AllocMatchWork(const HGraph *graph)
   const std::int64_t n = std::max(graph->ncells, graph->nnets);
   MatchWork work = {};
 
-  work.htable = ismalloc__(2 * n, -1, "Coarsen: htable");
+  work.scores = QVarray__<Score>(graph->ncells, "Coarsen: scores");
+  for (int u = 0; u < graph->ncells; u++)
+    work.scores[u].search = 0;
   work.perm = imalloc__(n, "Coarsen: perm");
   work.vpairs = QVarray__<KeyVal>(n, "Coarsen: vpairs");
   work.keys = reinterpret_cast<int *>(work.vpairs);
   work.order = work.keys + graph->ncells;
   work.cand = imalloc__(graph->ncells, "Coarsen: cand");
-  work.cwgt = fmalloc__(graph->ncells, "Coarsen: cwgt");
   return work;
 }
 
 static void FreeMatchWork(MatchWork *work)
 {
-  QVfree__(&work->htable, &work->perm, &work->vpairs, &work->cand, &work->cwgt);
+  QVfree__(&work->scores, &work->perm, &work->vpairs, &work->cand);
 }
 
 static void TraceLevel(const Control *ctrl, const HGraph *graph)

@@ -146,6 +146,18 @@ static NetList MapNets(const HGraph *graph, int *htable, int *dropwgt)
   return nets;
 }
 
+// Asks for what is read after member number k: members and their nets lie anywhere.
+__attribute__((always_inline)) static inline void AskForNets(const HGraph *graph, int k)
+{
+  if (k + 16 >= graph->ncells)
+    return;
+  __builtin_prefetch(&graph->incptr[graph->mind[k + 16]]);
+  __builtin_prefetch(&graph->incind[graph->incptr[graph->mind[k + 8]]]);
+  const int v = graph->mind[k + 4];
+  for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
+    __builtin_prefetch(&graph->netmap[graph->incind[i]]);
+}
+
 // The nets of a coarse cell appear in the order in which its members first name them.
 static void BuildCoarseCells(const HGraph *graph, HGraph *coarser, int *htable)
 {
@@ -155,6 +167,7 @@ static void BuildCoarseCells(const HGraph *graph, HGraph *coarser, int *htable)
   for (int c = 0; c < coarser->ncells; c++) {
     for (int k = graph->mptr[c]; k < graph->mptr[c + 1]; k++) {
       const int v = graph->mind[k];
+      AskForNets(graph, k);
       coarser->cellwgt[c] += graph->cellwgt[v];
       for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
         const int m = graph->netmap[graph->incind[i]];

@@ -6,15 +6,21 @@
 
 #include "control/ctrl.h"
 
+// What a search has found out about a cell; of no meaning to any other search.
+struct Score {
+  unsigned search;
+  float sum; // of edge weights
+};
+
 // The work arrays of one coarsening call, sized by its finest level and shared by all its matchings.
 struct MatchWork {
-  int *htable;    // [max(ncells, nnets)] slot of a candidate; all -1 between two searches
+  Score *scores; // [ncells]
+  unsigned nsearches;
   int *perm;      // [max] visiting order of cells or nets
   KeyVal *vpairs; // [max] (key, net) pairs; the same block as keys and order
   int *keys;      // [max] sort keys of cells: the first half of vpairs
   int *order;     // [max] a permutation of the cells: the second half of vpairs
-  int *cand;      // [ncells] the candidates of one search: cells ...
-  float *cwgt;    // [ncells] ... and their scores. A cell has at most ncells candidates: none is ever dropped
+  int *cand;      // [ncells] the candidates of one search; a cell has fewer than ncells: none is ever dropped
 };
 
 // What tells the partner searches apart; bits of a template argument.
@@ -42,6 +48,24 @@ void Match_EdgesStars__(Control *ctrl, HGraph *graph, MatchWork *work, int conno
 void CMatch_Edges__(Control *ctrl, HGraph *graph, MatchWork *work);
 void CMatch_EdgesStars__(Control *ctrl, HGraph *graph, MatchWork *work);
 void Match_Hedges_PHedges_Edges__(Control *ctrl, HGraph *graph, MatchWork *work);
+
+// Asks for what a walk over all cells, in the order of cellat, will read after number i: the nets of a cell lie anywhere, and so do
+// their pins. Each step needs what the one before it has asked for some cells earlier. Always inlined: a function
+// without a visible effect would be dropped.
+template <class CellAt>
+__attribute__((always_inline)) inline void LookAhead__(const HGraph *graph, int i, CellAt cellat)
+{
+  if (i + 16 >= graph->ncells)
+    return;
+  __builtin_prefetch(&graph->incptr[cellat(i + 16)]);
+  __builtin_prefetch(&graph->incind[graph->incptr[cellat(i + 8)]]);
+  for (int c = cellat(i + 4), k = graph->incptr[c]; k < graph->incptr[c + 1]; k++) {
+    __builtin_prefetch(&graph->netptr[graph->incind[k]]);
+    __builtin_prefetch(&graph->edgewgt[graph->incind[k]]);
+  }
+  for (int c = cellat(i + 2), k = graph->incptr[c]; k < graph->incptr[c + 1]; k++)
+    __builtin_prefetch(&graph->netind[graph->netptr[graph->incind[k]]]);
+}
 
 // Groups of cells as they are formed: group g holds mind[mptr[g]] .. mind[mptr[g+1]-1].
 struct Grouping {
@@ -76,6 +100,7 @@ void PairUp__(const Control *ctrl, const HGraph *graph, const MatchWork *work, G
   for (int i = 0; i < graph->ncells; i++) {
     CheckpointAt__(ctrl, i);
     const int v = work->perm[i];
+    LookAhead__(graph, i, [&](int k) { return work->perm[k]; });
     if (groups->cellmap[v] != UNMATCHED)
       continue;
     const int u = find(v);

@@ -4,8 +4,8 @@
 //
 // A net of weight w and p pins gives each pair of its pins the edge weight w/(p-1). Cells are visited in a
 // chosen order; an unmatched cell joins the neighbour with the largest sum of edge weights:
-//   collect  the neighbours that qualify, with their scores   CollectCandidates
-//   choose   the best, clearing the slots                     TakeBest
+//   collect  the neighbours with their scores   CollectCandidates
+//   choose   the best one that qualifies        TakeBest
 // What the searches differ in:
 //                        qualifies (besides its weight)       equal scores
 //   FindCell__           unmatched                            lighter, then first found
@@ -21,48 +21,63 @@
 // ----------------------------------------------------------------------------------------------------------
 // Partner search
 
-// Scans the nets of v, in incidence order, for cells that qualify; returns how many there are. work->htable
-// maps a candidate to its slot until TakeBest clears it.
-template <class SkipNet, class Qualifies>
-static inline int CollectCandidates(const HGraph *graph, MatchWork *work, int v, SkipNet skipnet,
-                                    Qualifies qualifies)
+// The number of a new search.
+static inline unsigned NextSearch(const HGraph *graph, MatchWork *work)
 {
-  int ncand = 0;
+  if (++work->nsearches == 0) { // numbers begin again: forget the old ones
+    for (int u = 0; u < graph->ncells; u++)
+      work->scores[u].search = 0;
+    work->nsearches = 1;
+  }
+  return work->nsearches;
+}
 
+// Collects the other pins of the nets of v, in incidence order, with their scores; returns how many there are. Without a
+// branch per pin: whether a pin was seen before cannot be foretold.
+template <class SkipNet>
+static inline int CollectCandidates(const HGraph *graph, MatchWork *work, int v, SkipNet skipnet)
+{
+  const unsigned search = NextSearch(graph, work);
+  Score *scores = work->scores;
+  int *cand = work->cand, ncand = 0;
+
+  scores[v].search = search; // seen, and no candidate
+  scores[v].sum = 0.0f;
   for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
     const int e = graph->incind[i];
     if (skipnet(e))
       continue;
     const float wgt = graph->edgewgt[e];
-    for (int k = graph->netptr[e]; k < graph->netptr[e + 1]; k++) {
+    for (int k = graph->netptr[e], end = graph->netptr[e + 1]; k < end; k++) {
       const int u = graph->netind[k];
-      if (!qualifies(u))
-        continue;
-      int slot = work->htable[u];
-      if (slot == -1) {
-        slot = work->htable[u] = ncand++;
-        work->cand[slot] = u;
-        work->cwgt[slot] = wgt;
-      } else {
-        work->cwgt[slot] += wgt;
-      }
+      Score *score = &scores[u];
+      const bool seen = score->search == search;
+      cand[ncand] = u;
+      ncand += !seen;
+      score->sum = (seen ? score->sum : 0.0f) + wgt;
+      score->search = search;
     }
   }
   return ncand;
 }
 
-// The slot of the best of ncand > 0 candidates; wins(cell, best) decides between equal scores.
-template <class Wins>
-static inline int TakeBest(MatchWork *work, int ncand, Wins wins)
+// The best of ncand candidates that qualify, or -1; wins(cell, best) decides between equal scores.
+template <class Qualifies, class Wins>
+static inline int TakeBest(const MatchWork *work, int ncand, Qualifies qualifies, Wins wins)
 {
-  int best = 0;
+  const Score *scores = work->scores;
+  float bestsum = 0.0f;
+  int best = -1;
 
-  work->htable[work->cand[0]] = -1;
-  for (int slot = 1; slot < ncand; slot++) {
-    work->htable[work->cand[slot]] = -1;
-    if (work->cwgt[slot] > work->cwgt[best] ||
-        (work->cwgt[slot] == work->cwgt[best] && wins(work->cand[slot], work->cand[best])))
-      best = slot;
+  for (int i = 0; i < ncand; i++) {
+    const int u = work->cand[i];
+    const float sum = scores[u].sum;
+    if (best != -1 && (sum < bestsum || (sum == bestsum && !wins(u, best))))
+      continue;
+    if (!qualifies(u))
+      continue;
+    best = u;
+    bestsum = sum;
   }
   return best;
 }
@@ -73,23 +88,20 @@ static inline int FindPartner(const Control *ctrl, const HGraph *graph, MatchWor
 {
   const int *cellmap = graph->cellmap, *cellwgt = graph->cellwgt, *where = graph->where;
   const int limit = SubWrap__(ctrl->maxcellwgt, cellwgt[v]);
+  const int ncand = CollectCandidates(graph, work, v, [&](int e) {
+    return (rules & FIND_RESTRICTED) && NetSize__(graph, e) > ctrl->maxnetsize;
+  });
 
-  const int ncand = CollectCandidates(
-      graph, work, v,
-      [&](int e) { return (rules & FIND_RESTRICTED) && NetSize__(graph, e) > ctrl->maxnetsize; },
+  return TakeBest(
+      work, ncand,
       [&](int u) {
-        if (u == v || cellwgt[u] > limit)
-          return false;
-        if ((rules & FIND_RESTRICTED) && where[u] != where[v])
+        if (cellwgt[u] > limit || ((rules & FIND_RESTRICTED) && where[u] != where[v]))
           return false;
         return (rules & FIND_STAR) ? wgts[cellmap[u] + 1] <= limit : cellmap[u] == UNMATCHED;
+      },
+      [&](int u, int best) {
+        return (rules & FIND_STAR) ? cellmap[best] != UNMATCHED : cellwgt[u] < cellwgt[best];
       });
-  if (ncand == 0)
-    return -1;
-
-  return work->cand[TakeBest(work, ncand, [&](int u, int best) {
-    return (rules & FIND_STAR) ? cellmap[best] != UNMATCHED : cellwgt[u] < cellwgt[best];
-  })];
 }
 
 int FindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v)
@@ -119,15 +131,16 @@ int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *wor
 
   for (int v = 0; v < graph->ncells; v++) {
     CheckpointAt__(ctrl, v);
+    LookAhead__(graph, v, [](int k) { return k; });
     const int limit = SubWrap__(ctrl->maxcellwgt, cellwgt[v]);
-    const int ncand = CollectCandidates(
-        graph, work, v, [&](int e) { return graph->edgewgt[e] < 0.1; },
-        [&](int u) { return u != v && cellwgt[u] <= limit; });
+    const int ncand = CollectCandidates(graph, work, v, [&](int e) { return graph->edgewgt[e] < 0.1; });
+    const int best = TakeBest(
+        work, ncand, [&](int u) { return cellwgt[u] <= limit; },
+        [&](int u, int other) { return cellwgt[u] < cellwgt[other]; });
 
     keys[v] = -1;
-    if (ncand > 0) {
-      const int best = TakeBest(work, ncand, [&](int u, int other) { return cellwgt[u] < cellwgt[other]; });
-      keys[v] = Truncate__(100.0 / work->cwgt[best]);
+    if (best != -1) {
+      keys[v] = Truncate__(100.0 / work->scores[best].sum);
       if (keys[v] > maxkey)
         maxkey = keys[v];
     }
@@ -238,6 +251,7 @@ static int JoinStars(const Control *ctrl, HGraph *graph, MatchWork *work)
   for (int i = 0; i < graph->ncells; i++) {
     CheckpointAt__(ctrl, i);
     const int v = work->perm[i];
+    LookAhead__(graph, i, [&](int k) { return work->perm[k]; });
     if (cellmap[v] != UNMATCHED)
       continue;
 
