@@ -67,7 +67,8 @@ static void CountParts(Balance *balance)
 
   for (int j = 0; j < problem->nnets; j++) {
     NetInfo *net = &balance->nets[j];
-    *net = {0, balance->netparts + problem->netptr[j]};
+    net->ndegrees = 0;
+    net->degrees = balance->netparts + problem->netptr[j];
     for (int k = problem->netptr[j]; k < problem->netptr[j + 1]; k++) {
       const int p = balance->part[problem->netind[k]];
       if (place[p] >= net->ndegrees || net->degrees[place[p]].pid != p) {

@@ -221,6 +221,7 @@ struct KDegree {
 
 struct NetInfo {
   int ndegrees;       // parts that the net touches
+  int weight;         // that it can add to the cut: 0 for a net of one pin
   NetDegree *degrees; // the net's slice of nrdata, room for one entry per pin
 };
 
@@ -228,7 +229,14 @@ struct RInfo {
   int ndegrees;     // entries in use
   int id;           // weight of the incident nets that lie wholly in the cell's part
   int soloed;       // weight of the incident cut nets that have no other pin in the cell's part
-  KDegree *degrees; // the cell's slice of crdata
+  int stale;        // 1 = the fields above are not up to date
+  KDegree *degrees; // the cell's room in crdata, NULL while it has none
+};
+
+// Room for the entries of many cells, which follow.
+struct KDegreeBlock {
+  KDegreeBlock *next;
+  std::int64_t size, used; // entries
 };
 
 // One hypergraph: the caller's, its pruned copy, a coarser level, or a sub-hypergraph of the recursion. The
@@ -270,7 +278,7 @@ struct HGraph {
   NetInfo *nrinfo;   // [nnets]
   RInfo *crinfo;     // [ncells]
   NetDegree *nrdata; // [pins]
-  KDegree *crdata;
+  KDegreeBlock *crdata;
   int *kpwgts; // [nparts]
 };
 

@@ -49,8 +49,13 @@ HGraph *CopyHGraph__(int ncells, int nnets, const int *cellwgts, const int *netp
 
 void FreeCycleState__(HGraph *graph)
 {
+  while (graph->crdata != nullptr) {
+    KDegreeBlock *block = graph->crdata;
+    graph->crdata = block->next;
+    QVfree__(&block);
+  }
   QVfree__(&graph->cellmap, &graph->netmap, &graph->mptr, &graph->mind, &graph->islandmap, &graph->kpwgts,
-           &graph->nrinfo, &graph->crinfo, &graph->nrdata, &graph->crdata);
+           &graph->nrinfo, &graph->crinfo, &graph->nrdata);
 }
 
 void FreeRootHGraph__(HGraph *graph)

@@ -47,7 +47,7 @@ static const char *CheckNets(const HGraph *graph)
   return nullptr;
 }
 
-// pref is left out: it may be out of date.
+// pref is left out: it may be out of date. So may the rest of a stale record.
 static const char *CheckCell(const HGraph *graph, int i)
 {
   const RInfo *cell = &graph->crinfo[i];
@@ -55,6 +55,8 @@ static const char *CheckCell(const HGraph *graph, int i)
   int id = 0, soloed = 0, outside = 0;
   std::map<int, KDegree> degrees;
 
+  if (cell->stale)
+    return nullptr;
   for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++) {
     const int j = graph->incind[k], w = graph->netwgt[j];
     const PinsByPart pins = CountPins(graph, j);
@@ -77,6 +79,8 @@ static const char *CheckCell(const HGraph *graph, int i)
         degrees[q].ed = AddWrap__(degrees[q].ed, w);
     }
   }
+  if (soloed < id)
+    degrees.clear();
   if (cell->id != id || cell->soloed != soloed || cell->ndegrees != static_cast<int>(degrees.size()))
     return "crinfo: not the internal and soloed weight and the number of other parts";
   for (int d = 0; d < cell->ndegrees; d++) {

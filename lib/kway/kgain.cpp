@@ -3,9 +3,11 @@
 //
 // A net lists the parts that it touches with its pins there, a cell the parts other than its own that its
 // nets touch with the gains of a move. Lists are searched from the front: they are short. Entries stand in
-// the order in which they were first met and the last entry fills a hole; both decide ties of refinement. For
-// the same reason only the cells that KwayUpdateGainInfo__ marks are recomputed, although a skipped cell's
-// pref can then be out of date.
+// the order in which they were first met and the last entry fills a hole; both decide ties of refinement.
+//
+// A move makes the records of the cells around it stale; a record is computed when it is looked at. Its pref is that
+// of the time when it became stale: nets that do not make their cells stale change it no more, but then a stale record
+// must be computed before such a net changes. Cells that would lose by any move have no list.
 //
 // A net of one pin can never be cut: it counts neither as internal weight nor as a loss.
 
@@ -16,37 +18,43 @@
 
 #include <algorithm>
 
-// How many parts other than its own a cell can be connected to.
-static int MaxDegrees(const Control *ctrl, const HGraph *graph, int i)
-{
-  std::int64_t npins = 0;
-
-  for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++)
-    npins += NetSize__(graph, graph->incind[k]) - 1;
-  return static_cast<int>(std::min<std::int64_t>(npins, ctrl->nparts - 1));
-}
-
 void AllocateKwayRefinementMemory__(const Control *ctrl, HGraph *graph)
 {
   const int n = graph->ncells;
-  std::int64_t ndegrees = 0;
 
   graph->where = imalloc__(static_cast<std::int64_t>(n) + graph->nislands, "AllocateRefinementMemory: where");
   graph->kpwgts = imalloc__(ctrl->nparts, "AllocateKwayRefinementMemory: kpwgts");
   graph->nrinfo = QVarray__<NetInfo>(graph->nnets, "AllocateKwayRefinementMemory: nrinfo");
   graph->crinfo = QVarray__<RInfo>(n, "AllocateKwayRefinementMemory: crinfo");
   graph->nrdata = QVarray__<NetDegree>(graph->netptr[graph->nnets], "AllocateKwayRefinementMemory: nrdata");
-  for (int i = 0; i < n; i++)
-    ndegrees += MaxDegrees(ctrl, graph, i);
-  graph->crdata = QVarray__<KDegree>(ndegrees, "AllocateKwayRefinementMemory: crdata");
-
   for (int j = 0; j < graph->nnets; j++)
-    graph->nrinfo[j] = {0, graph->nrdata + graph->netptr[j]};
-  ndegrees = 0;
-  for (int i = 0; i < n; i++) {
-    graph->crinfo[i] = {0, 0, 0, graph->crdata + ndegrees};
-    ndegrees += MaxDegrees(ctrl, graph, i);
+    graph->nrinfo[j] = {0, NetSize__(graph, j) == 1 ? 0 : graph->netwgt[j], graph->nrdata + graph->netptr[j]};
+  for (int i = 0; i < n; i++)
+    graph->crinfo[i] = {0, 0, 0, 1, nullptr};
+}
+
+// Room for the entries of cell i: it can be connected to so many parts other than its own.
+static KDegree *TakeRoom(const Control *ctrl, HGraph *graph, int i)
+{
+  const std::int64_t SMALLEST = 256, LARGEST = 65536;
+  KDegreeBlock *block = graph->crdata;
+  std::int64_t room = 0;
+
+  for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++)
+    room += NetSize__(graph, graph->incind[k]) - 1;
+  room = std::min<std::int64_t>(room, ctrl->nparts - 1);
+
+  if (block == nullptr || block->size - block->used < room) {
+    const std::int64_t size =
+        std::max(room, block == nullptr ? SMALLEST : std::min(2 * block->size, LARGEST));
+    const std::size_t nbytes = sizeof(KDegreeBlock) + static_cast<std::size_t>(size) * sizeof(KDegree);
+    block = static_cast<KDegreeBlock *>(QVmalloc__(nbytes, "AllocateKwayRefinementMemory: crdata"));
+    *block = {graph->crdata, size, 0};
+    graph->crdata = block;
   }
+  KDegree *degrees = reinterpret_cast<KDegree *>(block + 1) + block->used;
+  block->used += room;
+  return degrees;
 }
 
 // The net's entry for part p; at its end when there is none.
@@ -81,28 +89,25 @@ static inline int RemovePin(NetInfo *net, int p)
   return left;
 }
 
-static void ComputeCellRecord(HGraph *graph, int i)
+// The entries of a record, whose id and soloed are computed.
+static void ListParts(const Control *ctrl, HGraph *graph, int i)
 {
   const int m = graph->where[i];
   RInfo *cell = &graph->crinfo[i];
   int lossbound = graph->adjwgt[i]; // weight of the nets that can be cut
 
-  cell->ndegrees = cell->id = cell->soloed = 0;
+  if (cell->degrees == nullptr)
+    cell->degrees = TakeRoom(ctrl, graph, i);
   for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++) {
-    const int j = graph->incind[k], w = graph->netwgt[j];
+    const int j = graph->incind[k];
     const NetInfo *net = &graph->nrinfo[j];
 
-    if (NetSize__(graph, j) == 1) {
-      lossbound = SubWrap__(lossbound, w);
-      continue;
-    }
     if (net->ndegrees == 1) {
-      cell->id = AddWrap__(cell->id, w);
+      if (NetSize__(graph, j) == 1)
+        lossbound = SubWrap__(lossbound, graph->netwgt[j]);
       continue;
     }
-    const int here = FindPart(net, m)->npins;
-    if (here == 1)
-      cell->soloed = AddWrap__(cell->soloed, w);
+    const int w = net->weight, here = FindPart(net, m)->npins;
     for (int d = 0; d < net->ndegrees; d++) {
       const int q = net->degrees[d].pid, there = net->degrees[d].npins;
       if (q == m)
@@ -125,6 +130,31 @@ static void ComputeCellRecord(HGraph *graph, int i)
     cell->degrees[d].kgain = AddWrap__(cell->degrees[d].kgain, SubWrap__(cell->soloed, lossbound));
 }
 
+static void ComputeCellRecord(const Control *ctrl, HGraph *graph, int i)
+{
+  const int m = graph->where[i];
+  int id = 0, soloed = 0;
+
+  for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++) {
+    const NetInfo *net = &graph->nrinfo[graph->incind[k]];
+    if (net->ndegrees == 1)
+      id = AddWrap__(id, net->weight);
+    else if (FindPart(net, m)->npins == 1)
+      soloed = AddWrap__(soloed, net->weight);
+  }
+  RInfo *cell = &graph->crinfo[i];
+  *cell = {0, id, soloed, 0, cell->degrees};
+  if (soloed >= id)
+    ListParts(ctrl, graph, i);
+}
+
+const RInfo *CellRecord__(const Control *ctrl, HGraph *graph, int i)
+{
+  if (graph->crinfo[i].stale)
+    ComputeCellRecord(ctrl, graph, i);
+  return &graph->crinfo[i];
+}
+
 void ComputeInitKwayGains__(const Control *ctrl, HGraph *graph)
 {
   iset__(ctrl->nparts, 0, graph->kpwgts);
@@ -142,41 +172,40 @@ void ComputeInitKwayGains__(const Control *ctrl, HGraph *graph)
     }
   }
   for (int i = 0; i < graph->ncells; i++) {
-    if (i % 256 == 0) // a record takes long where nets touch many parts
-      Checkpoint__(ctrl);
     int *pwgt = &graph->kpwgts[graph->where[i]];
     *pwgt = AddWrap__(*pwgt, graph->cellwgt[i]);
-    ComputeCellRecord(graph, i);
+    graph->crinfo[i].stale = 1;
   }
 }
 
-void ComputeKwayGainsSet__(HGraph *graph, int n, const int *cells)
+// Whether the records of the pins of a net stay as they are when one of its pins moves from part a to part b.
+static bool KeepsRecords(const NetInfo *net, int a, int b)
 {
-  for (int i = 0; i < n; i++)
-    ComputeCellRecord(graph, cells[i]);
+  const NetDegree *arrival = FindPart(net, b);
+
+  return FindPart(net, a)->npins > 2 && arrival < net->degrees + net->ndegrees && arrival->npins >= 2;
 }
 
-void KwayUpdateGainInfo__(HGraph *graph, int v, int a, int b, int *marker, int *updind)
+void KwayUpdateGainInfo__(const Control *ctrl, HGraph *graph, int v, int a, int b)
 {
-  int n = 0;
-
-  updind[n++] = v;
-  marker[v] = v;
+  for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
+    const int j = graph->incind[i];
+    if (!KeepsRecords(&graph->nrinfo[j], a, b))
+      continue;
+    for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++)
+      if (graph->netind[k] != v)
+        CellRecord__(ctrl, graph, graph->netind[k]);
+  }
+  graph->crinfo[v].stale = 1;
   for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
     const int j = graph->incind[i];
     const int left = RemovePin(&graph->nrinfo[j], a);
     const int arrived = AddPin(&graph->nrinfo[j], b);
     if (left > 1 && arrived > 2)
       continue;
-    for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++) {
-      const int u = graph->netind[k];
-      if (marker[u] != v) {
-        marker[u] = v;
-        updind[n++] = u;
-      }
-    }
+    for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++)
+      graph->crinfo[graph->netind[k]].stale = 1;
   }
-  ComputeKwayGainsSet__(graph, n, updind);
 }
 
 void ProjectKwayPartition__(Control *ctrl, HGraph *coarse)

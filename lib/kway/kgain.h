@@ -4,10 +4,10 @@
 
 #include "kway.h"
 
-// Brings the records up to date after cell v has changed from part a to part b (where is already changed).
-// marker and updind have room for ncells entries; no entry of marker equals v on entry.
-void KwayUpdateGainInfo__(HGraph *graph, int v, int a, int b, int *marker, int *updind);
-// Recomputes the records of the listed cells from those of the nets.
-void ComputeKwayGainsSet__(HGraph *graph, int n, const int *cells);
+// The record of cell i, up to date. Its list is empty when the cell loses by any move (soloed < id).
+const RInfo *CellRecord__(const Control *ctrl, HGraph *graph, int i);
+// Brings the records of nets up to date after cell v has changed from part a to part b (where is already changed), and
+// makes those of cells stale that it concerns. The record of v must have been up to date.
+void KwayUpdateGainInfo__(const Control *ctrl, HGraph *graph, int v, int a, int b);
 // Gives coarse->finer its k-way memory and the partition of coarse, and frees coarse.
 void ProjectKwayPartition__(Control *ctrl, HGraph *coarse);

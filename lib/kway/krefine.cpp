@@ -76,11 +76,13 @@ static int SecondGain(const RInfo *cell, const KDegree *target)
   return objective == CUT ? target->kgain : SubWrap__(target->ed, cell->id);
 }
 
-static bool MayMove(const HGraph *graph, const Limits *limits, int v)
+static bool MayMove(const Control *ctrl, HGraph *graph, const Limits *limits, int v)
 {
-  const RInfo *cell = &graph->crinfo[v];
+  if (v < graph->nfixed)
+    return false;
+  const RInfo *cell = CellRecord__(ctrl, graph, v);
 
-  return v >= graph->nfixed && cell->soloed >= cell->id &&
+  return cell->soloed >= cell->id &&
          graph->kpwgts[graph->where[v]] - graph->cellwgt[v] >= limits->lower[graph->where[v]];
 }
 
@@ -131,7 +133,7 @@ static bool IsWorthMoving(const HGraph *graph, int v, const KDegree *target)
   return graph->kpwgts[target->pid] + graph->cellwgt[v] < graph->kpwgts[graph->where[v]];
 }
 
-static void MoveCell(const Control *ctrl, HGraph *graph, int v, KDegree target, int *marker, int *updind)
+static void MoveCell(const Control *ctrl, HGraph *graph, int v, KDegree target)
 {
   const int a = graph->where[v], b = target.pid, id = graph->crinfo[v].id;
 
@@ -144,25 +146,25 @@ static void MoveCell(const Control *ctrl, HGraph *graph, int v, KDegree target, 
     Trace__("\tMoving %6d[%3d] (%3d -> %3d) [%4d %4d %4d %4d] %5d %5d\n", v,
             graph->incptr[v + 1] - graph->incptr[v], a, b, id, target.ed, target.kgain, target.pref,
             graph->mincut, graph->soed);
-  KwayUpdateGainInfo__(graph, v, a, b, marker, updind);
+  KwayUpdateGainInfo__(ctrl, graph, v, a, b);
 }
 
 // Returns the number of moves.
 template <Objective objective>
-static int RunPass(const Control *ctrl, HGraph *graph, const Limits *limits, const int *perm, int *marker,
-                   int *updind)
+static int RunPass(const Control *ctrl, HGraph *graph, const Limits *limits, const int *perm)
 {
   int nmoves = 0;
 
   for (int i = 0; i < graph->ncells; i++) {
-    CheckpointAt__(ctrl, i);
+    if (i % 256 == 0) // a record takes long where nets touch many parts
+      Checkpoint__(ctrl);
     const int v = perm[i];
-    if (!MayMove(graph, limits, v))
+    if (!MayMove(ctrl, graph, limits, v))
       continue;
     const KDegree *target = ChooseTarget<objective>(graph, limits, v);
     if (target == nullptr || !IsWorthMoving<objective>(graph, v, target))
       continue;
-    MoveCell(ctrl, graph, v, *target, marker, updind);
+    MoveCell(ctrl, graph, v, *target);
     nmoves++;
     Checkpoint__(ctrl); // a move takes long where nets are large and parts many
   }
@@ -184,8 +186,6 @@ static void RefinePasses(Control *ctrl, HGraph *graph, int npasses)
 {
   const int n = graph->ncells;
   int *perm = imalloc__(n, "RefineKway_Random: perm");
-  int *marker = imalloc__(n, "RefineKway_Random: marker");
-  int *updind = imalloc__(n, "RefineKway_Random: updind");
 
   StartTimer__(ctrl, &ctrl->InitTmr);
   for (int i = 0; i < n; i++)
@@ -202,9 +202,8 @@ static void RefinePasses(Control *ctrl, HGraph *graph, int npasses)
       Trace__("Partitions: [%5d,%5d], Balance: [%3.2f, %5d,%5d], Init Cut: %5d, Init SOED: %5d\n",
               SmallestPart(ctrl, graph), LargestPart(ctrl, graph), ctrl->ubfactor, limits.lower[0],
               limits.upper[0], oldcut, oldsoed);
-    iset__(n, -1, marker);
     StartTimer__(ctrl, &ctrl->IterTmr);
-    const int nmoves = RunPass<objective>(ctrl, graph, &limits, perm, marker, updind);
+    const int nmoves = RunPass<objective>(ctrl, graph, &limits, perm);
     StopTimer__(ctrl, &ctrl->IterTmr);
     if (ctrl->dbglvl & DBG_PASSES)
       Trace__("\tCut: %8d, SOED: %8d, Nmoves: %3d, Pwgts: [%6d %6d]\n", graph->mincut, graph->soed, nmoves,
@@ -215,7 +214,7 @@ static void RefinePasses(Control *ctrl, HGraph *graph, int npasses)
   }
   graph->objval = objective == CUT ? graph->mincut : graph->soed;
   FreeLimits(&limits);
-  QVfree__(&perm, &marker, &updind);
+  QVfree__(&perm);
 }
 
 void RefineCutKway_Random__(Control *ctrl, HGraph *graph, int npasses)

@@ -18,6 +18,8 @@ static HGraph *Partitioned(const Instance &instance, const std::vector<int> &par
   AllocateKwayRefinementMemory__(&ctrl, graph);
   SetWhere(graph, part);
   ComputeInitKwayGains__(&ctrl, graph);
+  for (int i = 0; i < graph->ncells; i++)
+    CellRecord__(&ctrl, graph, i);
   EXPECT_VALID(CheckKway__(&ctrl, graph));
   return graph;
 }
@@ -26,14 +28,15 @@ static HGraph *Partitioned(const Instance &instance, const std::vector<int> &par
 static void Move(HGraph *graph, int v, const KDegree &target)
 {
   const int a = graph->where[v], id = graph->crinfo[v].id;
-  std::vector<int> marker(graph->ncells, -1), updind(graph->ncells);
 
   graph->mincut -= target.ed - id;
   graph->soed -= target.ed + target.kgain - id;
   graph->kpwgts[a] -= graph->cellwgt[v];
   graph->kpwgts[target.pid] += graph->cellwgt[v];
   graph->where[v] = target.pid;
-  KwayUpdateGainInfo__(graph, v, a, target.pid, marker.data(), updind.data());
+  KwayUpdateGainInfo__(&ctrl, graph, v, a, target.pid);
+  for (int i = 0; i < graph->ncells; i++)
+    CellRecord__(&ctrl, graph, i);
   EXPECT_VALID(CheckKway__(&ctrl, graph));
 }
 
