@@ -169,6 +169,17 @@ TEST(gateway, accepts_no_cells_and_empty_columns)
             std::vector<double>{0.0});
 }
 
+// What the library refuses is no error of the host: the process ends, and says why.
+TEST(gateway, ends_with_the_library)
+{
+  EXPECT_EXIT(
+      {
+        PopErrorHandler__();
+        CallGateway(1, {Text("PartRecursive"), Sparse(2, {{0}, {7}}), Number(2)});
+      },
+      testing::ExitedWithCode(0), "netind.1. is 7, but a pin should be at least 0 and below ncells");
+}
+
 TEST(gateway, names_its_interface)
 {
   unsigned int release = 0, api = 0;
