@@ -1,7 +1,5 @@
-## install.m - installs the package file of the argument into the prefix.
+## install.m - installs the package file of the argument.
 ## SPDX-License-Identifier: MIT
 
-prefix = getenv ("KAPRIS_OCTAVE_PREFIX");
-pkg ("prefix", prefix, fullfile (prefix, "arch"));
-pkg ("local_list", fullfile (prefix, "list"));
+source (fullfile (fileparts (mfilename ("fullpath")), "prefix.m"));
 pkg ("install", argv (){end});

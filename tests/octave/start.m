@@ -1,8 +1,5 @@
-## start.m - loads the package that KAPRIS_OCTAVE_PREFIX names, as a user's session would.
+## start.m - loads the installed package, as a user's session would.
 ## SPDX-License-Identifier: MIT
 
-prefix = getenv ("KAPRIS_OCTAVE_PREFIX");
-pkg ("prefix", prefix, fullfile (prefix, "arch"));
-pkg ("local_list", fullfile (prefix, "list"));
+source (fullfile (fileparts (mfilename ("fullpath")), "prefix.m"));
 pkg load kapris
-clear prefix
