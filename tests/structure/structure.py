@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Checks what no compiler checks: folder edges, headers that compile alone, exported symbols, calls that could end
-the host's process or print.
+the host's process or print, and what the gateway takes from MATLAB.
 
-usage: structure.py includes|headers|symbols|calls --lib DIR [--cxx COMMAND --cc COMMAND] [--shared FILE]
-                    [--static FILE --checks LEVEL] [--nm COMMAND]
+usage: structure.py includes|headers|symbols|calls|gateway --lib DIR [--cxx COMMAND --cc COMMAND] [--shared FILE]
+                    [--static FILE --checks LEVEL] [--gateway FILE] [--nm COMMAND]
 """
 # SPDX-License-Identifier: MIT
 import argparse
@@ -92,19 +92,37 @@ def wrong_calls(args):
         yield f"only {objects} objects found in {args.static}"
 
 
+# All that the gateway may take from MATLAB, under the names that its libraries export, and what MATLAB takes from it.
+HOST = {"mxIsChar", "mxIsSparse", "mxGetM", "mxGetN", "mxGetJc_730", "mxGetIr_730", "mxGetPr", "mxGetString_730",
+        "mxGetScalar", "mxCalloc", "mxCreateDoubleMatrix_730", "mexErrMsgTxt", "mexErrMsgIdAndTxt"}
+MODULE = {"mexFunction", "mexfilerequiredapiversion"}
+
+
+def wrong_gateway(args):
+    listing = subprocess.run([args.nm, "-g", args.gateway], capture_output=True, text=True, check=True).stdout
+    symbols = [line.split()[-2:] for line in listing.splitlines() if line.strip()]
+    taken = {name for kind, name in symbols if kind == "U" and name.startswith(("mx", "mex"))}
+    given = {name for kind, name in symbols if kind == "T"}
+    if taken != HOST:
+        yield f"the gateway takes from MATLAB {sorted(taken)}, not {sorted(HOST)}"
+    if given != MODULE:
+        yield f"the gateway gives {sorted(given)}, not {sorted(MODULE)}"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("check", choices=["includes", "headers", "symbols", "calls"])
+    parser.add_argument("check", choices=["includes", "headers", "symbols", "calls", "gateway"])
     parser.add_argument("--lib", type=pathlib.Path, required=True)
     parser.add_argument("--cxx")
     parser.add_argument("--cc")
     parser.add_argument("--shared")
     parser.add_argument("--static")
     parser.add_argument("--checks", default="0")
+    parser.add_argument("--gateway")
     parser.add_argument("--nm", default="nm")
     args = parser.parse_args()
     check = {"includes": wrong_includes, "headers": broken_headers, "symbols": wrong_symbols,
-             "calls": wrong_calls}[args.check]
+             "calls": wrong_calls, "gateway": wrong_gateway}[args.check]
     faults = list(check(args))
     print("\n".join(faults))
     sys.exit(1 if faults else 0)

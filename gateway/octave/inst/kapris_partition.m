@@ -1,0 +1,209 @@
+## -*- texinfo -*-
+## @deftypefn  {} {[@var{part}, @var{info}] =} kapris_partition (@var{A}, @var{nparts})
+## @deftypefnx {} {[@var{part}, @var{info}] =} kapris_partition (@var{A}, @var{nparts}, @var{options})
+## Partition the rows or the columns of the sparse matrix @var{A} into @var{nparts} parts of nearly equal weight.
+##
+## Only the pattern of @var{A} matters; it can be rectangular.  @var{part} is a column vector with the part of every cell,
+## a number from 1 to @var{nparts}.  @var{options} is a struct with any of these fields:
+##
+## @table @code
+## @item net
+## @qcode{"column"} (default): every column is a net and the @strong{rows} are the cells that are partitioned.
+## @qcode{"row"}: every row is a net and the @strong{columns} are partitioned.
+## @item cell_weights
+## A whole number of at least 0 for every cell; [] means that all are 1.
+## @item net_weights
+## The same for every net.
+## @item fixed
+## For every cell the part that it must be in, or 0 for a free cell.
+## @item part_shares
+## For every part the share of the total cell weight that it should have; the sum is 1.
+## @item imbalance
+## A part may weigh (1 + @code{imbalance}) times its share, rounded up.  Default 0.03.
+## @item initial
+## A partition to improve.  The result is never worse.
+## @item objective
+## @qcode{"cut"} (default): the weight of nets in more than one part.  @qcode{"soed"}: the sum of external degrees, which
+## counts such a net once for every part that it is in.
+## @item scheme
+## @qcode{"recursive"} bisection (default), or direct @qcode{"kway"} partitioning.
+## @item seed
+## 0 to 2^31-1, default 0: the same seed gives the same partition.  -1 takes the clock.
+## @item runs
+## Multilevel runs of every bisection or k-way partitioning, default 10.
+## @item starts
+## @itemx first_start
+## Independent starts, of which the best counts (default 1), and the number of the first of them (default 0).
+## @item threads
+## That may be used, default 1.  The result does not depend on it.
+## @item time_limit
+## In seconds; the best partition so far is returned.  Default 0: none.
+## @item memory_limit
+## In bytes; exceeding it is an error.  Default 0: none.
+## @item coarsening
+## @qcode{"alternate"} (default), @qcode{"degree-stars"}, @qcode{"strong-stars"}, @qcode{"whole-nets"} or
+## @qcode{"pairs"}.
+## @item refinement
+## @qcode{"fm"} (default), @qcode{"one-way-fm"} or @qcode{"early-exit-fm"}.
+## @item vcycle
+## Runs that are improved by V-cycles: @qcode{"best"} (default), @qcode{"never"}, @qcode{"improving"} or
+## @qcode{"close"}.
+## @item reconst
+## @code{true}: pieces of cut nets stay in the recursion.  Default @code{false}.
+## @end table
+##
+## @var{info} is a struct with the fields @code{status} (@qcode{"ok"}, @qcode{"infeasible balance"} or @qcode{"time
+## limit"}), @code{message}, @code{cut}, @code{soed}, @code{connectivity}, @code{part_weights}, @code{part_limits},
+## @code{imbalance}, @code{balanced}, @code{seed}, @code{best_start} (index into @code{starts}, or 0), @code{starts} (a
+## struct array), @code{seconds} and @code{peak_bytes}.  Without it, a status that is not @qcode{"ok"} gives a warning.
+##
+## Errors have the identifiers @code{kapris:invalidArgument}, @code{kapris:unknownOption}, @code{kapris:memoryLimit},
+## @code{kapris:outOfMemory} and @code{kapris:internal}.  Ctrl-C ends the call and returns to the prompt.
+##
+## @example
+## @group
+## A = sprandn (1000, 400, 0.01);
+## [part, info] = kapris_partition (A, 4, struct ("net", "row"));
+## info.cut
+## @end group
+## @end example
+## @seealso{kapris_eval, kapris_order, kapris_spy, kapris}
+## @end deftypefn
+
+## SPDX-License-Identifier: MIT
+
+function [part, info] = kapris_partition (A, nparts, options = struct ())
+  if (nargin < 2)
+    print_usage ();
+  endif
+  set = kapris_settings ("kapris_partition", A, nparts, options);
+  numbers = [set.scheme, set.objective, set.coarsening, set.refinement, set.vcycle, set.runs, set.reconst, set.seed, ...
+             set.imbalance, set.starts, set.first_start, set.threads, set.time_limit, set.memory_limit];
+  try
+    [status, message, part, figures, weights, limits, starts] = ...
+      __kapris__ (set.nets, set.nparts, numbers, int32 (set.cell_weights), int32 (set.net_weights), ...
+                  int32 (set.fixed - 1), set.part_shares, int32 (set.initial - 1));
+  catch fault
+    ## The host had no memory for the result.
+    error ("kapris:outOfMemory", "kapris_partition: %s", fault.message);
+  end_try_catch
+
+  switch (status)
+    case {"ok", "infeasible balance", "time limit"}
+      part += 1;
+    case "invalid argument"
+      error ("kapris:invalidArgument", "kapris_partition: %s (counted from 0)", message);
+    case "memory limit"
+      error ("kapris:memoryLimit", "kapris_partition: the memory limit of %d bytes would be exceeded", ...
+             set.memory_limit);
+    case "out of memory"
+      error ("kapris:outOfMemory", "kapris_partition: %s", message);
+    otherwise
+      error ("kapris:internal", "kapris_partition: %s: %s", status, message);
+  endswitch
+  if (nargout < 2)
+    if (! strcmp (status, "ok"))
+      warning ("kapris:status", "kapris_partition: %s: %s", status, message);
+    endif
+    return;
+  endif
+
+  names = {"number", "seed", "cut", "soed", "imbalance", "balanced", "completed", "seconds"};
+  info = struct ("status", status, "message", message, "cut", figures(1), "soed", figures(2), ...
+                 "connectivity", figures(3), "part_weights", weights, "part_limits", limits, ...
+                 "imbalance", figures(4), "balanced", logical (figures(5)), "seed", figures(6), ...
+                 "best_start", figures(7) + 1, "starts", cell2struct (num2cell (starts), names, 1), ...
+                 "seconds", figures(8), "peak_bytes", figures(9));
+endfunction
+
+%!shared A, B
+%! A = gallery ("poisson", 30);
+%! state = rand ("state");  rand ("state", 7);
+%! B = sprand (300, 120, 0.02) != 0;
+%! rand ("state", state);
+
+%!test
+%! ## figures agree with those of kapris_eval, for both models, schemes and objectives
+%! for net = {"column", "row"}
+%!   for scheme = {"recursive", "kway"}
+%!     options = struct ("net", net{1}, "scheme", scheme{1}, "objective", "soed", "imbalance", 0.1);
+%!     options.cell_weights = 1 + mod (1:size (B, 1 + strcmp (net{1}, "row")), 3);
+%!     options.net_weights = mod (1:size (B, 2 - strcmp (net{1}, "row")), 4);
+%!     [part, info] = kapris_partition (B, 5, options);
+%!     figures = kapris_eval (B, part, options);
+%!     assert ([info.cut, info.soed, info.connectivity], [figures.cut, figures.soed, figures.connectivity]);
+%!     assert (info.part_weights, figures.part_weights);
+%!     assert (info.imbalance, figures.imbalance, 1e-12);
+%!     assert (all (info.part_weights <= info.part_limits));
+%!   endfor
+%! endfor
+
+%!test
+%! ## fixed cells, shares, seeds, threads, starts
+%! fixed = zeros (900, 1);  fixed([1, 900]) = [2, 1];
+%! options = struct ("fixed", fixed, "part_shares", [0.75, 0.25], "seed", 5, "runs", 2, "starts", 3, "threads", 2);
+%! [part, info] = kapris_partition (A, 2, options);
+%! assert (part([1, 900]), [2; 1]);
+%! assert (info.part_limits, ceil (1.03 * [675, 225]));
+%! assert (info.seed, 5);
+%! assert ({info.starts.number}, {0, 1, 2});
+%! assert (info.starts(info.best_start).cut, min ([info.starts.cut]));
+%! options.threads = 1;
+%! assert (kapris_partition (A, 2, options), part);
+%! options.first_start = info.best_start - 1;  options.starts = 1;
+%! assert (kapris_partition (A, 2, options), part);
+
+%!test
+%! ## an initial partition is improved
+%! given = 1 + mod (0:899, 3);
+%! [part, info] = kapris_partition (A, 3, struct ("initial", given, "runs", 1));
+%! assert (info.cut < kapris_eval (A, given).cut / 2);
+
+%!test
+%! ## limits of time and memory, parts that cannot be balanced
+%! big = gallery ("poisson", 200);
+%! [part, info] = kapris_partition (big, 8, struct ("time_limit", 1e-3, "runs", 1000));
+%! assert (info.status, "time limit");
+%! assert (numel (part) == 40000 && all (part >= 1 & part <= 8));
+%! [part, info] = kapris_partition (speye (4), 2, struct ("cell_weights", [9, 1, 1, 1]));
+%! assert (info.status, "infeasible balance");
+
+%!test
+%! ## empty and odd matrices
+%! assert (kapris_partition (sparse (0, 0), 2), zeros (0, 1));
+%! assert (size (kapris_partition (sparse (5, 0), 2)), [5, 1]);
+%! assert (size (kapris_partition (sparse (0, 5), 2, struct ("net", "row"))), [5, 1]);
+%! assert (numel (unique (kapris_partition (sparse ([1i, 0; 0, 1]), 2))), 2);
+
+%!warning <infeasible balance> kapris_partition (speye (4), 2, struct ("cell_weights", [9, 1, 1, 1]));
+
+%!error id=Octave:invalid-fun-call kapris_partition (1)
+%!error <unknown option 'sed'; there are net, scheme,> kapris_partition (A, 2, struct ("sed", 1))
+%!error id=kapris:unknownOption kapris_partition (A, 2, struct ("sed", 1))
+%!error id=kapris:invalidArgument kapris_partition (A, 1)
+%!error <A must be a sparse matrix> kapris_partition (ones (3), 2)
+%!error <nparts is 1, but it should be at least 2> kapris_partition (A, 1)
+%!error <nparts is 2.5, but it should be a whole number> kapris_partition (A, 2.5)
+%!error <nparts is NaN, but it should be> kapris_partition (A, NaN)
+%!error <nparts must be a real number> kapris_partition (A, "2")
+%!error <options must be a struct> kapris_partition (A, 2, 3)
+%!error <net must be one of "column", "row"> kapris_partition (A, 2, struct ("net", "col"))
+%!error <scheme must be one of "recursive", "kway"> kapris_partition (A, 2, struct ("scheme", 1))
+%!error <runs is 0, but it should be at least 1> kapris_partition (A, 2, struct ("runs", 0))
+%!error <seed is 2147483648, but it should be at most 2147483647> kapris_partition (A, 2, struct ("seed", 2^31))
+%!error <imbalance is -1, but it should be at least 0> kapris_partition (A, 2, struct ("imbalance", -1))
+%!error <imbalance is Inf, but it should be at most> kapris_partition (A, 2, struct ("imbalance", Inf))
+%!error <cell_weights has 3 entries, but there are 900 cells> kapris_partition (A, 2, struct ("cell_weights", 1:3))
+%!error <net_weights has 3 entries, but there are 120 nets> kapris_partition (B, 2, struct ("net_weights", 1:3))
+%!error <cell_weights\(2\) is -1, but it should be a whole number from 0>
+%! kapris_partition (speye (3), 2, struct ("cell_weights", [1, -1, 1]))
+%!error <fixed\(3\) is 3, but it should be a whole number from 0 to 2>
+%! kapris_partition (speye (3), 2, struct ("fixed", [1, 0, 3]))
+%!error <initial\(1\) is 0, but it should be a whole number from 1 to 2>
+%! kapris_partition (speye (3), 2, struct ("initial", [0, 1, 2]))
+%!error <part_shares\(1\) is 0, but it should be above 0 and at most 1>
+%! kapris_partition (speye (3), 2, struct ("part_shares", [0, 1]))
+%!error <the sum of part_shares is 0.9, but it should be 1>
+%! kapris_partition (speye (3), 2, struct ("part_shares", [0.4, 0.5]))
+%!error id=kapris:memoryLimit kapris_partition (A, 8, struct ("memory_limit", 1e4))
+%!error <twice the total cell weight is then> kapris_partition (speye (3), 2, struct ("cell_weights", [2^30, 2^30, 1]))

@@ -1,0 +1,131 @@
+## kapris_settings.m - checks what the helpers are called with, in one place.
+## SPDX-License-Identifier: MIT
+##
+##   set = kapris_settings (caller, A, nparts, options)
+##
+## Returns all options with their defaults, words as numbers from 0 (net: 0 = column) and arrays as columns, together
+## with nets, whose columns are the nets and whose rows are the cells. Errors name the caller and the option.
+
+function set = kapris_settings (caller, A, nparts, options)
+  ## Choices, in the order of the C interface; the first is the default, except for vcycle.
+  persistent words = struct (
+    "net",        {{"column", "row"}},
+    "scheme",     {{"recursive", "kway"}},
+    "objective",  {{"cut", "soed"}},
+    "coarsening", {{"alternate", "degree-stars", "strong-stars", "whole-nets", "pairs"}},
+    "refinement", {{"fm", "one-way-fm", "early-exit-fm"}},
+    "vcycle",     {{"never", "best", "improving", "close"}});
+  persistent most = 2^31 - 1;
+  ## Default, smallest, largest, and whether it has to be a whole number.
+  persistent numbers = struct (
+    "runs",         [10, 1, most, true],
+    "reconst",      [0, 0, 1, true],
+    "seed",         [0, -1, most, true],
+    "imbalance",    [0.03, 0, realmax, false],
+    "starts",       [1, 1, most, true],
+    "first_start",  [0, 0, most, true],
+    "threads",      [1, 1, most, true],
+    "time_limit",   [0, 0, Inf, false],
+    "memory_limit", [0, 0, 2^53, true]);
+  ## Smallest value of an entry, and for what there is one. Where a largest is needed, it is nparts.
+  persistent arrays = struct (
+    "cell_weights", {{0, "cell"}}, "net_weights", {{0, "net"}}, "fixed", {{0, "cell"}}, "initial", {{1, "cell"}},
+    "part_shares",  {{0, "part"}});
+
+  check_matrix (caller, A);
+  check_number (caller, "nparts", nparts, [2, 2, most, true]);
+  if (! isstruct (options) || ! isscalar (options))
+    refuse (caller, "options must be a struct");
+  endif
+  set = struct ("nparts", double (nparts));
+  for [values, name] = words
+    set.(name) = 0;
+  endfor
+  set.vcycle = 1;
+  for [values, name] = numbers
+    set.(name) = values(1);
+  endfor
+  for [values, name] = arrays
+    set.(name) = [];
+  endfor
+
+  for [value, name] = options
+    if (isfield (words, name))
+      set.(name) = check_word (caller, name, value, words.(name));
+    elseif (isfield (numbers, name))
+      check_number (caller, name, value, numbers.(name));
+      set.(name) = double (value);
+    elseif (! isfield (arrays, name))
+      known = strjoin ([fieldnames(words); fieldnames(numbers); fieldnames(arrays)]', ", ");
+      error ("kapris:unknownOption", "%s: unknown option '%s'; there are %s", caller, name, known);
+    endif
+  endfor
+  if (set.net == 1)
+    set.nets = A.';
+  else
+    set.nets = A;
+  endif
+  counts = struct ("cell", rows (set.nets), "net", columns (set.nets), "part", set.nparts);
+  highest = struct ("cell_weights", most, "net_weights", most, "fixed", nparts, "initial", nparts, "part_shares", 1);
+  for [values, name] = arrays
+    if (isfield (options, name) && ! isempty (options.(name)))
+      set.(name) = check_array (caller, name, options.(name), counts.(values{2}), values{2}, values{1}, highest.(name));
+    endif
+  endfor
+  if (abs (sum (set.part_shares) - 1) > 1e-6 && ! isempty (set.part_shares))
+    refuse (caller, "the sum of part_shares is %.9g, but it should be 1", sum (set.part_shares));
+  endif
+endfunction
+
+function refuse (caller, format, varargin)
+  error ("kapris:invalidArgument", ["%s: " format], caller, varargin{:});
+endfunction
+
+function check_matrix (caller, A)
+  if (! issparse (A))
+    refuse (caller, "A must be a sparse matrix; sparse (A) makes one");
+  elseif (max ([rows(A), columns(A), nnz(A)]) > 2^31 - 1)
+    refuse (caller, "A must have at most 2^31-1 rows, columns and nonzeros");
+  endif
+endfunction
+
+function number = check_word (caller, name, value, choices)
+  number = [];
+  if (ischar (value))
+    number = find (strcmp (value, choices)) - 1;
+  endif
+  if (isempty (number))
+    refuse (caller, "%s must be one of \"%s\"", name, strjoin (choices, "\", \""));
+  endif
+endfunction
+
+function check_number (caller, name, value, rule)
+  if (! (isnumeric (value) || islogical (value)) || ! isscalar (value) || ! isreal (value))
+    refuse (caller, "%s must be a real number", name);
+  elseif (rule(4) && value != fix (value))
+    refuse (caller, "%s is %g, but it should be a whole number", name, value);
+  elseif (! (value >= rule(2)))
+    refuse (caller, "%s is %g, but it should be at least %g", name, value, rule(2));
+  elseif (value > rule(3))
+    refuse (caller, "%s is %.15g, but it should be at most %.15g", name, value, rule(3));
+  endif
+endfunction
+
+function array = check_array (caller, name, value, n, what, low, high)
+  if (! (isnumeric (value) || islogical (value)) || ! isvector (value) || ! isreal (value))
+    refuse (caller, "%s must be a real vector", name);
+  elseif (numel (value) != n)
+    refuse (caller, "%s has %d entries, but there are %d %ss", name, numel (value), n, what);
+  endif
+  array = double (full (value(:)));
+  if (strcmp (what, "part"))
+    at = find (! (array > low & array <= high), 1);
+    should = "above 0 and at most 1";
+  else
+    at = find (! (array >= low & array <= high & array == fix (array)), 1);
+    should = sprintf ("a whole number from %d to %d", low, high);
+  endif
+  if (! isempty (at))
+    refuse (caller, "%s(%d) is %g, but it should be %s", name, at, array(at), should);
+  endif
+endfunction

@@ -1,0 +1,216 @@
+// gateway/octave/src/__kapris__.cpp - kapris_partition's way to the safe interface.
+// SPDX-License-Identifier: MIT
+//
+//   [status, message, part, figures, weights, limits, starts] =
+//     __kapris__ (S, nparts, numbers, cell_weights, net_weights, fixed, part_shares, initial)
+//
+// Columns of S are nets. numbers are the options in the order of OptionsOf; cell_weights, net_weights, fixed and initial
+// are int32 arrays numbered from 0, part_shares is double, and [] stands for the default. kapris_partition.m has checked
+// the values; what is checked here keeps a call from elsewhere from reading beyond an array.
+//
+// Octave's error functions leave by a jump or an exception. So outputs are made before the library is called, and
+// nothing of Octave is called while memory of the library or of malloc is held.
+
+#include "kapris_api.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <mex.h>
+#include <quit.h>
+
+namespace
+{
+
+enum Argument { MATRIX, NPARTS, NUMBERS, CELL_WEIGHTS, NET_WEIGHTS, FIXED, PART_SHARES, INITIAL, NARGUMENTS };
+enum Output { STATUS, MESSAGE, PART, FIGURES, WEIGHTS, LIMITS, STARTS, NOUTPUTS };
+constexpr std::size_t NNUMBERS = 14;
+constexpr mwSize NFIGURES = 9, NSTARTFIGURES = 8;
+
+struct Nets {
+  int *starts, *pins;
+};
+
+} // namespace
+
+static void Refuse(const char *what)
+{
+  mexErrMsgIdAndTxt("kapris:internal", "%s is not what kapris_partition passes", what);
+}
+
+static const int *IntsOf(const mxArray *array, int length, const char *what)
+{
+  if (mxIsEmpty(array))
+    return nullptr;
+  if (!mxIsInt32(array) || mxGetNumberOfElements(array) != static_cast<std::size_t>(length))
+    Refuse(what);
+  return static_cast<const int *>(mxGetData(array));
+}
+
+static const double *DoublesOf(const mxArray *array, std::size_t length, const char *what)
+{
+  if (!mxIsDouble(array) || mxIsSparse(array) || mxGetNumberOfElements(array) != length)
+    Refuse(what);
+  return mxGetPr(array);
+}
+
+static kapris_options OptionsOf(const double *numbers)
+{
+  kapris_options options;
+
+  kapris_init_options(&options);
+  options.scheme = static_cast<kapris_scheme>(numbers[0]);
+  options.objective = static_cast<kapris_objective>(numbers[1]);
+  options.coarsening = static_cast<kapris_coarsening>(numbers[2]);
+  options.refinement = static_cast<kapris_refinement>(numbers[3]);
+  options.vcycle = static_cast<kapris_vcycle>(numbers[4]);
+  options.runs = static_cast<int>(numbers[5]);
+  options.reconst = static_cast<int>(numbers[6]);
+  options.seed = static_cast<std::int64_t>(numbers[7]);
+  options.imbalance = numbers[8];
+  options.starts = static_cast<int>(numbers[9]);
+  options.first_start = static_cast<int>(numbers[10]);
+  options.threads = static_cast<int>(numbers[11]);
+  options.time_limit = numbers[12];
+  options.memory_limit = static_cast<std::size_t>(numbers[13]);
+  return options;
+}
+
+static kapris_problem ProblemOf(const mxArray *const *arguments)
+{
+  kapris_problem problem;
+
+  kapris_init_problem(&problem);
+  problem.ncells = static_cast<int>(mxGetM(arguments[MATRIX]));
+  problem.nnets = static_cast<int>(mxGetN(arguments[MATRIX]));
+  problem.nparts = static_cast<int>(mxGetScalar(arguments[NPARTS]));
+  problem.cell_weights = IntsOf(arguments[CELL_WEIGHTS], problem.ncells, "cell_weights");
+  problem.net_weights = IntsOf(arguments[NET_WEIGHTS], problem.nnets, "net_weights");
+  problem.fixed = IntsOf(arguments[FIXED], problem.ncells, "fixed");
+  if (!mxIsEmpty(arguments[PART_SHARES]))
+    problem.part_shares =
+        DoublesOf(arguments[PART_SHARES], static_cast<std::size_t>(problem.nparts), "part_shares");
+  return problem;
+}
+
+static void MakeOutputs(mxArray **outputs, const kapris_problem *problem, const kapris_options *options)
+{
+  outputs[PART] = mxCreateDoubleMatrix(problem->ncells, 1, mxREAL);
+  outputs[FIGURES] = mxCreateDoubleMatrix(1, NFIGURES, mxREAL);
+  outputs[WEIGHTS] = mxCreateDoubleMatrix(1, problem->nparts, mxREAL);
+  outputs[LIMITS] = mxCreateDoubleMatrix(1, problem->nparts, mxREAL);
+  outputs[STARTS] = mxCreateDoubleMatrix(NSTARTFIGURES, options->starts, mxREAL);
+}
+
+static void FillOutputs(mxArray *const *outputs, const kapris_result *result)
+{
+  const double figures[NFIGURES] = {
+      static_cast<double>(result->cut),          static_cast<double>(result->soed),
+      static_cast<double>(result->connectivity), result->imbalance,
+      static_cast<double>(result->balanced),     static_cast<double>(result->seed),
+      static_cast<double>(result->best_start),   result->seconds,
+      static_cast<double>(result->peak_bytes)};
+  double *part = mxGetPr(outputs[PART]), *start = mxGetPr(outputs[STARTS]);
+
+  std::memcpy(mxGetPr(outputs[FIGURES]), figures, sizeof figures);
+  for (int i = 0; i < result->ncells; i++)
+    part[i] = result->part[i];
+  for (int p = 0; p < result->nparts; p++) {
+    mxGetPr(outputs[WEIGHTS])[p] = static_cast<double>(result->part_weights[p]);
+    mxGetPr(outputs[LIMITS])[p] = static_cast<double>(result->part_limits[p]);
+  }
+  for (int s = 0; s < result->nstarts; s++, start += NSTARTFIGURES) {
+    const kapris_start *from = &result->starts[s];
+    const double values[NSTARTFIGURES] = {static_cast<double>(from->number),
+                                          static_cast<double>(from->seed),
+                                          static_cast<double>(from->cut),
+                                          static_cast<double>(from->soed),
+                                          from->imbalance,
+                                          static_cast<double>(from->balanced),
+                                          static_cast<double>(from->completed),
+                                          from->seconds};
+    std::memcpy(start, values, sizeof values);
+  }
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// The call
+
+// Any thread of the call may come here; nothing of Octave but its flag is touched. It is above 0 while an interrupt waits
+// to be handled; cleaning up after one is not interrupted again.
+static void Watch(const kapris_progress *, void *user)
+{
+  if (octave_interrupt_state > 0)
+    *static_cast<volatile int *>(user) = 1;
+}
+
+static bool MakeNets(Nets *nets, const mwIndex *starts, const mwIndex *rows, int nnets)
+{
+  const std::size_t npins = static_cast<std::size_t>(starts[nnets]);
+
+  nets->starts = static_cast<int *>(std::malloc((static_cast<std::size_t>(nnets) + 1) * sizeof(int)));
+  nets->pins = static_cast<int *>(std::malloc((npins + 1) * sizeof(int)));
+  if (nets->starts == nullptr || nets->pins == nullptr)
+    return false;
+  for (int j = 0; j <= nnets; j++)
+    nets->starts[j] = static_cast<int>(starts[j]);
+  for (std::size_t k = 0; k < npins; k++)
+    nets->pins[k] = static_cast<int>(rows[k]);
+  return true;
+}
+
+// From the first allocation to the last release; throws nothing and calls nothing that would.
+static kapris_status Solve(kapris_problem *problem, kapris_options *options, const int *initial,
+                           const mwIndex *starts, const mwIndex *rows, mxArray *const *outputs, char *message,
+                           std::size_t size)
+{
+  Nets nets = {nullptr, nullptr};
+  kapris_result *result = nullptr;
+  kapris_status status = KAPRIS_OUT_OF_MEMORY;
+
+  std::strncpy(message, "out of memory", size);
+  if (MakeNets(&nets, starts, rows, problem->nnets)) {
+    problem->net_starts = nets.starts;
+    problem->pins = nets.pins;
+    status = initial != nullptr ? kapris_refine(problem, options, initial, &result)
+                                : kapris_partition(problem, options, &result);
+  }
+  if (result != nullptr)
+    std::memcpy(message, result->message, size);
+  if (result != nullptr && result->part != nullptr)
+    FillOutputs(outputs, result);
+  kapris_free_result(result);
+  std::free(nets.starts);
+  std::free(nets.pins);
+  return status;
+}
+
+extern "C" __attribute__((visibility("default"))) void mexFunction(int nlhs, mxArray *plhs[], int nrhs,
+                                                                   const mxArray *prhs[])
+{
+  mxArray *outputs[NOUTPUTS] = {};
+  char message[sizeof(kapris_result::message)];
+  volatile int cancel = 0;
+
+  if (nrhs != NARGUMENTS || nlhs > NOUTPUTS || !mxIsSparse(prhs[MATRIX]))
+    Refuse("the list of arguments");
+  kapris_problem problem = ProblemOf(prhs);
+  kapris_options options = OptionsOf(DoublesOf(prhs[NUMBERS], NNUMBERS, "numbers"));
+  const int *initial = IntsOf(prhs[INITIAL], problem.ncells, "initial");
+  options.cancel = &cancel;
+  options.progress = Watch;
+  options.user = const_cast<int *>(&cancel); // back to volatile in Watch
+  MakeOutputs(outputs, &problem, &options);
+  const kapris_status status = Solve(&problem, &options, initial, mxGetJc(prhs[MATRIX]),
+                                     mxGetIr(prhs[MATRIX]), outputs, message, sizeof message);
+
+  if (cancel) {
+    OCTAVE_QUIT;
+    mexErrMsgIdAndTxt("kapris:interrupted", "interrupted");
+  }
+  outputs[STATUS] = mxCreateString(kapris_status_name(status));
+  outputs[MESSAGE] = mxCreateString(message);
+  for (int k = 0; k < nlhs; k++)
+    plhs[k] = outputs[k];
+}
