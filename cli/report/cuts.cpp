@@ -75,7 +75,7 @@ static Table PairTable(const std::vector<double> &matrix, const Groups &groups)
 static void DrawLabels(Svg *svg, const Plot &plot, const std::vector<double> &matrix, const Groups &groups,
                        const Heat &heat)
 {
-  const size_t n = groups.ngroups, stride = (n + 15) / 16;
+  const size_t n = groups.ngroups, stride = LabelStride(groups);
   const double step = (plot.x.to - plot.x.from) / static_cast<double>(n);
 
   for (size_t g = 0; g < n; g += stride) {

@@ -29,6 +29,7 @@ p{margin:0 0 10px;overflow-wrap:anywhere}
 .verdict{font-size:1.1em;border-left:4px solid var(--green);padding:2px 0 2px 12px;margin:12px 0 18px}
 .verdict.bad{border-color:var(--red)}
 .cards{display:grid;grid-template-columns:repeat(auto-fit,minmax(min(100%,440px),1fr));gap:16px;align-items:start}
+.cards+.cards{margin-top:16px}
 .card{background:var(--card);border:1px solid var(--grid);border-radius:8px;padding:14px 16px;margin:0;min-width:0}
 .wide{grid-column:1/-1}
 .missing{color:var(--soft)}
@@ -45,7 +46,7 @@ svg .bar.over{fill:var(--red)}
 svg .range{fill:var(--sky)}
 svg .hatch{fill:url(#hatch)}
 svg .target{stroke:var(--ink);stroke-width:1.6}
-svg .limit{stroke:var(--red);stroke-width:1.6;stroke-dasharray:4 2}
+svg .limit{stroke:var(--ink);stroke-width:1.6;stroke-dasharray:4 2}
 svg .blue{stroke:var(--blue);stroke-width:1.8;stroke-linejoin:round}
 svg .red{stroke:var(--red);stroke-width:1.8;stroke-linejoin:round;stroke-dasharray:6 2.5}
 svg .green{stroke:var(--green);stroke-width:1.8;stroke-linejoin:round;stroke-dasharray:2 2}
@@ -59,8 +60,9 @@ svg .cut{stroke:var(--red);stroke-width:.8;stroke-opacity:.8}
 svg .h1{fill:var(--h1)}svg .h2{fill:var(--h2)}svg .h3{fill:var(--h3)}svg .h4{fill:var(--h4)}
 svg .h5{fill:var(--h5)}svg .h6{fill:var(--h6)}svg .h7{fill:var(--h7)}svg .h8{fill:var(--h8)}
 image{image-rendering:pixelated}
-pre{margin:0;padding:10px 12px;background:var(--bg);border:1px solid var(--grid);border-radius:6px;white-space:pre-wrap;
+pre{margin:4px 0 8px;max-height:18em;overflow:auto;padding:10px 12px;background:var(--bg);border:1px solid var(--grid);border-radius:6px;white-space:pre-wrap;
 overflow-wrap:anywhere;font:13px/1.5 ui-monospace,"DejaVu Sans Mono",monospace}
+pre span{display:inline-block;max-width:100%;overflow-wrap:anywhere}
 details{margin-top:8px}
 summary{cursor:pointer;color:var(--blue)}
 .scroll{overflow:auto;max-height:26em;margin-top:6px}
@@ -68,9 +70,11 @@ table{border-collapse:collapse;font-size:13px;font-variant-numeric:tabular-nums}
 th,td{padding:3px 12px 3px 0;text-align:right;border-bottom:1px solid var(--grid);white-space:nowrap;vertical-align:top}
 th:first-child,td:first-child{text-align:left}
 th{font-weight:600}
+#figures td:first-child{white-space:normal}
 .facts td{text-align:left;white-space:normal;overflow-wrap:anywhere}
 .facts th{text-align:left;font-weight:400;color:var(--soft);white-space:nowrap}
 footer{margin-top:24px;color:var(--soft);font-size:13px}
+@media (max-width:600px){svg text{font-size:12.8px}}
 @media print{:root{color-scheme:light;--bg:#fff;--card:#fff;--ink:#000;--soft:#333;--rule:#666;--grid:#ddd;--blue:#0072b2;
 --sky:#8cc4ea;--red:#c84b00;--green:#00795a;--h1:#dcebf7;--h2:#bcd9ef;--h3:#94c1e3;--h4:#67a6d4;--h5:#4289c1;
 --h6:#256ba6;--h7:#114d85;--h8:#082f5c}

@@ -24,6 +24,13 @@ size_t FirstOf(const Groups &groups, size_t group)
   return group * groups.nparts / groups.ngroups;
 }
 
+size_t LabelStride(const Groups &groups)
+{
+  const size_t room = groups.nparts > 1000 ? 8 : groups.nparts > 100 ? 10 : 16;
+
+  return (groups.ngroups + room - 1) / room;
+}
+
 std::string NameOfGroup(const Groups &groups, size_t group)
 {
   const size_t first = FirstOf(groups, group), last = FirstOf(groups, group + 1) - 1;

@@ -109,12 +109,12 @@ static std::string DrawLevels(const ReportData &data, std::vector<ReportLevel> l
     }
   }
   const double last = static_cast<double>(levels.size()) - 0.5;
-  const Scale x = {-0.5, last, plot_left, plot_right};
+  const Scale x = {-0.5, last, plot_left, plot_right, false, true, 0.0};
   const Plot sizes = {x, LogScale(least, most, 180.0, 46.0)};
-  const Plot values = {x, RoundScale(std::min(low, high), high, 322.0, 216.0)};
+  const Plot values = {x, RoundScale(std::min(low, high), high, 322.0, 216.0, true)};
   const Plot balance = {x, RoundScale(0.0, std::max(off, 100.0 * data.epsilon), 452.0, 358.0)};
 
-  DrawLegend(&svg, plot_left, 13.0, {{"line blue", "cells"}, {"line red", "nets"}, {"line green", "pins"}});
+  DrawLegend(&svg, 2.0, 13.0, {{"line blue", "cells"}, {"line red", "nets"}, {"line green", "pins"}});
   for (const Plot *plot : {&sizes, &values, &balance})
     DrawStages(&svg, *plot, stages, plot == &sizes);
   DrawYAxis(&svg, sizes, "size");

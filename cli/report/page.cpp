@@ -19,10 +19,10 @@ static std::string InputPictures(const ReportData &data, const Hgr *hgr, const s
         "This picture needs the hypergraph and the part file: kapris report RESULT FILE PART.";
     return MissingFigure("cut-matrix", "Cut between parts", reason) +
            MissingFigure("net-spans", "Parts that nets span", reason) +
-           MissingFigure("spy", "Pins before and after ordering", reason);
+           MissingFigure("spy-before", "Pins before and after ordering", reason);
   }
   const std::vector<CutNet> nets = CutNets(*hgr, *part);
-  return CutMatrixHtml(data, nets, *hgr) + SpansHtml(data, nets, *hgr) + SpyHtml(data, *hgr, *part);
+  return CutMatrixHtml(data, nets, *hgr) + SpyHtml(data, *hgr, *part) + SpansHtml(data, nets, *hgr);
 }
 
 std::string ReportPage(const std::string &name, const Json &result, const Hgr *hgr,

@@ -17,7 +17,9 @@ struct Groups {
 };
 Groups GroupParts(size_t nparts, size_t most);
 size_t GroupOf(const Groups &groups, size_t part);
-size_t FirstOf(const Groups &groups, size_t group);          // of ngroups: nparts
+size_t FirstOf(const Groups &groups, size_t group); // of ngroups: nparts
+// Every how many groups a number fits under an axis.
+size_t LabelStride(const Groups &groups);
 std::string NameOfGroup(const Groups &groups, size_t group); // "7", or "14-20"
 
 std::string SummaryHtml(const ReportData &data); // heading, verdict, figures, the run, how to repeat it

@@ -78,7 +78,7 @@ static void DrawHistogram(Svg *svg, const std::vector<SpanBin> &bins)
   for (const SpanBin &bin : bins)
     highest = std::max(highest, bin.count.nets);
   const Plot plot = {{0.0, 1.0, plot_left, plot_right},
-                     RoundScale(0.0, static_cast<double>(highest), 160.0, 24.0)};
+                     RoundScale(0.0, static_cast<double>(highest), 160.0, 24.0, true)};
   const double step = (plot.x.to - plot.x.from) / static_cast<double>(bins.size());
 
   DrawYAxis(svg, plot, "cut nets");
@@ -126,7 +126,7 @@ static void DrawSizes(Svg *svg, const Hgr &hgr, const std::vector<CutNet> &nets,
   const Plot plot = {{0.0, 1.0, plot_left, plot_right}, {0.0, 1.0, top, top + height}};
   const Heat heat = HeatOf(amounts);
   const double step = (plot.x.to - plot.x.from) / static_cast<double>(columns);
-  DrawText(svg, 2.0, top - 8.0, "parts that a net spans", "start", "axis");
+  DrawText(svg, 2.0, top - 13.0, "parts that a net spans", "start", "axis");
   DrawHeatGrid(svg, plot, amounts, columns, heat);
   DrawBox(svg, plot_left, top, plot_right - plot_left, height, "frame");
   for (size_t r = 0; r < rows.size(); r++)

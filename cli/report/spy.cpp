@@ -16,6 +16,7 @@ namespace kapris_cli
 
 static constexpr size_t most_pins = 50 * 1000 * 1000, most_side = 400, most_lines = 64;
 static constexpr int levels = 15; // of darkness
+static constexpr double size = 400.0, left = 20.0, top = 8.0;
 
 namespace
 {
@@ -93,50 +94,60 @@ static std::string Pixels(const Hgr &hgr, const Order *order, size_t side)
   return PixelUri(Darken(counts), side);
 }
 
-static void DrawPixels(Svg *svg, double left, double top, double size, const std::string &uri,
-                       const std::string &title)
+static Svg DrawPixels(const Hgr &hgr, const std::string &uri)
 {
-  DrawText(svg, left + size / 2.0, top - 8.0, title, "middle", "axis");
-  svg->body += fmt::format(
-      "<image x=\"{0:g}\" y=\"{1:g}\" width=\"{2:g}\" height=\"{2:g}\" preserveAspectRatio=\"none\" "
-      "href=\"{3}\"/>",
-      left, top, size, uri);
-  DrawBox(svg, left, top, size, size, "frame");
+  Svg svg = {top + size + 26.0, ""};
+
+  svg.body = fmt::format("<image x=\"{0:g}\" y=\"{1:g}\" width=\"{2:g}\" height=\"{2:g}\" "
+                         "preserveAspectRatio=\"none\" href=\"{3}\"/>",
+                         left, top, size, uri);
+  DrawBox(&svg, left, top, size, size, "frame");
+  DrawText(&svg, left + size / 2.0, top + size + 17.0,
+           fmt::format("{} cells across, {} nets down", hgr.ncells, hgr.nnets), "middle", "axis");
+  return svg;
+}
+
+static void DrawBlocks(Svg *svg, const Hgr &hgr, const Order &order)
+{
+  for (size_t p = 0; p < order.ends.size() && order.ends.size() <= most_lines; p++) {
+    const double x = left + size * static_cast<double>(order.ends[p]) / hgr.ncells;
+    const double y = top + size * static_cast<double>(order.netends[p]) / hgr.nnets;
+    if (p + 1 < order.ends.size())
+      DrawLine(svg, x, top, x, top + size, "cut");
+    DrawLine(svg, left, y, left + size, y, "cut");
+  }
 }
 
 std::string SpyHtml(const ReportData &data, const Hgr &hgr, const std::vector<int> &part)
 {
-  static constexpr char title[] = "Pins before and after ordering";
-  constexpr double size = 400.0, left = 20.0, top = 24.0, second = top + size + 44.0;
+  static constexpr char before[] = "Pins in the order of the input",
+                        after[] = "Pins in the order of the parts";
 
   if (hgr.netind.empty() || hgr.netind.size() > most_pins)
-    return MissingFigure("spy", title,
+    return MissingFigure("spy-before", before,
                          hgr.netind.empty() ? "There are no pins."
                                             : fmt::format("Drawn for up to {} pins.", most_pins));
-  const size_t sizes[] = {most_side, static_cast<size_t>(std::max(hgr.ncells, hgr.nnets))};
-  const size_t side = std::min(sizes[0], sizes[1]);
+  const size_t side = std::min(most_side, static_cast<size_t>(std::max(hgr.ncells, hgr.nnets)));
   const Order order = OrderByPart(hgr, part, data.parts);
-  Svg svg = {second + size + 26.0, ""};
-
-  DrawPixels(&svg, left, top, size, Pixels(hgr, nullptr, side), "as in the input");
-  DrawPixels(&svg, left, second, size, Pixels(hgr, &order, side), "cells by part, cut nets at the bottom");
-  for (size_t p = 0; p < order.ends.size() && order.ends.size() <= most_lines; p++) {
-    const double x = left + size * static_cast<double>(order.ends[p]) / hgr.ncells;
-    const double y = second + size * static_cast<double>(order.netends[p]) / hgr.nnets;
-    if (p + 1 < order.ends.size())
-      DrawLine(&svg, x, second, x, second + size, "cut");
-    DrawLine(&svg, left, y, left + size, y, "cut");
-  }
-  DrawText(&svg, left + size / 2.0, second + size + 16.0,
-           fmt::format("{} cells across, {} nets down", hgr.ncells, hgr.nnets), "middle", "axis");
+  Svg ordered = DrawPixels(hgr, Pixels(hgr, &order, side));
+  DrawBlocks(&ordered, hgr, order);
   return FigureHtml(
-      {"spy", title,
-       "A column is a cell and a row a net; the darker, the more pins. Good partitions gather the pins in "
-       "blocks and leave few nets at the bottom.",
-       fmt::format("Two pictures of {} pins: in the order of the input, and with cells and nets in the order "
-                   "of the parts, where the nets of one part form blocks on the diagonal.",
-                   hgr.netind.size()),
-       svg, ""});
+             {"spy-before", before,
+              "A column is a cell and a row a net; the stronger the colour, the more pins.",
+              fmt::format(
+                  "A picture of {} pins: where the nets, from top to bottom, have their cells, from left "
+                  "to right.",
+                  hgr.netind.size()),
+              DrawPixels(hgr, Pixels(hgr, nullptr, side)), ""}) +
+         FigureHtml(
+             {"spy-after", after,
+              "The same with the cells part by part. Nets in one part form its block; the cut nets are at "
+              "the "
+              "bottom.",
+              fmt::format("The same picture with cells and nets in the order of the {} parts: blocks on the "
+                          "diagonal, and the cut nets in a border at the bottom.",
+                          data.parts),
+              ordered, ""});
 }
 
 } // namespace kapris_cli

@@ -47,7 +47,9 @@ static std::string ObjectiveSentence(const ReportData &data)
   const std::string what = data.objective == "soed" ? "sum of external degrees" : "cut";
   std::string from = data.command == "refine" ? "the given partition" : "made before the first start ended";
 
-  if (data.best_start)
+  if (data.best_start && data.starts.size() == 1)
+    from = "the only start";
+  else if (data.best_start)
     from = fmt::format("start {}, the best of {}", *data.best_start, data.starts.size());
   return fmt::format("The {} is {}, from {}.", what, value, from);
 }
@@ -123,7 +125,7 @@ std::string SummaryHtml(const ReportData &data)
   std::vector<std::string> words;
 
   for (const std::string &word : RepeatCommand(data))
-    words.push_back(QuoteForShell(word));
+    words.push_back("<span>" + EscapeHtml(QuoteForShell(word)) + "</span>");
   return fmt::format("<header><h1>{} in {} parts</h1>\n<p class=\"soft\">{} cells, {} nets, {} pins</p>\n"
                      "<p class=\"verdict{}\" id=\"verdict\">{} {}</p></header>\n<div class=\"cards\">\n"
                      "<section class=\"card\"><h2>Result</h2>\n{}</section>\n"
@@ -133,7 +135,7 @@ std::string SummaryHtml(const ReportData &data)
                      EscapeHtml(data.file), data.parts, data.cells, data.nets, data.pins,
                      data.best.balanced ? "" : " bad", EscapeHtml(BalanceSentence(data)),
                      EscapeHtml(ObjectiveSentence(data)), TableHtml(Figures(data)), TableHtml(Facts(data)),
-                     EscapeHtml(fmt::format("{}", fmt::join(words, " "))), EscapeHtml(RepeatNote(data)));
+                     fmt::join(words, " "), EscapeHtml(RepeatNote(data)));
 }
 
 } // namespace kapris_cli

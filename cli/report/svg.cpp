@@ -26,14 +26,20 @@ static double RoundStep(double step)
   return 10.0 * power;
 }
 
-Scale RoundScale(double low, double high, double from, double to)
+Scale RoundScale(double low, double high, double from, double to, bool whole)
 {
   constexpr int steps = 5;
 
   if (!(high > low))
     high = low + std::max(1.0, std::fabs(low) * 0.1);
-  const double step = RoundStep((high - low) / steps);
-  return {std::floor(low / step + 1e-9) * step, std::ceil(high / step - 1e-9) * step, from, to, false};
+  const double step = std::max(RoundStep((high - low) / steps), whole ? 1.0 : 0.0);
+  return {std::floor(low / step + 1e-9) * step,
+          std::ceil(high / step - 1e-9) * step,
+          from,
+          to,
+          false,
+          whole,
+          step};
 }
 
 Scale LogScale(double low, double high, double from, double to)
@@ -41,7 +47,7 @@ Scale LogScale(double low, double high, double from, double to)
   low = std::max(low, 1e-12);
   high = std::max(high, low);
   const double first = std::floor(std::log10(low) + 1e-9), last = std::ceil(std::log10(high) - 1e-9);
-  return {std::pow(10.0, first), std::pow(10.0, std::max(last, first + 1.0)), from, to, true};
+  return {std::pow(10.0, first), std::pow(10.0, std::max(last, first + 1.0)), from, to, true, true, 0.0};
 }
 
 double Position(const Scale &scale, double value)
@@ -64,7 +70,9 @@ std::vector<double> Ticks(const Scale &scale, int count)
       ticks.push_back(scale.low * std::pow(10.0, at));
     return ticks;
   }
-  const double step = RoundStep((scale.high - scale.low) / count);
+  const double step = scale.step > 0.0
+                          ? scale.step
+                          : std::max(RoundStep((scale.high - scale.low) / count), scale.whole ? 1.0 : 0.0);
   for (double at = std::ceil(scale.low / step - 1e-9); at * step <= scale.high + step * 1e-9; at += 1.0)
     ticks.push_back(at == 0.0 ? 0.0 : at * step);
   return ticks;
@@ -151,7 +159,7 @@ void DrawYAxis(Svg *svg, const Plot &plot, const std::string &title, const std::
     DrawLine(svg, plot.x.from, y, plot.x.to, y, "grid");
     DrawText(svg, plot.x.from - 5.0, y + 3.5, ShortNumber(tick) + unit, "end");
   }
-  DrawText(svg, 2.0, top - 8.0, title, "start", "axis");
+  DrawText(svg, 2.0, top - 13.0, title, "start", "axis");
 }
 
 void DrawXLine(Svg *svg, const Plot &plot, const std::string &title)
@@ -176,7 +184,7 @@ void DrawXAxis(Svg *svg, const Plot &plot, const std::string &title)
 
 void DrawLegend(Svg *svg, double x, double y, const std::vector<LegendEntry> &entries)
 {
-  constexpr double letter = 5.7, sample = 12.0, gap = 12.0;
+  constexpr double letter = 6.5, sample = 12.0, gap = 12.0;
 
   for (const LegendEntry &entry : entries) {
     if (entry.style.starts_with("dot"))
@@ -264,7 +272,7 @@ void DrawHeatLegend(Svg *svg, double x, double y, const Heat &heat, const std::s
   DrawText(svg, x, y - 13.0, title + (heat.log ? ", logarithmic" : ""), "start", "axis");
   for (int colour = 1; colour <= heat_classes; colour++)
     DrawBox(svg, x + width * (colour - 1), y - 8.0, width, 9.0, fmt::format("h{}", colour));
-  const auto rounded = [](double value) { return ShortNumber(value >= 100.0 ? std::round(value) : value); };
+  const auto rounded = [](double value) { return ShortNumber(std::stod(fmt::format("{:.3g}", value))); };
   DrawText(svg, x, y + 13.0, rounded(heat.log ? heat.least : 0.0), "start");
   DrawText(svg, x + width * heat_classes, y + 13.0, rounded(heat.most), "end");
 }

@@ -21,10 +21,12 @@ struct Scale {
   double low = 0.0, high = 1.0; // values
   double from = 0.0, to = 1.0;  // places
   bool log = false;
+  bool whole = false; // only whole numbers have a meaning
+  double step = 0.0;  // between labels; 0: by the room there is
 };
 
 // A scale whose ends are round numbers outside the values.
-Scale RoundScale(double low, double high, double from, double to);
+Scale RoundScale(double low, double high, double from, double to, bool whole = false);
 // The same for values above 0, with powers of ten as ends.
 Scale LogScale(double low, double high, double from, double to);
 double Position(const Scale &scale, double value);

@@ -142,7 +142,7 @@ static std::string WorthOfMore(const Tries &all, const std::vector<double> &samp
   if (n < 4)
     return fmt::format(" {} {} are too few to tell what more would give.", n, all.noun);
   const double half = ExpectBest(sample, n / 2).mean, whole = sample[0];
-  const double gain = half > 0.0 ? 100.0 * (half - whole) / half : 0.0;
+  const double gain = half > 0.0 ? std::max(0.0, 100.0 * (half - whole) / half) : 0.0;
   return fmt::format(" Going from {} to {} {} lowered the expected best by {:.2f} %{}", n / 2, n, all.noun,
                      gain, gain < 0.1 ? ": more would hardly pay." : ".");
 }
@@ -163,12 +163,12 @@ static std::string TriesHtml(Tries all)
     highest = std::max(highest, one.value);
   }
   const double margin = std::max(1.0, 0.04 * (highest - lowest));
-  const Scale y = RoundScale(std::max(0.0, lowest - margin), highest + margin, 184.0, 40.0);
+  const Scale y = RoundScale(std::max(0.0, lowest - margin), highest + margin, 184.0, 48.0, true);
   const double last = static_cast<double>(std::max<size_t>(all.tries.size(), 2) - 1);
-  const Plot dots = {{-0.03 * last, 1.03 * last, plot_left, plot_right}, y};
-  DrawLegend(&svg, plot_left, 13.0,
+  const Plot dots = {{-0.03 * last, 1.03 * last, plot_left, plot_right, false, true, 0.0}, y};
+  DrawLegend(&svg, 2.0, 13.0,
              {{"dot dot", "one"},
-              {"dot ring", "above a limit, or cut short"},
+              {"dot ring", "over a limit or cut short"},
               {"dot best", "the best"},
               {"line blue", "so far"}});
   DrawYAxis(&svg, dots, all.axis);
@@ -181,7 +181,8 @@ static std::string TriesHtml(Tries all)
     lower.from += 226.0;
     lower.to += 226.0;
     const double n = static_cast<double>(sample.size());
-    const Plot expected = {{1.0 - 0.03 * (n - 1.0), n + 0.03 * (n - 1.0), plot_left, plot_right}, lower};
+    const Plot expected = {{1.0 - 0.03 * (n - 1.0), n + 0.03 * (n - 1.0), plot_left, plot_right, false, true},
+                           lower};
     DrawYAxis(&svg, expected, "expected best of n, with the band of 80 in 100 cases");
     DrawXAxis(&svg, expected, "n " + all.noun);
     DrawExpectation(&svg, expected, sample);

@@ -81,9 +81,9 @@ static std::vector<Bar> BarsOf(const std::vector<PartFigures> &parts, const Grou
 }
 
 // Labels of at most so many bars, so that they do not run into each other.
-static void DrawNames(Svg *svg, const Plot &plot, const std::vector<Bar> &bars, double step)
+static void DrawNames(Svg *svg, const Plot &plot, const std::vector<Bar> &bars, size_t stride)
 {
-  const size_t stride = (bars.size() + 15) / 16;
+  const double step = (plot.x.to - plot.x.from) / static_cast<double>(bars.size());
 
   for (size_t g = 0; g < bars.size(); g += stride) {
     const double x = plot.x.from + step * (static_cast<double>(g) + 0.5);
@@ -97,14 +97,14 @@ static std::string Hint(const Bar &bar)
                      bar.average.target, bar.average.limit);
 }
 
-static void DrawWeights(Svg *svg, const std::vector<Bar> &bars, const std::string &xtitle)
+static void DrawWeights(Svg *svg, const std::vector<Bar> &bars, const std::string &xtitle, size_t stride)
 {
   double highest = 0.0;
 
   for (const Bar &bar : bars) // a limit far away must not squeeze the bars
     highest = std::max(
         {highest, bar.most, bar.average.target, std::min(bar.average.limit, 1.6 * bar.average.target)});
-  const Plot plot = {{0.0, 1.0, plot_left, plot_right}, RoundScale(0.0, highest, 182.0, 40.0)};
+  const Plot plot = {{0.0, 1.0, plot_left, plot_right}, RoundScale(0.0, highest, 182.0, 48.0, true)};
   const double step = (plot.x.to - plot.x.from) / static_cast<double>(bars.size());
   const double gap = std::min(6.0, step * 0.12);
 
@@ -122,10 +122,10 @@ static void DrawWeights(Svg *svg, const std::vector<Bar> &bars, const std::strin
       DrawLine(svg, x, y(bar.average.limit), x + step, y(bar.average.limit), "limit");
   }
   DrawXLine(svg, plot, xtitle);
-  DrawNames(svg, plot, bars, step);
+  DrawNames(svg, plot, bars, stride);
 }
 
-static void DrawDeviations(Svg *svg, const std::vector<Bar> &bars, const std::string &xtitle)
+static void DrawDeviations(Svg *svg, const std::vector<Bar> &bars, const std::string &xtitle, size_t stride)
 {
   double lowest = 0.0, highest = 0.0;
 
@@ -148,12 +148,12 @@ static void DrawDeviations(Svg *svg, const std::vector<Bar> &bars, const std::st
     const double top = y(std::max(bar.most_off, 0.0)), bottom = y(std::min(bar.least_off, 0.0));
     DrawBox(svg, x + gap, top, step - 2 * gap, std::max(bottom - top, 1.0), bar.over ? "bar over" : "bar",
             fmt::format("part {}: {:+.3f}% of the target", bar.name, 100.0 * bar.most_off));
-    if (100.0 * bar.limit_off <= plot.y.high)
+    if (100.0 * bar.limit_off <= plot.y.high * (1.0 + 1e-9))
       DrawLine(svg, x, y(bar.limit_off), x + step, y(bar.limit_off), "limit");
   }
   DrawLine(svg, plot.x.from, Position(plot.y, 0.0), plot.x.to, Position(plot.y, 0.0), "target");
   DrawXLine(svg, plot, xtitle);
-  DrawNames(svg, plot, bars, step);
+  DrawNames(svg, plot, bars, stride);
 }
 
 static Table WeightTable(const ReportData &data, const std::vector<PartFigures> &parts)
@@ -203,9 +203,9 @@ std::string WeightsHtml(const ReportData &data)
 
   if (fixed)
     legend.push_back({"hatch", "fixed"});
-  DrawLegend(&svg, plot_left, 13.0, legend);
-  DrawWeights(&svg, bars, xtitle);
-  DrawDeviations(&svg, bars, xtitle);
+  DrawLegend(&svg, 2.0, 13.0, legend);
+  DrawWeights(&svg, bars, xtitle, LabelStride(groups));
+  DrawDeviations(&svg, bars, xtitle, LabelStride(groups));
   std::string sentence = fmt::format("The lightest part weighs {}, the heaviest {}.", *least, *most);
   if (grouped)
     sentence += fmt::format(" {} parts, shown in {} groups: averages above, the range of each group below.",

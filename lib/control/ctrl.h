@@ -53,7 +53,7 @@ struct Step {
 };
 
 // Whose trials and levels are recorded: those of the first bisection, of a k-way run, of the polish.
-enum Recorded { RECORD_NOTHING, RECORD_SIDES, RECORD_PARTS };
+enum RecordScope { RECORD_NOTHING, RECORD_SIDES, RECORD_PARTS };
 
 // What the safe interface adds to a run. The classic entry points have none, and behave accordingly: halves of
 // the total per bisection, one limit for all parts, no stop before the end, one thread.
@@ -104,7 +104,7 @@ struct Control {
   const RunContext *context; // NULL in the classic entry points
   int polishtype;            // k-way objective of the polish: 1 cut, 2 SOED
   int nanchors0;             // with a context: the first so many anchors belong to side 0
-  Recorded recorded;         // with a context that has record: what where holds in the trials that run now
+  RecordScope recorded;      // with a context that has record: what where holds in the trials that run now
   int complete; // with a context: 1 = the trials that run now partition the hypergraph of the call
 
   // CPU seconds, charged only under DBG_TIME.
