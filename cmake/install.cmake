@@ -56,5 +56,5 @@ install(FILES ${PROJECT_BINARY_DIR}/package/kapris.pc DESTINATION ${CMAKE_INSTAL
 set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/kapris)
 install(FILES LICENSE CHANGELOG.md DESTINATION ${doc_dir})
 install(FILES README.md DESTINATION ${doc_dir} OPTIONAL)
-install(DIRECTORY docs DESTINATION ${doc_dir} FILES_MATCHING PATTERN *.md)
+install(DIRECTORY docs DESTINATION ${doc_dir} FILES_MATCHING PATTERN *.md PATTERN *.png)
 install(FILES examples/partition.c DESTINATION ${doc_dir}/examples)

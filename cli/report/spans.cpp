@@ -71,6 +71,12 @@ static std::string NameOf(const SpanBin &bin)
   return bin.first == bin.last ? fmt::format("{}", bin.first) : fmt::format("{}-{}", bin.first, bin.last);
 }
 
+// The same where there is little room.
+static std::string ShortNameOf(const SpanBin &bin)
+{
+  return bin.first == bin.last ? fmt::format("{}", bin.first) : fmt::format("{}+", bin.first);
+}
+
 static void DrawHistogram(Svg *svg, const std::vector<SpanBin> &bins)
 {
   long long highest = 1;
@@ -88,7 +94,7 @@ static void DrawHistogram(Svg *svg, const std::vector<SpanBin> &bins)
     DrawBox(svg, x + step * 0.1, y, step * 0.8, plot.y.from - y, "bar",
             fmt::format("{} parts: {} nets of weight {}", NameOf(bins[i]), bins[i].count.nets,
                         bins[i].count.weight));
-    DrawText(svg, x + step / 2.0, plot.y.from + 14.0, NameOf(bins[i]), "middle");
+    DrawText(svg, x + step / 2.0, plot.y.from + 14.0, ShortNameOf(bins[i]), "middle");
   }
   DrawXLine(svg, plot, "parts that a net spans");
 }
@@ -105,7 +111,7 @@ static void DrawSizes(Svg *svg, const Hgr &hgr, const std::vector<CutNet> &nets,
     for (size_t size = static_cast<size_t>(hgr.netptr[n + 1] - hgr.netptr[n]); size >> columns > 0;)
       columns++;
   for (const SpanBin &bin : bins)
-    rows.push_back(NameOf(bin));
+    rows.push_back(ShortNameOf(bin));
   amounts.assign(rows.size() * columns, 0.0);
   for (int net = 0; net < hgr.nnets; net++) {
     const size_t n = static_cast<size_t>(net), size = static_cast<size_t>(hgr.netptr[n + 1] - hgr.netptr[n]);
