@@ -15,10 +15,10 @@ namespace kapris_cli
 static constexpr char style[] = R"(
 :root{color-scheme:light dark;--bg:#f4f6f8;--card:#fff;--ink:#17202b;--soft:#566373;--rule:#8e9aa8;--grid:#e3e8ee;
 --blue:#0072b2;--sky:#8cc4ea;--red:#c84b00;--green:#00795a;--h1:#dcebf7;--h2:#bcd9ef;--h3:#94c1e3;--h4:#67a6d4;
---h5:#4289c1;--h6:#256ba6;--h7:#114d85;--h8:#082f5c}
+--h5:#3477b0;--h6:#215f98;--h7:#114a7c;--h8:#082f5c}
 @media (prefers-color-scheme:dark){:root{--bg:#11161c;--card:#1a212a;--ink:#e6ebf1;--soft:#a4b0be;--rule:#6d7b8b;
 --grid:#2c3641;--blue:#5fb4ea;--sky:#2d638c;--red:#ff9a5c;--green:#4ecfa6;--h1:#1d3447;--h2:#20486a;--h3:#265e8c;
---h4:#3276ac;--h5:#4a90c6;--h6:#70addb;--h7:#a0ccec;--h8:#d8ecfb}}
+--h4:#2d6ea3;--h5:#4a90c6;--h6:#70addb;--h7:#a0ccec;--h8:#d8ecfb}}
 *{box-sizing:border-box}
 body{margin:0;background:var(--bg);color:var(--ink);font:15px/1.5 system-ui,"Segoe UI",Roboto,"DejaVu Sans",sans-serif}
 main{max-width:1240px;margin:0 auto;padding:20px 16px 48px}
@@ -76,8 +76,8 @@ th{font-weight:600}
 footer{margin-top:24px;color:var(--soft);font-size:13px}
 @media (max-width:600px){svg text{font-size:12.8px}}
 @media print{:root{color-scheme:light;--bg:#fff;--card:#fff;--ink:#000;--soft:#333;--rule:#666;--grid:#ddd;--blue:#0072b2;
---sky:#8cc4ea;--red:#c84b00;--green:#00795a;--h1:#dcebf7;--h2:#bcd9ef;--h3:#94c1e3;--h4:#67a6d4;--h5:#4289c1;
---h6:#256ba6;--h7:#114d85;--h8:#082f5c}
+--sky:#8cc4ea;--red:#c84b00;--green:#00795a;--h1:#dcebf7;--h2:#bcd9ef;--h3:#94c1e3;--h4:#67a6d4;--h5:#3477b0;
+--h6:#215f98;--h7:#114a7c;--h8:#082f5c}
 .card{break-inside:avoid}.scroll{max-height:none;overflow:visible}*{print-color-adjust:exact;-webkit-print-color-adjust:exact}}
 )";
 

@@ -27,8 +27,8 @@ static std::vector<Stage> StagesOf(const std::vector<ReportLevel> &levels)
     if (i == 0 || level.cycle != levels[i - 1].cycle || level.polish != levels[i - 1].polish)
       stages.push_back({i, i,
                         level.polish && level.cycle == 0 ? "polish"
-                        : level.cycle > 0                ? fmt::format("V{}", level.cycle)
-                                                         : "trial"});
+                        : level.cycle > 0 ? fmt::format("{}{}", level.polish ? "P" : "V", level.cycle)
+                                          : "trial"});
     stages.back().end = i + 1;
   }
   return stages;
@@ -155,7 +155,8 @@ std::string LevelsHtml(const ReportData &data)
   std::string sentence =
       "The road of its best trial: down by coarsening, up with a partition, V-cycles (V1, V2, ...).";
   if (data.scheme == "recursive" && data.parts > 2 && data.command == "partition")
-    sentence += " What is shown is the first bisection, and where there is one the polish of all parts.";
+    sentence += " What is shown is the first bisection, and where there is one the polish of all parts (P1, "
+                "P2, ...).";
   sentence += " The dashed line is the imbalance that was allowed for the final parts.";
   return DrawLevels(data, levels, sentence);
 }

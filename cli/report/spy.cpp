@@ -14,7 +14,7 @@
 namespace kapris_cli
 {
 
-static constexpr size_t most_pins = 50 * 1000 * 1000, most_side = 400, most_lines = 64;
+static constexpr size_t most_pins = 50 * 1000 * 1000, most_side = 400, most_lines = 24;
 static constexpr int levels = 15; // of darkness
 static constexpr double size = 400.0, left = 20.0, top = 8.0;
 
@@ -107,12 +107,15 @@ static Svg DrawPixels(const Hgr &hgr, const std::string &uri)
   return svg;
 }
 
+// Lines between the blocks, while they leave room for what they surround, and one above the cut nets.
 static void DrawBlocks(Svg *svg, const Hgr &hgr, const Order &order)
 {
-  for (size_t p = 0; p < order.ends.size() && order.ends.size() <= most_lines; p++) {
+  const size_t nparts = order.ends.size();
+
+  for (size_t p = nparts > most_lines ? nparts - 1 : 0; p < nparts; p++) {
     const double x = left + size * static_cast<double>(order.ends[p]) / hgr.ncells;
     const double y = top + size * static_cast<double>(order.netends[p]) / hgr.nnets;
-    if (p + 1 < order.ends.size())
+    if (p + 1 < nparts)
       DrawLine(svg, x, top, x, top + size, "cut");
     DrawLine(svg, left, y, left + size, y, "cut");
   }

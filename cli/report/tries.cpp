@@ -9,7 +9,8 @@
 namespace kapris_cli
 {
 
-static constexpr size_t most_dots = 800, most_rows = 300, most_columns = 360, most_draws = 120;
+static constexpr size_t most_dots = 800, most_rows = 300, most_columns = 360, most_draws = 120,
+                        fewest_sampled = 4;
 
 namespace
 {
@@ -139,7 +140,7 @@ static std::string WorthOfMore(const Tries &all, const std::vector<double> &samp
 {
   const size_t n = sample.size();
 
-  if (n < 4)
+  if (n < fewest_sampled)
     return fmt::format(" {} {} are too few to tell what more would give.", n, all.noun);
   const double half = ExpectBest(sample, n / 2).mean, whole = sample[0];
   const double gain = half > 0.0 ? std::max(0.0, 100.0 * (half - whole) / half) : 0.0;
@@ -176,7 +177,9 @@ static std::string TriesHtml(Tries all)
   DrawDots(&svg, dots, all);
 
   std::string rest = FoldedTable("All as numbers", all.table);
-  if (all.alike && sample.size() > 1) {
+  if (all.alike)
+    all.sentence += WorthOfMore(all, sample);
+  if (all.alike && sample.size() >= fewest_sampled) {
     Scale lower = y;
     lower.from += 226.0;
     lower.to += 226.0;
@@ -187,7 +190,6 @@ static std::string TriesHtml(Tries all)
     DrawXAxis(&svg, expected, "n " + all.noun);
     DrawExpectation(&svg, expected, sample);
     svg.height = 452.0;
-    all.sentence += WorthOfMore(all, sample);
     rest += FoldedTable("Expected best as numbers", ExpectationTable(all, sample));
   }
   return FigureHtml({all.id, all.title, all.sentence,
