@@ -45,7 +45,8 @@ static std::string ObjectiveSentence(const ReportData &data)
 {
   const long long value = ObjectiveOf(data, data.best);
   const std::string what = data.objective == "soed" ? "sum of external degrees" : "cut";
-  std::string from = data.command == "refine" ? "the given partition" : "made before the first start ended";
+  std::string from = data.command == "refine" ? "the given partition"
+                                              : "a simple partition made before the first start ended";
 
   if (data.best_start && data.starts.size() == 1)
     from = "the only start";

@@ -334,6 +334,8 @@ Plan Resolve(const std::string &command, const Request &request)
     Refuse("--dry-run has no result for --json");
   if (!request.report.empty() && request.dry_run)
     Refuse("--dry-run has no result for --report");
+  if (request.records && request.json.empty())
+    Refuse("--records goes into the object of --json");
   options.records = request.records || !request.report.empty();
   return plan;
 }

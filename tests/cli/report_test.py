@@ -238,6 +238,7 @@ class Report(ToolTest):
         self.fails(2, "is the input itself", "report", "r.json", "c.hgr", "p", "-o", "./p")
         self.fails(2, "is the input itself", "partition", "c.hgr", "-k", "2", "--report", "c.hgr")
         self.fails(6, "cannot write", "report", "r.json", "-o", "none/page.html")
+        self.fails(2, "--records goes into the object of --json", "partition", "c.hgr", "-k", "2", "--records")
         self.fails(2, "--dry-run has no result for --report", "partition", "c.hgr", "-k", "2", "--report", "x", "--dry-run")
 
     def test_pages_of_many_parts_stay_small(self):
