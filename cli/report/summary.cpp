@@ -34,8 +34,9 @@ static std::string BalanceSentence(const ReportData &data)
   const std::string figures =
       fmt::format("part {}, weighs {} of at most {}", fullest, data.weights[fullest], data.limits[fullest]);
   if (nover == 0)
-    return fmt::format("Balanced: all {} parts are within their limits; the fullest, {} ({} below).",
-                       data.parts, figures, Percent(relative(fullest)));
+    return fmt::format("Balanced: {} parts are within their limits; the fullest, {} ({} below).",
+                       data.parts == 2 ? "both" : fmt::format("all {}", data.parts), figures,
+                       Percent(relative(fullest)));
   return fmt::format("Not balanced: {} of {} parts {} above {}; the worst, {} ({} above).", nover, data.parts,
                      nover == 1 ? "is" : "are", nover == 1 ? "its limit" : "their limits", figures,
                      Percent(-relative(fullest)));
