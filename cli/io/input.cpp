@@ -41,6 +41,44 @@ void AddInput(CLI::App *verb, Input *input)
                  "Matrix: all cells weigh 1, not the number of their entries");
 }
 
+template <typename Value>
+static std::string NameIn(const Names<Value> &names, Value value)
+{
+  for (const auto &[name, meaning] : names)
+    if (meaning == value)
+      return name;
+  return "";
+}
+
+template <typename Value>
+static Value ValueIn(const Names<Value> &names, const std::string &given, Value otherwise)
+{
+  for (const auto &[name, meaning] : names)
+    if (name == given)
+      return meaning;
+  return otherwise;
+}
+
+std::string NameOfFormat(Format format)
+{
+  return NameIn(formats, format);
+}
+
+std::string NameOfModel(Model model)
+{
+  return NameIn(models, model);
+}
+
+Format FormatNamed(const std::string &name)
+{
+  return ValueIn(formats, name, Format::BY_NAME);
+}
+
+Model ModelNamed(const std::string &name)
+{
+  return ValueIn(models, name, Model::BY_FORMAT);
+}
+
 std::string NameOf(const Input &input)
 {
   return InputName(input.path);

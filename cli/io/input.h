@@ -34,6 +34,12 @@ std::string NameOf(const Input &input);
 // The format that the end of a name stands for, ".gz" taken off; BY_NAME if none.
 Format FormatOfName(std::string_view name);
 
+// The names that the options --format and --model take, empty where the input was to tell; and what they mean.
+std::string NameOfFormat(Format format);
+std::string NameOfModel(Model model);
+Format FormatNamed(const std::string &name);
+Model ModelNamed(const std::string &name);
+
 // Reads the hypergraph. A fault throws Failure with its place. With a list, faults and oddities go to it as far as
 // the reader can go on, and what it returns is good for nothing if there is a fault among them.
 Hgr ReadHypergraph(const Input &input, Problems *problems = nullptr);

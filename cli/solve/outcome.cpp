@@ -96,6 +96,64 @@ static Json SecondsJson(const Outcome &outcome)
           {"balancing", phase[KAPRIS_BALANCING]}};
 }
 
+// What the page of a report needs beyond the result itself.
+static Json InputJson(const Input &input)
+{
+  return {{"format", NameOfFormat(input.format)},
+          {"model", NameOfModel(input.model)},
+          {"unit_weights", input.unit_weights}};
+}
+
+static Json FixedWeightsJson(const Outcome &outcome)
+{
+  std::vector<long long> weights(static_cast<size_t>(outcome.request->nparts));
+
+  if (outcome.fixed.empty())
+    return nullptr;
+  for (size_t cell = 0; cell < outcome.fixed.size(); cell++)
+    if (outcome.fixed[cell] >= 0)
+      weights[static_cast<size_t>(outcome.fixed[cell])] += CellWeight(outcome.hgr, static_cast<int>(cell));
+  return weights;
+}
+
+static Json TrialsJson(const kapris::Result &result)
+{
+  Json trials = Json::array();
+
+  for (const kapris::Trial &trial : result.trials)
+    trials.push_back({{"start", result.starts[static_cast<size_t>(trial.start)].number},
+                      {"trial", trial.number},
+                      {"value", trial.value},
+                      {"cycled", trial.cycled < 0 ? Json(nullptr) : Json(trial.cycled)},
+                      {"imbalance", trial.imbalance},
+                      {"best", trial.best != 0}});
+  return trials;
+}
+
+static Json LevelsJson(const kapris::Result &result)
+{
+  Json levels = Json::array();
+
+  for (const kapris::Level &level : result.levels)
+    levels.push_back({{"phase", kapris::PhaseName(level.phase)},
+                      {"cycle", level.cycle},
+                      {"polish", level.polish != 0},
+                      {"cells", level.cells},
+                      {"nets", level.nets},
+                      {"pins", level.pins},
+                      {"value", level.value < 0 ? Json(nullptr) : Json(level.value)},
+                      {"imbalance", level.value < 0 ? Json(nullptr) : Json(level.imbalance)}});
+  return levels;
+}
+
+static Json RecordsJson(const Outcome &outcome)
+{
+  return {{"input", InputJson(outcome.request->input)},
+          {"fixed_weights", FixedWeightsJson(outcome)},
+          {"trials", TrialsJson(outcome.result)},
+          {"levels", LevelsJson(outcome.result)}};
+}
+
 Json ResultJson(const Outcome &outcome)
 {
   const kapris::Result &result = outcome.result;
@@ -117,6 +175,8 @@ Json ResultJson(const Outcome &outcome)
   json["output"] = PartFileJson(outcome.plan.out, result.part);
   json["seconds"] = SecondsJson(outcome);
   json["peak_bytes"] = result.peak_bytes;
+  if (outcome.plan.options.records)
+    json["records"] = RecordsJson(outcome);
   return json;
 }
 

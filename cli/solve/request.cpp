@@ -161,6 +161,10 @@ static void AddOutput(CLI::App *verb, Request *request, const char *suffix)
                       suffix))
       ->type_name("FILE");
   AddJson(verb, &request->json, "kapris-result-1");
+  verb->add_flag("--records", request->records, "The JSON object tells of trials and levels too");
+  verb->add_option("--report", request->report,
+                   "Write a page with pictures of the result; see the verb report")
+      ->type_name("FILE");
   verb->add_flag("-q,--quiet", request->quiet, "Print only the name of the file written");
   verb->add_flag("-v,--verbose", request->verbosity, "Trace the runs on standard error; -vv: the levels too");
   verb->add_flag("--dry-run", request->dry_run, "Check everything and say what would be done");
@@ -328,6 +332,11 @@ Plan Resolve(const std::string &command, const Request &request)
     CheckName(plan.out);
   if (!request.json.empty() && request.dry_run)
     Refuse("--dry-run has no result for --json");
+  if (!request.report.empty() && request.dry_run)
+    Refuse("--dry-run has no result for --report");
+  if (request.records && request.json.empty())
+    Refuse("--records goes into the object of --json");
+  options.records = request.records || !request.report.empty();
   return plan;
 }
 

@@ -23,7 +23,9 @@ struct Request {
   std::string target_weights;
   std::string out;
   std::string start_range;
-  std::string json; // empty: none, "-": standard output
+  std::string json;   // empty: none, "-": standard output
+  std::string report; // the same
+  bool records = false;
   int nparts = 2;
   Preset preset = Preset::DEFAULT;
   std::optional<kapris_scheme> scheme;

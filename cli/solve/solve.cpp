@@ -5,7 +5,7 @@
 //   read    hypergraph, fixed cells, given partition                    ReadInputs
 //   run     the library, with progress, traces and Ctrl-C               RunLibrary
 //   write   the part file, read again and measured anew                 WriteParts
-//   report  summary or JSON                                             Report
+//   report  summary, JSON, page                                         Report
 
 #include "solve/solve.h"
 
@@ -15,6 +15,7 @@
 #include "measure/bounds.h"
 #include "measure/measures.h"
 #include "options/json.h"
+#include "report/report.h"
 #include "solve/interrupt.h"
 #include "solve/outcome.h"
 #include "solve/progress.h"
@@ -45,7 +46,7 @@ static void CheckInputsAndOutputs(const Request &request, const Plan &plan)
   const bool file = request.target_weights.starts_with('@');
 
   CheckFiles({request.input.path, request.part, request.fixed, file ? request.target_weights.substr(1) : ""},
-             {plan.out, request.json});
+             {plan.out, request.json, request.report});
 }
 
 static void ReadInputs(const Request &request, Outcome *outcome)
@@ -130,10 +131,14 @@ static void Report(const Outcome &outcome)
 {
   const Request &request = *outcome.request;
   // Whatever is a result of its own there keeps standard output to itself.
-  std::FILE *stream = outcome.plan.out == "-" || request.json == "-" ? stderr : stdout;
+  std::FILE *stream =
+      outcome.plan.out == "-" || request.json == "-" || request.report == "-" ? stderr : stdout;
 
+  const Json json = request.json.empty() && request.report.empty() ? Json() : ResultJson(outcome);
   if (!request.json.empty())
-    WriteJson(ResultJson(outcome), request.json);
+    WriteJson(json, request.json);
+  if (!request.report.empty())
+    WriteFile(request.report, ReportPage("the result", json, &outcome.hgr, &outcome.result.part));
   if (request.quiet) {
     if (stream == stdout)
       fmt::print("{}\n", outcome.plan.out);
@@ -142,6 +147,8 @@ static void Report(const Outcome &outcome)
   std::fputs(Summary(outcome).c_str(), stream);
   if (!request.json.empty() && request.json != "-")
     std::fputs(Line("json", request.json).c_str(), stream);
+  if (!request.report.empty() && request.report != "-")
+    std::fputs(Line("report", request.report).c_str(), stream);
 }
 
 static ExitStatus StatusOf(const kapris::Result &result)

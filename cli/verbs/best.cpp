@@ -76,28 +76,10 @@ static bool IsResult(const Json &json)
   return start.is_null() || IsWhole(start, 0, INT_MAX);
 }
 
-// Objects of results are not nested deeply, and what is cannot even be copied safely.
-static Json ParseJson(std::string_view text)
-{
-  constexpr int deepest = 16;
-  bool toodeep = false;
-  Json json = Json::parse(
-      text,
-      [&toodeep](int depth, Json::parse_event_t, Json &) {
-        toodeep = toodeep || depth > deepest;
-        return !toodeep;
-      },
-      false);
-
-  return toodeep ? Json(Json::value_t::discarded) : json;
-}
-
 static SavedResult ReadResult(const std::string &path)
 {
-  SavedResult result = {path, ParseJson(OpenText(path).bytes)};
+  SavedResult result = {path, ReadJson(path)};
 
-  if (result.json.is_discarded())
-    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not a JSON file of ours", InputName(path))};
   if (!IsResult(result.json))
     throw Failure{EXIT_MALFORMED,
                   fmt::format("{}:1:1: not a result of 'kapris partition --json' or 'kapris refine --json'",

@@ -17,6 +17,8 @@ static const char description[] =
     "  kapris partition circuit.hgr -k 4                     four parts, written to circuit.hgr.part.4\n"
     "  kapris partition circuit.hgr -k 2 --epsilon 0.01 --seed 7 --starts 20 -o halves.part\n"
     "  kapris partition - -k 2 -o - < circuit.hgr            from standard input to standard output\n"
+    "  kapris partition circuit.hgr -k 4 --report page.html  the same, and a page with pictures of the "
+    "result\n"
     "  kapris eval circuit.hgr circuit.hgr.part.4            cut and balance of a partition\n"
     "  kapris stats circuit.hgr                              sizes, degrees, components\n"
     "  kapris generate circuit --cells 20000 -o circuit.hgr  a synthetic hypergraph\n"
@@ -82,6 +84,7 @@ void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
   AddPartition(app, run);
   AddRefine(app, run);
   AddBest(app, run);
+  AddReport(app, run);
   AddEval(app, run);
   AddGenerate(app, run);
   AddStatsVerb(app, run);

@@ -26,6 +26,7 @@ void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color);
 void AddPartition(CLI::App *app, Run *run);
 void AddRefine(CLI::App *app, Run *run);
 void AddBest(CLI::App *app, Run *run);
+void AddReport(CLI::App *app, Run *run);
 void AddEval(CLI::App *app, Run *run);
 void AddGenerate(CLI::App *app, Run *run);
 void AddStatsVerb(CLI::App *app, Run *run);

@@ -91,6 +91,8 @@ void kapris_free_result(kapris_result *result)
   std::free(result->part_weights);
   std::free(result->part_limits);
   std::free(result->starts);
+  std::free(result->trials);
+  std::free(result->levels);
   std::free(result);
 }
 
@@ -184,6 +186,30 @@ static void SetFinalStatus(kapris_result *result, const Run *run)
                               : "some part is above its limit; this is the best partition found");
 }
 
+template <class T>
+static T *CopyArray(const std::vector<T> &values)
+{
+  T *array = NewArray<T>(static_cast<int>(values.size()));
+
+  std::copy(values.begin(), values.end(), array);
+  return array;
+}
+
+static void DeliverRecords(const Run *run, kapris_result *result)
+{
+  std::vector<kapris_trial> trials;
+
+  for (const std::vector<kapris_trial> &start : run->trials)
+    trials.insert(trials.end(), start.begin(), start.end());
+  trials.resize(std::min<std::size_t>(trials.size(), INT_MAX));
+  result->trials = CopyArray(trials);
+  result->ntrials = static_cast<int>(trials.size());
+  if (run->best.start < 0)
+    return;
+  result->levels = CopyArray(run->levels);
+  result->nlevels = static_cast<int>(run->levels.size());
+}
+
 // serial = the newest block that is needed for the figures.
 static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
 {
@@ -242,11 +268,15 @@ static void Partition(const kapris_problem *problem, const kapris_options *optio
   result->seed = run.seed;
   run.starts = result->starts = NewArray<kapris_start>(options->starts);
   result->nstarts = options->starts;
+  if (options->records)
+    run.trials.resize(static_cast<std::size_t>(options->starts));
   const std::uint64_t serial = ledger->serial;
   RunStarts__(&run, given);
   result->seconds_starts = SecondsSince__(began) - result->seconds_prepare;
 
   Deliver(&run, serial, result);
+  if (options->records)
+    DeliverRecords(&run, result);
 }
 
 static kapris_status StatusOf(FatalKind kind)
@@ -295,6 +325,7 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
       made->status != KAPRIS_CANCELLED) {
     std::free(made->part);
     made->part = nullptr;
+    made->ntrials = made->nlevels = 0;
   }
   made->peak_bytes = ledger.peak;
   made->seconds = SecondsSince__(began);

@@ -43,6 +43,8 @@ using Status = kapris_status;     // KAPRIS_OK, KAPRIS_INFEASIBLE, ...
 using Progress = kapris_progress; // a moment of a call
 using Phase = kapris_phase;       // what a start is doing
 using Start = kapris_start;       // what one start gave
+using Trial = kapris_trial;       // what one trial of a start gave
+using Level = kapris_level;       // a level on the road of the best trial
 
 // Why there is no result: KAPRIS_INVALID_ARGUMENT (what() names the argument, the index and the value),
 // KAPRIS_OUT_OF_MEMORY, KAPRIS_MEMORY_LIMIT or KAPRIS_INTERNAL.
@@ -102,7 +104,8 @@ struct Options {
   std::function<void(const Progress &)> progress = {}; // or empty; called a few times per second
   // Or empty; receives the traces. The text lives only as long as the callback runs.
   std::function<void(std::string_view)> log = {};
-  int log_level = 0; // bit mask of traces as in kapris.h, option 8
+  int log_level = 0;    // bit mask of traces as in kapris.h, option 8
+  bool records = false; // true: the result holds trials and levels
 };
 
 // Everything a call gives. Belongs to whoever holds it.
@@ -125,6 +128,8 @@ struct Result {
   double seconds_starts = 0.0;  // of it: the starts
   std::array<double, 5> seconds_phase = {}; // what the starts spent, all threads added up, by Phase
   std::size_t peak_bytes = 0;               // largest memory that the call held, the result left out
+  std::vector<Trial> trials;                // with records: by start, then by number
+  std::vector<Level> levels; // with records: of the best trial of the best start, in the order of time
 };
 
 // What the following functions share; not for other use.
@@ -252,6 +257,7 @@ inline kapris_options OptionsOf(const Options &options, Callbacks *callbacks)
   c.log = options.log ? CallLog : nullptr;
   c.log_level = options.log_level;
   c.user = callbacks;
+  c.records = options.records;
   return c;
 }
 
@@ -283,6 +289,8 @@ inline Result ResultOf(const kapris_result *c)
   result.seconds_starts = c->seconds_starts;
   std::copy(std::begin(c->seconds_phase), std::end(c->seconds_phase), result.seconds_phase.begin());
   result.peak_bytes = c->peak_bytes;
+  result.trials = Copy(c->trials, c->ntrials);
+  result.levels = Copy(c->levels, c->nlevels);
   return result;
 }
 

@@ -146,6 +146,7 @@ typedef struct kapris_options {
   void (*log)(const char *text, void *user);                     /* or NULL; receives the traces */
   int log_level; /* bit mask of traces as in kapris.h, option 8: 0 */
   void *user;    /* handed to progress and log */
+  int records;   /* 1 = the result holds trials and levels: 0 */
 } kapris_options;
 
 /* Callbacks are called by any thread of the call, but never by two at once. They must return and not call kapris. */
@@ -163,6 +164,29 @@ typedef struct kapris_start {
   double seconds;   /* wall time */
   int number;       /* first_start and up */
 } kapris_start;
+
+/* One trial: a multilevel run of the first bisection of a start, or of its k-way partitioning; a round of kapris_refine.
+ * Of a start with more than 1000, those after are left out unless they were among the best so far. */
+typedef struct kapris_trial {
+  int start;        /* index into starts */
+  int number;       /* from 0 */
+  int64_t value;    /* what the trial minimised when it ended: the cut of the bisection, or the objective */
+  int64_t cycled;   /* the same after the V-cycles that came after the last trial; -1 where there were none */
+  double imbalance; /* of the sides of the bisection, or of the parts */
+  int best;         /* 1 = the start went on with its partition */
+} kapris_trial;
+
+/* One level on the road of the best trial of the best start, in the order of time. */
+typedef struct kapris_level {
+  kapris_phase
+      phase;  /* KAPRIS_COARSENING: made, without a partition; KAPRIS_INITIAL: the coarsest one with its first
+                         partition; KAPRIS_REFINING: refined */
+  int cycle;  /* 0 in the trial itself, 1 and up in its V-cycles */
+  int polish; /* 1 = of the refinement of all parts after the last bisection */
+  int cells, nets, pins;
+  int64_t value;    /* what is minimised, on this level; -1 without a partition */
+  double imbalance; /* as in kapris_trial */
+} kapris_level;
 
 /* Everything a call gives; owned by the caller, released by kapris_free_result. */
 typedef struct kapris_result {
@@ -188,6 +212,10 @@ typedef struct kapris_result {
   /* What the starts spent on each phase: seconds of all threads added up, by kapris_phase. */
   double seconds_phase[5];
   size_t peak_bytes; /* largest memory that the call held, the result left out */
+  /* With records, else empty. Without levels: a best_start of -1, or a start that was cut short in its first trial. */
+  int ntrials, nlevels;
+  kapris_trial *trials; /* [ntrials] by start, then by number */
+  kapris_level *levels; /* [nlevels] */
 } kapris_result;
 
 /* Partitions. *result always receives a result, except with the status KAPRIS_OUT_OF_MEMORY or

@@ -39,6 +39,8 @@ void CheckOptions__(const kapris_options *options)
     errexit__("runs is %d, but it should be at least 1", options->runs);
   if (options->reconst != 0 && options->reconst != 1)
     errexit__("reconst is %d, but it should be 0 or 1", options->reconst);
+  if (options->records != 0 && options->records != 1)
+    errexit__("records is %d, but it should be 0 or 1", options->records);
   if (options->seed > INT_MAX)
     errexit__("seed is %lld, but it should be at most %d", static_cast<long long>(options->seed), INT_MAX);
   if (!(options->imbalance >= 0.0 && std::isfinite(options->imbalance)))

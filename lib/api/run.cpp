@@ -74,6 +74,8 @@ static void RecordStart(kapris_start *record, const Measures *measures, bool com
   record->completed = completed;
 }
 
+// The records go to the call: those of this start's levels if its partition is the best so far, and so will those of
+// a later one that beats it.
 static void EndStart(Start *start)
 {
   Run *run = start->run;
@@ -84,6 +86,11 @@ static void EndStart(Start *start)
   for (int phase = 0; phase < NPHASES; phase++)
     run->seconds[phase] += start->seconds[phase];
   run->nstartsdone++;
+  if (!run->options->records)
+    return;
+  run->trials[static_cast<std::size_t>(start->index)] = std::move(start->records.trials);
+  if (run->best.start == start->index)
+    run->levels = TakeLevels__(&start->records);
 }
 
 static void RunStart(Run *run, int index)
@@ -91,7 +98,8 @@ static void RunStart(Run *run, int index)
   const auto began = std::chrono::steady_clock::now();
   kapris_start *record = &run->starts[index];
   int *part = imalloc__(run->problem->ncells, "api: part");
-  Start start = {run, index, imalloc__(run->problem->ncells, "api: incumbent"), false, {0}, {0}, {0.0}, {}};
+  Start start = {run, index, imalloc__(run->problem->ncells, "api: incumbent"), false, {0}, {0}, {0.0},
+                 {},  {}};
 
   Enter__(&start, PHASE_OTHER, 0);
   record->number = run->options->first_start + index;
@@ -156,7 +164,7 @@ static void RunStartTask(void *argument)
 static void ConsiderGiven(Run *run, const int *given)
 {
   const int ncells = run->problem->ncells;
-  Start start = {run, GIVEN_PARTITION, nullptr, false, {0}, {0}, {0.0}, {}};
+  Start start = {run, GIVEN_PARTITION, nullptr, false, {0}, {0}, {0.0}, {}, {}};
 
   Consider(run, GIVEN_PARTITION, icopy__(ncells, given, imalloc__(ncells, "api: part")));
   run->initial = icopy__(ncells, given, imalloc__(ncells, "api: initial"));

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <exception>
+#include <vector>
 
 // Why a call ends early.
 enum StopReason { GOES_ON, TIME_IS_UP, CANCELLED, FAILED };
@@ -34,6 +35,10 @@ struct Run {
   int *initial;    // [ncells] the partition to improve, or NULL
   Candidate shown; // the best for reports of progress, without its partition
   int nstartsdone;
+
+  // With records, under lock.
+  std::vector<std::vector<kapris_trial>> trials; // [options->starts]
+  std::vector<kapris_level> levels;              // of the start that made the best partition
 };
 
 double SecondsSince__(std::chrono::steady_clock::time_point began);

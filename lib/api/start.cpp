@@ -135,6 +135,13 @@ static void TakeIncumbent(void *taker, const int *part)
     ShowIncumbent(start);
 }
 
+static void Record(void *owner, const Step *step)
+{
+  Start *start = static_cast<Start *>(owner);
+
+  NoteStep__(&start->records, start->index, step);
+}
+
 static void *Fork(void *owner, void (*work)(void *argument), void *argument)
 {
   return ForkTask__(static_cast<Start *>(owner)->run->pool, work, argument);
@@ -200,6 +207,7 @@ void RunEngine__(Start *start, std::int64_t seed, int *part)
   context.incumbent = TakeIncumbent;
   context.enter = Enter__;
   context.worked = Worked;
+  context.record = run->options->records ? Record : nullptr;
   context.fork = run->options->threads > 1 ? Fork : nullptr;
   context.join = Join;
   context.shares = problem->shares;

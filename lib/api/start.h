@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "records.h"
 #include "run.h"
 
 #include "control/ctrl.h"
@@ -16,6 +17,8 @@ struct Start {
   std::atomic<int> phase, cells;
   std::atomic<double> done; // estimate of the work done
   std::atomic<double> seconds[NPHASES];
+
+  Records records;
 };
 
 // Whether the call goes on; owner is a Start. Reports progress when it is due.

@@ -126,6 +126,7 @@ static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
   graph->level = 0;
   TraceText(ctrl, "----------------------------------------------------------\n");
   TraceLevel(ctrl, graph);
+  RecordLevel__(ctrl, PHASE_COARSEN, graph, -1);
 
   while (ctrl->coarsento < graph->ncells) {
     EnterPhase__(ctrl, PHASE_COARSEN, graph->ncells);
@@ -141,6 +142,7 @@ static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
     graph->coarser->level = graph->level + 1;
     graph = graph->coarser;
     TraceLevel(ctrl, graph);
+    RecordLevel__(ctrl, PHASE_COARSEN, graph, -1);
 
     if (IsSlow(graph, ratio)) {
       if (restricted || slow || ctrl->ctype == 5) {

@@ -44,6 +44,7 @@ void Uncoarsen__(Control *ctrl, HGraph *orggraph, HGraph *coarsest)
       Scheme::RefineLevel(ctrl, graph, level);
     Scheme::DealIslands(ctrl, graph);
     StopTimer__(ctrl, &ctrl->RefTmr);
+    RecordLevel__(ctrl, PHASE_REFINE, graph, *Scheme::Value(graph));
   } while (graph != orggraph);
   CombineIslands__(orggraph);
   StopTimer__(ctrl, &ctrl->UncoarsenTmr);
@@ -63,7 +64,9 @@ int RunVCycles__(Control *ctrl, HGraph *graph, int ncycles)
     Scheme::TraceStart(best);
   for (int i = 0; i < ncycles; i++) {
     ctrl->ctype = i % 2; // stars and pairs in turn
+    RecordBegin__(ctrl, STEP_CYCLE, 0);
     HGraph *coarsest = CCoarsen__(ctrl, graph);
+    RecordLevel__(ctrl, PHASE_INITIAL, coarsest, *value);
     Uncoarsen__<Scheme>(ctrl, graph, coarsest);
     if (ctrl->dbglvl & DBG_LONG) {
       Trace__("%d ", *value);

@@ -30,6 +30,31 @@ enum Phase {
   PHASE_END = NPHASES // the thread goes on with something else
 };
 
+// What the records of a run say of its levels and trials.
+enum StepKind {
+  STEP_TRIAL,  // a trial begins, or the V-cycles that it gets after the last trial
+  STEP_POLISH, // the polish of all parts begins
+  STEP_CYCLE,  // a V-cycle begins
+  STEP_LEVEL,  // a level: coarsened, or partitioned, or refined
+  STEP_END     // a trial, or its V-cycles, ended
+};
+
+struct Step {
+  StepKind kind;
+  int trial;         // STEP_TRIAL, STEP_END: its number
+  Phase phase;       // STEP_LEVEL: what has been done with it
+  int ncells, nnets; // STEP_LEVEL, islands counted
+  int npins;         // the same
+  int value;         // the objective; -1 while there is no partition
+  double imbalance;  // as that of a result, of the level's cells
+  bool taken;        // STEP_END: its partition is the best so far
+  const int *kept;   // STEP_END: [nkept] trials that can still get V-cycles; -1 in an empty slot
+  int nkept;
+};
+
+// Whose trials and levels are recorded: those of the first bisection, of a k-way run, of the polish.
+enum RecordScope { RECORD_NOTHING, RECORD_SIDES, RECORD_PARTS };
+
 // What the safe interface adds to a run. The classic entry points have none, and behave accordingly: halves of
 // the total per bisection, one limit for all parts, no stop before the end, one thread.
 struct RunContext {
@@ -42,6 +67,8 @@ struct RunContext {
   void (*enter)(void *owner, Phase phase, int ncells);
   // Told what part of the trials of one bisection or k-way partitioning of ncells cells has ended; or NULL.
   void (*worked)(void *owner, double part, int ncells);
+  // Told of the steps of the trials; or NULL.
+  void (*record)(void *owner, const Step *step);
   // Runs work(argument) on another thread if one is free, or later inside join; join waits and throws what it threw.
   void *(*fork)(void *owner, void (*work)(void *argument), void *argument);
   void (*join)(void *owner, void *task);
@@ -77,6 +104,7 @@ struct Control {
   const RunContext *context; // NULL in the classic entry points
   int polishtype;            // k-way objective of the polish: 1 cut, 2 SOED
   int nanchors0;             // with a context: the first so many anchors belong to side 0
+  RecordScope recorded;      // with a context that has record: what where holds in the trials that run now
   int complete; // with a context: 1 = the trials that run now partition the hypergraph of the call
 
   // CPU seconds, charged only under DBG_TIME.

@@ -3,13 +3,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "control/ctrl.h"
+
 #include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <type_traits>
-
-struct Control;
 
 // ----------------------------------------------------------------------------------------------------------
 // Checks. 1 light: O(1). 2 normal: O(degree). 3 heavy: may walk the whole level. A check has no side effect,
@@ -316,6 +316,17 @@ int ComputeActualCut__(const HGraph *graph, const int *part);  // any number of 
 int ComputeActualSOED__(const HGraph *graph, const int *part); // any number of parts
 // Weight of the lighter side over the total, 0.5 at best; NaN without weight.
 float ComputeBalance__(const HGraph *graph, const int *part);
+
+// ----------------------------------------------------------------------------------------------------------
+// Records of levels and trials (record.cpp); they do nothing unless ctrl->recorded
+
+// A trial, its later V-cycles, a V-cycle or the polish begins.
+void RecordBegin__(const Control *ctrl, StepKind kind, int trial);
+// What phase has made of a level. value is that of the partition in where, -1 if there is none yet.
+void RecordLevel__(const Control *ctrl, Phase phase, const HGraph *graph, int value);
+// A trial, or its later V-cycles, ended with the partition in where. kept, [nkept]: see Step.
+void RecordEnd__(const Control *ctrl, int trial, const HGraph *graph, int value, bool taken, const int *kept,
+                 int nkept);
 
 // ----------------------------------------------------------------------------------------------------------
 // Pruning (prune.cpp)

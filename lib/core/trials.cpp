@@ -15,6 +15,7 @@ void StartTrials__(const Control *ctrl, Trials *trials, int ncells, int bound, i
     for (int i = 0; i < trials->nkept; i++) {
       trials->parts[i] = imalloc__(ncells, "Hypergraph_Bisection: parts[i]");
       trials->values[i] = bound;
+      trials->trials[i] = -1;
     }
   }
 }
@@ -53,6 +54,7 @@ bool NoteTrial__(Trials *trials, int trial, int value, const int *where, int *pa
     if (trials->values[worst] > value) {
       icopy__(trials->ncells, where, trials->parts[worst]);
       trials->values[worst] = value;
+      trials->trials[worst] = trial;
     }
   }
   return best;

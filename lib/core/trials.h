@@ -24,6 +24,7 @@ struct Trials {
   int nkept; // partitions kept for V-cycles after the last trial
   int *parts[3];
   int values[3]; // bound while the slot is empty
+  int trials[3]; // -1 while the slot is empty
 };
 
 // nkept slots when V-cycles come after the last trial, else none.
@@ -67,6 +68,7 @@ void FinishOnFull__(Control *ctrl, HGraph *graph, HGraph *pruned)
   QVfree__(&graph->where);
   graph->where = where;
   Scheme::RefineFull(ctrl, graph, TRIAL_NPASSES);
+  RecordLevel__(ctrl, PHASE_REFINE, graph, *Scheme::Value(graph));
   if (traced) {
     Trace__("%d]", *Scheme::Value(graph));
     TraceFlush__();
@@ -76,6 +78,7 @@ void FinishOnFull__(Control *ctrl, HGraph *graph, HGraph *pruned)
 template <class Scheme>
 void RunTrial__(Control *ctrl, HGraph *graph, HGraph *pruned, Trials *trials, int t, int *part)
 {
+  RecordBegin__(ctrl, STEP_TRIAL, t);
   Scheme::PartitionPruned(ctrl, pruned);
   const bool improved = NotePrunedValue__(trials, *Scheme::Value(pruned));
   if (ctrl->dbglvl & DBG_LONG) {
@@ -93,7 +96,9 @@ void RunTrial__(Control *ctrl, HGraph *graph, HGraph *pruned, Trials *trials, in
   if (ctrl->dbglvl & DBG_TRIALS)
     Scheme::TraceTrial(t, graph, Scheme::Balance(ctrl, graph, graph->where));
 
-  if (NoteTrial__(trials, t, *Scheme::Value(graph), graph->where, part) && ctrl->complete)
+  const bool taken = NoteTrial__(trials, t, *Scheme::Value(graph), graph->where, part);
+  RecordEnd__(ctrl, t, graph, *Scheme::Value(graph), taken, trials->trials, trials->nkept);
+  if (taken && ctrl->complete)
     ctrl->context->incumbent(ctrl->context->taker, part);
   FreeRootHGraph__(graph);
   FreeRootHGraph__(pruned);
@@ -110,8 +115,11 @@ void CycleKeptTrials__(Control *ctrl, HGraph *graph, Trials *trials, int *part)
       continue;
     icopy__(graph->ncells, trials->parts[i], graph->where);
     *Scheme::Value(graph) = trials->values[i];
+    RecordBegin__(ctrl, STEP_TRIAL, trials->trials[i]);
     const int value = Scheme::VCycle(ctrl, graph, TRIAL_NCYCLES); // replaces where
-    if (NoteCycled__(trials, value, graph->where, part) && ctrl->complete)
+    const bool taken = NoteCycled__(trials, value, graph->where, part);
+    RecordEnd__(ctrl, trials->trials[i], graph, value, taken, trials->trials, trials->nkept);
+    if (taken && ctrl->complete)
       ctrl->context->incumbent(ctrl->context->taker, part);
   }
   FreeRootHGraph__(graph);
@@ -159,15 +167,16 @@ int RunTrials__(Control *ctrl, HGraph *graph, int *part)
   return trials.best;
 }
 
-// Takes the partition in where if its value is below best.
-inline void TakeImproved__(const Control *ctrl, const HGraph *graph, int value, int *best, int *part)
+// Takes the partition in where if its value is below best; returns whether it did.
+inline bool TakeImproved__(const Control *ctrl, const HGraph *graph, int value, int *best, int *part)
 {
   if (value >= *best)
-    return;
+    return false;
   *best = value;
   icopy__(graph->ncells, graph->where, part);
   if (ctrl->complete)
     ctrl->context->incumbent(ctrl->context->taker, part);
+  return true;
 }
 
 // Improves the partition part in ctrl->nruns rounds, each from the best so far: refinement, then V-cycles unless
@@ -184,13 +193,16 @@ int ImprovePartition__(Control *ctrl, HGraph *graph, int *part)
     EnterPhase__(ctrl, PHASE_REFINE, graph->ncells);
     Scheme::AllocateMemory(ctrl, graph);
     icopy__(graph->ncells, part, graph->where);
+    RecordBegin__(ctrl, STEP_TRIAL, t);
     Scheme::RefineFull(ctrl, graph, TRIAL_NPASSES);
-    TakeImproved__(ctrl, graph, *Scheme::Value(graph), &best, part);
+    RecordLevel__(ctrl, PHASE_REFINE, graph, *Scheme::Value(graph));
+    bool taken = TakeImproved__(ctrl, graph, *Scheme::Value(graph), &best, part);
     if (ctrl->vcycle != 0) {
       FreeCycleState__(graph);
       const int value = Scheme::VCycle(ctrl, graph, TRIAL_NCYCLES);
-      TakeImproved__(ctrl, graph, value, &best, part);
+      taken = TakeImproved__(ctrl, graph, value, &best, part) || taken;
     }
+    RecordEnd__(ctrl, t, graph, *Scheme::Value(graph), taken, nullptr, 0);
     if (ctrl->dbglvl & DBG_TRIALS)
       Scheme::TraceTrial(t, graph, Scheme::Balance(ctrl, graph, graph->where));
     FreeRootHGraph__(graph);

@@ -51,6 +51,7 @@ static void PartitionInContext(const Control *ctrl, HGraph *graph)
   context.incumbent = nullptr;
   context.enter = nullptr;
   context.worked = nullptr;
+  context.record = nullptr;
   nested.context = &context;
   nested.coarsento = 100;
   nested.nruns = nested.ctype = 2;
@@ -98,6 +99,7 @@ struct DirectKway {
     HGraph *coarsest = Coarsen__(ctrl, pruned);
 
     InitPartitionKway__(ctrl, coarsest);
+    RecordLevel__(ctrl, PHASE_INITIAL, coarsest, coarsest->objval);
     RefineKway__(ctrl, pruned, coarsest);
   }
 
@@ -155,6 +157,8 @@ static int PartitionKway(Control *ctrl, HGraph *graph, int nfixed, int *part)
 {
   graph->nfixed = nfixed;
   ctrl->complete = ctrl->context != nullptr && ctrl->context->incumbent != nullptr;
+  ctrl->recorded =
+      ctrl->context != nullptr && ctrl->context->record != nullptr ? RECORD_PARTS : RECORD_NOTHING;
   return RunTrials__<DirectKway>(ctrl, graph, part);
 }
 
@@ -168,6 +172,7 @@ static int ImproveKway(Control *ctrl, HGraph *graph, int nfixed, int *part)
 {
   graph->nfixed = nfixed;
   ctrl->complete = 1;
+  ctrl->recorded = ctrl->context->record != nullptr ? RECORD_PARTS : RECORD_NOTHING;
   return ImprovePartition__<DirectKway>(ctrl, graph, part);
 }
 

@@ -57,6 +57,7 @@ int VCycleRefinementKway__(Control *ctrl, HGraph *graph, int ncycles)
 int RefineKwayPartition__(Control *ctrl, HGraph *graph)
 {
   RefineCutKway_Random__(ctrl, graph, 10);
+  RecordLevel__(ctrl, PHASE_REFINE, graph, graph->objval);
   FreeCycleState__(graph);
   VCycleRefinementKway__(ctrl, graph, 10);
   return graph->mincut;

@@ -29,6 +29,7 @@ struct Bisection {
     HGraph *coarsest = Coarsen__(ctrl, pruned);
 
     InitPartition__(ctrl, coarsest);
+    RecordLevel__(ctrl, PHASE_INITIAL, coarsest, coarsest->mincut);
     Refine__(ctrl, pruned, coarsest);
   }
 

@@ -38,6 +38,7 @@ static void AimBisection(Control *ctrl, const HGraph *graph, int nparts, int fir
   ctrl->ubfactor = static_cast<float>(std::min(share0, share1) * growth);
   ctrl->nanchors0 = nparts0;
   ctrl->complete = ctrl->nparts == 2 && ctrl->context->incumbent != nullptr;
+  ctrl->recorded = nparts == ctrl->nparts && ctrl->context->record != nullptr ? RECORD_SIDES : RECORD_NOTHING;
 }
 
 static int MLRB__(Control *ctrl, HGraph *graph, int *part, int nparts, int first);
@@ -133,6 +134,9 @@ static int PolishKway(Control *ctrl, HGraph *graph, int *part)
                                       kpwgts[iamax__(ctrl->nparts, kpwgts)] / iasum__(ctrl->nparts, kpwgts));
 
   EnterPhase__(ctrl, PHASE_REFINE, graph->ncells);
+  if (ctrl->context != nullptr && ctrl->context->record != nullptr)
+    ctrl->recorded = RECORD_PARTS;
+  RecordBegin__(ctrl, STEP_POLISH, 0);
   AllocateKwayRefinementMemory__(ctrl, graph);
   icopy__(graph->ncells, part, graph->where);
   const int cut = RefineKwayPartition__(ctrl, graph);

@@ -35,6 +35,7 @@ TEST(cpp, gives_what_c_gives)
                  2,
                  1,
                  2};
+  cpp.options.records = true;
   c.twelfths = {3, 1, 8};
   c.fixed = fixed;
   c.percent = 20;
@@ -47,7 +48,7 @@ TEST(cpp, gives_what_c_gives)
   c.options.reconst = 1;
   c.options.seed = 9;
   c.options.starts = c.options.threads = 2;
-  c.options.first_start = 1;
+  c.options.first_start = c.options.records = 1;
 
   const ResultPtr expected = Solve(c);
   const kapris::Result result = kapris::Partition(cpp.hypergraph, cpp.targets, cpp.options);
@@ -64,6 +65,9 @@ TEST(cpp, gives_what_c_gives)
   ASSERT_EQ(result.starts.size(), 2u);
   EXPECT_EQ(result.starts[1].seed, expected->starts[1].seed);
   EXPECT_GT(result.peak_bytes, 0u);
+  EXPECT_EQ(result.trials.size(), static_cast<std::size_t>(expected->ntrials));
+  ASSERT_EQ(result.levels.size(), static_cast<std::size_t>(expected->nlevels));
+  EXPECT_EQ(result.levels.back().value, expected->levels[expected->nlevels - 1].value);
 
   const kapris::Result refined = kapris::Refine(cpp.hypergraph, cpp.targets, result.part, cpp.options);
   EXPECT_LE(refined.soed, result.soed);

@@ -184,6 +184,7 @@ TEST(limits, a_memory_limit_is_kept_or_the_call_fails_cleanly)
     int nfailures = 0;
 
     call.options.threads = threads;
+    call.options.records = 1;
     for (std::size_t limit = 1;; limit += 1 + limit / 16) {
       call.options.memory_limit = limit;
       const ResultPtr result = Solve(call);
@@ -207,6 +208,7 @@ TEST(limits, any_allocation_may_fail)
     Call call = MakeCall(Circuit(30), 4);
     call.options.runs = 1;
     call.options.starts = call.options.threads = threads;
+    call.options.records = 1;
     Connect(&call);
     const auto usual = FiguresOf(SolveConnected(call));
 

@@ -1,0 +1,253 @@
+// cli/report/data.cpp - reads a JSON result, trusting nothing.
+// SPDX-License-Identifier: MIT
+
+#include "report/data.h"
+
+#include "failure.h"
+
+#include <climits>
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <numeric>
+
+namespace kapris_cli
+{
+
+namespace
+{
+
+// A value and the keys that lead to it: "starts[3].cut".
+struct Place {
+  const std::string *name;
+  const Json *json;
+  std::string path;
+};
+
+} // namespace
+
+[[noreturn]] static void Fail(const Place &at, const std::string &what)
+{
+  constexpr size_t most_shown = 40;
+  std::string shown = at.json->dump(-1, ' ', true, Json::error_handler_t::replace);
+
+  if (shown.size() > most_shown)
+    shown = shown.substr(0, most_shown) + "...";
+  throw Failure{EXIT_MALFORMED,
+                fmt::format("{}:1:1: {} is {}, which is not {}", *at.name, at.path, shown, what)};
+}
+
+static Place At(const Place &at, const char *key)
+{
+  if (!at.json->is_object())
+    Fail(at, "an object");
+  const auto found = at.json->find(key);
+  const std::string path = at.path == "the result" ? key : at.path + "." + key;
+  if (found == at.json->end())
+    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: the key {} is missing", *at.name, path)};
+  return {at.name, &*found, path};
+}
+
+static long long Whole(const Place &at, long long low, long long high)
+{
+  const Json &json = *at.json;
+  const bool fits = json.is_number_integer() &&
+                    (!json.is_number_unsigned() || json.get<unsigned long long>() <= LLONG_MAX) &&
+                    json.get<long long>() >= low && json.get<long long>() <= high;
+
+  if (!fits)
+    Fail(at, fmt::format("a whole number from {} to {}", low, high));
+  return json.get<long long>();
+}
+
+static int Count(const Place &at, int low = 0)
+{
+  return static_cast<int>(Whole(at, low, INT_MAX));
+}
+
+static double Number(const Place &at, double low)
+{
+  constexpr double high = 1e15;
+
+  if (!at.json->is_number() || !(at.json->get<double>() >= low) || !(at.json->get<double>() <= high))
+    Fail(at, fmt::format("a number from {} to {}", low, high));
+  return at.json->get<double>();
+}
+
+static bool Truth(const Place &at)
+{
+  if (!at.json->is_boolean())
+    Fail(at, "true or false");
+  return at.json->get<bool>();
+}
+
+static std::string Words(const Place &at)
+{
+  if (!at.json->is_string())
+    Fail(at, "a text");
+  return at.json->get<std::string>();
+}
+
+static std::string OneOf(const Place &at, const std::vector<std::string> &allowed)
+{
+  if (!at.json->is_string() || std::find(allowed.begin(), allowed.end(), *at.json) == allowed.end())
+    Fail(at, fmt::format("one of {}", fmt::join(allowed, ", ")));
+  return at.json->get<std::string>();
+}
+
+// Calls read for each element; the list must have so many of them, unless any number will do.
+template <typename Read>
+static auto List(const Place &at, Read read, int expected = -1)
+{
+  std::vector<decltype(read(at))> list;
+
+  if (!at.json->is_array())
+    Fail(at, "a list");
+  if (expected >= 0 && at.json->size() != static_cast<size_t>(expected))
+    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: {} has {} elements, but there are {} parts", *at.name,
+                                              at.path, at.json->size(), expected)};
+  for (size_t i = 0; i < at.json->size(); i++)
+    list.push_back(read(Place{at.name, &(*at.json)[i], fmt::format("{}[{}]", at.path, i)}));
+  return list;
+}
+
+// Nothing for null.
+template <typename Read>
+static auto Optional(const Place &at, Read read)
+{
+  return at.json->is_null() ? std::nullopt : std::optional(read(at));
+}
+
+static long long Weight(const Place &at)
+{
+  return Whole(at, 0, LLONG_MAX);
+}
+
+static ReportFigures ReadFigures(const Place &at)
+{
+  return {Weight(At(at, "cut")), Weight(At(at, "soed")), Weight(At(at, "connectivity")),
+          Number(At(at, "imbalance"), -1.0), Truth(At(at, "balanced"))};
+}
+
+static ReportStart ReadStart(const Place &at)
+{
+  return {Count(At(at, "number")), Weight(At(at, "seed")), ReadFigures(at), Truth(At(at, "completed")),
+          Number(At(at, "seconds"), 0.0)};
+}
+
+static ReportFile ReadFile(const Place &at)
+{
+  return at.json->is_null() ? ReportFile{} : ReportFile{Words(At(at, "path")), Words(At(at, "hash"))};
+}
+
+static ReportTrial ReadTrial(const Place &at)
+{
+  return {Count(At(at, "start")),
+          Count(At(at, "trial")),
+          Weight(At(at, "value")),
+          Optional(At(at, "cycled"), Weight),
+          Number(At(at, "imbalance"), -1.0),
+          Truth(At(at, "best"))};
+}
+
+static ReportLevel ReadLevel(const Place &at)
+{
+  const Place imbalance = At(at, "imbalance");
+
+  return {OneOf(At(at, "phase"), {"coarsening", "initial partition", "refining"}),
+          Count(At(at, "cycle")),
+          Truth(At(at, "polish")),
+          Count(At(at, "cells")),
+          Count(At(at, "nets")),
+          Count(At(at, "pins")),
+          Optional(At(at, "value"), Weight),
+          imbalance.json->is_null() ? 0.0 : Number(imbalance, -1.0)};
+}
+
+static ReportRecords ReadRecords(const Place &at, int nparts)
+{
+  const Place input = At(at, "input"), fixed = At(at, "fixed_weights");
+  ReportRecords records;
+
+  records.format = Words(At(input, "format"));
+  records.model = Words(At(input, "model"));
+  records.unit_weights = Truth(At(input, "unit_weights"));
+  if (!fixed.json->is_null())
+    records.fixed_weights = List(fixed, Weight, nparts);
+  records.trials = List(At(at, "trials"), ReadTrial);
+  records.levels = List(At(at, "levels"), ReadLevel);
+  return records;
+}
+
+static void ReadOptions(const Place &result, ReportData *data)
+{
+  const Place options = At(result, "options"), limits = At(result, "limits");
+
+  data->parts = Count(At(options, "parts"), 1);
+  data->scheme = OneOf(At(options, "scheme"), {"recursive", "kway"});
+  data->objective = OneOf(At(options, "objective"), {"cut", "soed"});
+  data->coarsening = Words(At(options, "coarsening"));
+  data->refinement = Words(At(options, "refinement"));
+  data->vcycle = Words(At(options, "vcycle"));
+  data->runs = Count(At(options, "runs"), 1);
+  data->reconst = Truth(At(options, "reconst"));
+  data->epsilon = Number(At(options, "epsilon"), 0.0);
+  data->seed = Whole(At(options, "seed"), 0, LLONG_MAX);
+  const Place shares = At(options, "target_weights");
+  if (!shares.json->is_null())
+    data->shares = List(
+        shares, [](const Place &at) { return Number(at, 1e-12); }, data->parts);
+  data->threads = Count(At(limits, "threads"), 1);
+  data->limit_seconds = Optional(At(limits, "seconds"), [](const Place &at) { return Number(at, 0.0); });
+  data->limit_bytes = Optional(At(limits, "bytes"), Weight);
+}
+
+static void ReadSeconds(const Place &at, ReportData *data)
+{
+  data->seconds = Number(At(at, "total"), 0.0);
+  data->seconds_read = Number(At(at, "read"), 0.0);
+  data->seconds_coarsening = Number(At(at, "coarsening"), 0.0);
+  data->seconds_initial = Number(At(at, "initial"), 0.0);
+  data->seconds_refining = Number(At(at, "refining"), 0.0);
+  data->seconds_balancing = Number(At(at, "balancing"), 0.0);
+}
+
+ReportData ReadReportData(const std::string &name, const Json &json)
+{
+  const Place result = {&name, &json, "the result"};
+  ReportData data;
+
+  OneOf(At(result, "schema"), {"kapris-result-1"});
+  data.file = Words(At(result, "file"));
+  data.hash = Words(At(result, "hash"));
+  data.version = Words(At(result, "version"));
+  data.command = OneOf(At(result, "command"), {"partition", "refine"});
+  data.status = Words(At(result, "status"));
+  data.message = Words(At(result, "message"));
+  data.cells = Count(At(result, "cells"));
+  data.nets = Count(At(result, "nets"));
+  data.pins = Count(At(result, "pins"));
+  data.given = ReadFile(At(result, "given"));
+  data.fixed = ReadFile(At(result, "fixed"));
+  data.output = ReadFile(At(result, "output"));
+  ReadOptions(result, &data);
+  const Place best = At(result, "best");
+  data.best_start = Optional(At(best, "start"), [](const Place &at) { return Count(at); });
+  data.best = ReadFigures(best);
+  data.starts = List(At(result, "starts"), ReadStart);
+  // As many cells as there can be weigh no more.
+  const auto weight = [](const Place &at) { return Whole(at, 0, INT_MAX); };
+  data.weights = List(At(result, "part_weights"), weight, data.parts);
+  data.limits = List(At(result, "part_limits"), Weight, data.parts);
+  ReadSeconds(At(result, "seconds"), &data);
+  data.peak_bytes = Weight(At(result, "peak_bytes"));
+  if (json.contains("records"))
+    data.records = ReadRecords(At(result, "records"), data.parts);
+  return data;
+}
+
+long long TotalWeight(const ReportData &data)
+{
+  return std::accumulate(data.weights.begin(), data.weights.end(), 0LL);
+}
+
+} // namespace kapris_cli

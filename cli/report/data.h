@@ -1,0 +1,102 @@
+// cli/report/data.h - what a JSON result says, with its types checked; private to this folder but for the verb report.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "measure/report.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kapris_cli
+{
+
+struct ReportFigures {
+  long long cut = 0, soed = 0, connectivity = 0;
+  double imbalance = 0.0;
+  bool balanced = false;
+};
+
+struct ReportStart {
+  int number = 0;
+  long long seed = 0;
+  ReportFigures figures;
+  bool completed = false;
+  double seconds = 0.0;
+};
+
+struct ReportTrial {
+  int start = 0, number = 0;
+  long long value = 0;
+  std::optional<long long> cycled;
+  double imbalance = 0.0;
+  bool best = false;
+};
+
+struct ReportLevel {
+  std::string phase;
+  int cycle = 0;
+  bool polish = false;
+  int cells = 0, nets = 0, pins = 0;
+  std::optional<long long> value; // none without a partition
+  double imbalance = 0.0;
+};
+
+// The key records, which only some results have.
+struct ReportRecords {
+  std::string format, model; // empty: by the file
+  bool unit_weights = false;
+  std::vector<long long> fixed_weights; // per part; empty: nothing is fixed
+  std::vector<ReportTrial> trials;
+  std::vector<ReportLevel> levels;
+};
+
+struct ReportFile {
+  std::string path, hash; // both empty: none
+};
+
+struct ReportData {
+  std::string file, hash, version, command, status, message;
+  int cells = 0, nets = 0, pins = 0;
+  ReportFile given, fixed, output;
+  // Options and limits.
+  int parts = 0, runs = 0, threads = 0;
+  std::string scheme, objective, coarsening, refinement, vcycle;
+  bool reconst = false;
+  double epsilon = 0.0;
+  std::vector<double> shares; // sum 1; empty: all equal
+  long long seed = 0;
+  std::optional<double> limit_seconds;
+  std::optional<long long> limit_bytes;
+  // What came of it.
+  std::optional<int> best_start;
+  ReportFigures best;
+  std::vector<ReportStart> starts;
+  std::vector<long long> weights, limits; // per part
+  double seconds = 0.0, seconds_read = 0.0, seconds_coarsening = 0.0, seconds_initial = 0.0,
+         seconds_refining = 0.0, seconds_balancing = 0.0;
+  long long peak_bytes = 0;
+  std::optional<ReportRecords> records;
+};
+
+// Throws Failure that names the file and the key of the first thing that is not as docs/json.md says.
+ReportData ReadReportData(const std::string &name, const Json &json);
+
+// What the starts are compared by first.
+inline long long ObjectiveOf(const ReportData &data, const ReportFigures &figures)
+{
+  return data.objective == "soed" ? figures.soed : figures.cut;
+}
+
+// The share of a part in the total weight.
+inline double ShareOf(const ReportData &data, size_t p)
+{
+  return data.shares.empty() ? 1.0 / data.parts : data.shares[p];
+}
+
+long long TotalWeight(const ReportData &data);
+
+// The words of a command line that gives the same result.
+std::vector<std::string> RepeatCommand(const ReportData &data);
+
+} // namespace kapris_cli

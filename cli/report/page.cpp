@@ -1,0 +1,65 @@
+// cli/report/page.cpp - puts the page together.
+// SPDX-License-Identifier: MIT
+
+#include "failure.h"
+
+#include "io/files.h"
+#include "io/parts.h"
+#include "measure/hash.h"
+#include "report/pictures.h"
+#include "report/report.h"
+
+namespace kapris_cli
+{
+
+static std::string InputPictures(const ReportData &data, const Hgr *hgr, const std::vector<int> *part)
+{
+  if (hgr == nullptr) {
+    const std::string reason =
+        "This picture needs the hypergraph and the part file: kapris report RESULT FILE PART.";
+    return MissingFigure("cut-matrix", "Cut between parts", reason) +
+           MissingFigure("net-spans", "Parts that nets span", reason) +
+           MissingFigure("spy-before", "Pins before and after ordering", reason);
+  }
+  const std::vector<CutNet> nets = CutNets(*hgr, *part);
+  return CutMatrixHtml(data, nets, *hgr) + SpyHtml(data, *hgr, *part) + SpansHtml(data, nets, *hgr);
+}
+
+std::string ReportPage(const std::string &name, const Json &result, const Hgr *hgr,
+                       const std::vector<int> *part)
+{
+  const ReportData data = ReadReportData(name, result);
+  const std::string body = SummaryHtml(data) + "<div class=\"cards\">\n" + WeightsHtml(data) +
+                           InputPictures(data, hgr, part) + StartsHtml(data) + TrialsHtml(data) +
+                           LevelsHtml(data) + "</div>\n<footer>Made by kapris report.</footer>\n";
+
+  return PageHtml(fmt::format("{} in {} parts - kapris", data.file, data.parts), body);
+}
+
+static void CheckHash(const std::string &file, const char *what, const std::string &name,
+                      const std::string &hash, const std::string &expected)
+{
+  if (hash != expected)
+    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not the {} that {} speaks of: its hash is {}, not {}",
+                                              file, what, name, hash, expected)};
+}
+
+ReportInput LoadReportInput(const std::string &name, const Json &result, Input file, const std::string &part)
+{
+  const ReportData data = ReadReportData(name, result);
+  ReportInput input;
+
+  if (data.records && file.format == Format::BY_NAME && file.model == Model::BY_FORMAT &&
+      !file.unit_weights) {
+    file.format = FormatNamed(data.records->format);
+    file.model = ModelNamed(data.records->model);
+    file.unit_weights = data.records->unit_weights;
+  }
+  input.hgr = ReadHypergraph(file);
+  CheckHash(NameOf(file), "hypergraph", name, HashOf(input.hgr), data.hash);
+  input.part = LoadParts(part, input.hgr.ncells, data.parts);
+  CheckHash(InputName(part), "partition", name, HashOf(input.part), data.output.hash);
+  return input;
+}
+
+} // namespace kapris_cli

@@ -1,0 +1,75 @@
+// cli/report/repeat.cpp - the command line that gives the same result.
+// SPDX-License-Identifier: MIT
+
+#include "report/data.h"
+
+#include <algorithm>
+#include <fmt/ranges.h>
+
+namespace kapris_cli
+{
+
+// A name that cannot be taken for an option or for standard input.
+static std::string FileWord(const std::string &path)
+{
+  if (path == "stdin")
+    return "-";
+  return path.starts_with('-') && path != "-" ? "./" + path : path;
+}
+
+static void AddStarts(const ReportData &data, std::vector<std::string> *words)
+{
+  int first = data.starts.empty() ? 0 : data.starts[0].number, last = first;
+
+  for (const ReportStart &start : data.starts) {
+    first = std::min(first, start.number);
+    last = std::max(last, start.number);
+  }
+  if (first > 0)
+    words->insert(words->end(), {"--start-range", fmt::format("{}:{}", first, last)});
+  else
+    words->insert(words->end(), {"--starts", fmt::format("{}", static_cast<long long>(last) + 1)});
+}
+
+std::vector<std::string> RepeatCommand(const ReportData &data)
+{
+  const bool refine = data.command == "refine";
+  std::vector<std::string> words = {"kapris", data.command, FileWord(data.file)};
+  const auto add = [&words](const char *option, const std::string &value) {
+    words.insert(words.end(), {option, value});
+  };
+
+  if (refine)
+    words.push_back(FileWord(data.given.path));
+  if (data.records && !data.records->format.empty())
+    add("--format", data.records->format);
+  if (data.records && !data.records->model.empty())
+    add("--model", data.records->model);
+  if (data.records && data.records->unit_weights)
+    words.push_back("--unit-weights");
+  add("-k", fmt::format("{}", data.parts));
+  add("--epsilon", fmt::format("{}", data.epsilon));
+  if (!data.shares.empty())
+    add("--target-weights", fmt::format("{}", fmt::join(data.shares, ",")));
+  if (!data.fixed.path.empty())
+    add("--fixed", FileWord(data.fixed.path));
+  add("--objective", data.objective);
+  add("--scheme", data.scheme);
+  if (!refine)
+    add("--coarsening", data.coarsening);
+  add("--refinement", data.refinement);
+  add("--vcycle", data.vcycle);
+  add("--runs", fmt::format("{}", data.runs));
+  AddStarts(data, &words);
+  if (data.reconst && !refine)
+    words.push_back("--reconst");
+  add("--seed", fmt::format("{}", data.seed));
+  add("--threads", fmt::format("{}", data.threads));
+  if (data.limit_seconds)
+    add("--time-limit", fmt::format("{}", *data.limit_seconds));
+  if (data.limit_bytes)
+    add("--memory-limit", fmt::format("{}", *data.limit_bytes));
+  return words;
+}
+
+} // namespace kapris_cli

@@ -1,0 +1,29 @@
+// cli/report/report.h - the page that shows a result.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "io/input.h"
+#include "measure/report.h"
+
+#include <string>
+#include <vector>
+
+namespace kapris_cli
+{
+
+// The hypergraph and the partition that a result speaks of; some pictures need them.
+struct ReportInput {
+  Hgr hgr;
+  std::vector<int> part;
+};
+
+// Reads them as the run did that gave the result, unless the options of the input say how. Throws Failure if they are
+// not those of the result. In all of these, name is that of the result for messages, and what is wrong in a result
+// throws Failure.
+ReportInput LoadReportInput(const std::string &name, const Json &result, Input file, const std::string &part);
+
+// One page of HTML that needs nothing else. Without hypergraph and partition, both NULL, it says what would need them.
+std::string ReportPage(const std::string &name, const Json &result, const Hgr *hgr,
+                       const std::vector<int> *part);
+
+} // namespace kapris_cli

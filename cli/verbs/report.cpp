@@ -1,0 +1,75 @@
+// cli/verbs/report.cpp - kapris report: the page that shows a result.
+// SPDX-License-Identifier: MIT
+
+#include "report/report.h"
+
+#include "failure.h"
+
+#include "io/files.h"
+#include "io/output.h"
+#include "options/json.h"
+#include "verbs/verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <fmt/format.h>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+namespace kapris_cli
+{
+
+struct ReportRequest {
+  std::string result, part, out = "report.html";
+  Input input; // path empty: neither hypergraph nor partition
+};
+
+static ExitStatus Report(const ReportRequest &request)
+{
+  const std::string name = InputName(request.result);
+  std::optional<ReportInput> input;
+
+  if (request.input.path.empty() != request.part.empty())
+    throw Failure{EXIT_USAGE, "FILE and PART go together: give both, or none"};
+  if ((request.result == "-") + (request.input.path == "-") + (request.part == "-") > 1)
+    throw Failure{EXIT_USAGE, "only one of RESULT, FILE and PART can be standard input"};
+  CheckFiles({request.result, request.input.path, request.part}, {request.out});
+  const Json result = ReadJson(request.result);
+  if (!request.part.empty())
+    input = LoadReportInput(name, result, request.input, request.part);
+  WriteFile(request.out,
+            ReportPage(name, result, input ? &input->hgr : nullptr, input ? &input->part : nullptr));
+  if (request.out != "-")
+    fmt::print("{}\n", request.out);
+  return EXIT_DONE;
+}
+
+void AddReport(CLI::App *app, Run *run)
+{
+  CLI::App *verb = app->add_subcommand("report", "Write a page with pictures of a result");
+  auto request = std::make_shared<ReportRequest>();
+
+  verb->footer(
+      "Examples:\n"
+      "  kapris partition circuit.hgr -k 8 --report page.html      (in one step)\n"
+      "  kapris partition circuit.hgr -k 8 --json=run.json --records\n"
+      "  kapris report run.json circuit.hgr circuit.hgr.part.8 -o page.html\n\n"
+      "The page is one HTML file that loads nothing else: what was run and how to repeat it, part weights\n"
+      "against their limits, the cut between parts, the parts that nets span, what each start gave and\n"
+      "whether more would pay, and the pins before and after ordering by part. Without FILE and PART it "
+      "shows\n"
+      "what RESULT tells; trials and levels are there if the run had --records.");
+  verb->add_option("RESULT", request->result, "File written with --json=FILE, - for standard input")
+      ->required()
+      ->type_name("");
+  AddInput(verb, &request->input);
+  verb->get_option("FILE")->required(false);
+  verb->add_option("PART", request->part, "The part file of the run, - for standard input")->type_name("");
+  verb->add_option("-o,--output", request->out, "The page, - for standard output")
+      ->type_name("FILE")
+      ->capture_default_str();
+  verb->callback([request, run] { *run = [request] { return Report(*request); }; });
+}
+
+} // namespace kapris_cli

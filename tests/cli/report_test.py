@@ -1,0 +1,255 @@
+#!/usr/bin/env python3
+# tests/cli/report_test.py - the page of a result: its numbers, hostile names and hostile results, sizes.
+# SPDX-License-Identifier: MIT
+"""Tests of the verb report and of the options --report and --records."""
+
+import copy
+import html.parser
+import json
+import os
+import random
+import re
+import shlex
+import subprocess
+import unittest
+
+from tool import KAPRIS, ToolTest, random_hypergraph, read, write
+
+HOSTILE = "a'b\"<script>alert(1)<\x2fscript>&amp;\n\u202e\U0001f600.hgr"
+PICTURES = ["part-weights", "cut-matrix", "spy-before", "spy-after", "net-spans", "starts", "trials", "levels"]
+
+
+class Page(html.parser.HTMLParser):
+    """The tables of a page by id, its texts by id, its tags; fails on tags that do not close."""
+
+    VOID = {"meta", "link", "br"}
+
+    def __init__(self, text):
+        super().__init__()
+        self.open, self.tables, self.texts, self.tags, self.attributes = [], {}, {}, [], []
+        self.feed(text)
+        self.close()
+        assert not self.open, self.open
+
+    def handle_starttag(self, tag, attrs):
+        attrs = dict(attrs)
+        self.tags.append(tag)
+        self.attributes += attrs.items()
+        if tag not in self.VOID:
+            self.open.append((tag, attrs.get("id")))
+        if tag == "table":
+            self.tables[attrs["id"]] = []
+        if tag == "tr":
+            self.table().append([])
+        if tag in ("td", "th"):
+            self.table()[-1].append("")
+
+    def handle_startendtag(self, tag, attrs):
+        self.tags.append(tag)
+        self.attributes += attrs
+
+    def handle_endtag(self, tag):
+        assert self.open.pop()[0] == tag, tag
+
+    def handle_data(self, data):
+        for tag, name in self.open:
+            if name:
+                self.texts[name] = self.texts.get(name, "") + data
+        if self.open and self.open[-1][0] in ("td", "th"):
+            self.table()[-1][-1] += data
+
+    def table(self):
+        return self.tables[[name for tag, name in self.open if tag == "table"][-1]]
+
+
+class Report(ToolTest):
+    """A circuit of 400 cells in each working directory."""
+
+    def setUp(self):
+        super().setUp()
+        self.run_kapris("generate", "circuit", "--cells", "400", "-o", "c.hgr")
+
+    def make(self, *args, status=0):
+        """The page of a run and its result."""
+        self.run_kapris("partition", *args, "-q", "--report", "page.html", "--json=r.json", status=status)
+        with open("page.html", encoding="utf-8") as page, open("r.json", encoding="utf-8") as result:
+            return Page(page.read()), json.load(result)
+
+    def check_numbers(self, page, result, file, part, nparts):
+        measured = json.loads(self.run_kapris("eval", file, part, "-k", str(nparts), "--matrix", "--nets", "--json").stdout)
+        figures = [row[1] for row in page.tables["figures"][1:]]
+        self.assertEqual(figures[:3], [str(measured[key]) for key in ("cut", "soed", "connectivity")])
+        self.assertAlmostEqual(float(figures[3]), result["best"]["imbalance"], 6)
+        weights = {part["part"]: part["weight"] for part in measured["part_weights"]}
+        self.assertEqual([row[:2] for row in page.tables["weights"][1:]],
+                         [[str(p), str(weights.get(p, 0))] for p in range(nparts)])
+        self.assertEqual([row[1:] for row in page.tables["cut-matrix-numbers"][1:]],
+                         [[str(weight) for weight in row] for row in measured["matrix"]])
+        spans = [len(net["parts"]) for net in measured["cut_nets"]]
+        shown = {int(row[0]): int(row[1]) for row in page.tables["spans"][1:]}
+        self.assertEqual(sum(shown.values()), measured["nets"])
+        self.assertEqual({span: n for span, n in shown.items() if span > 1}, {s: spans.count(s) for s in set(spans)})
+
+    def test_numbers_are_those_of_eval_and_of_the_result(self):
+        write("h.hgr", random_hypergraph(1, repeats=True)[0])
+        write("fixed", "".join(f"{cell % 3 if cell % 4 == 0 else -1}\n" for cell in range(60)))
+        for file, nparts, extra in (("c.hgr", 2, ["--starts", "4"]), ("c.hgr", 7, ["--scheme", "kway"]),
+                                    ("h.hgr", 3, ["--fixed", "fixed", "--target-weights", "1,2,3", "-e", "0.5"])):
+            page, result = self.make(file, "-k", str(nparts), "--runs", "3", "-o", "p", *extra)
+            self.check_numbers(page, result, file, "p", nparts)
+            records = result["records"]
+            self.assertEqual([row[:3] for row in page.tables["trials-numbers"][1:]],
+                             [[str(trial[key]) for key in ("start", "trial", "value")] for trial in records["trials"]])
+            self.assertEqual([[int(cell) for cell in row[2:5]] for row in page.tables["levels-numbers"][1:]],
+                             [[level[key] for key in ("cells", "nets", "pins")] for level in records["levels"]])
+            self.assertEqual([name for name in PICTURES if name not in page.texts], [])
+            self.assertEqual(page.tags.count("svg"), len(PICTURES) - (len(result["starts"]) == 1))
+            self.assertFalse({"script", "link", "iframe", "object", "embed"} & set(page.tags))
+            # Nothing is loaded from elsewhere.
+            for name, value in page.attributes:
+                if name in ("href", "src"):
+                    self.assertTrue(value.startswith("data:image/png;base64,"), value[:40])
+        weights = [int(row[-1]) for row in page.tables["weights"][1:]]
+        cellwgts = random_hypergraph(1, repeats=True)[3]
+        self.assertEqual(weights, [sum(cellwgts[cell] for cell in range(0, 60, 4) if cell % 3 == p) for p in range(3)])
+
+    def test_expected_best_follows_from_the_sample(self):
+        page, result = self.make("c.hgr", "-k", "6", "--runs", "1", "--starts", "9", "--vcycle", "never")
+        values = [start["cut"] for start in result["starts"] if start["balanced"]]
+        rng = random.Random(1)
+        for row in page.tables["starts-expected"][1:]:
+            n = int(row[0])
+            draws = [min(rng.sample(values, n)) for _ in range(4000)]
+            spread = max(values) - min(values)
+            self.assertAlmostEqual(float(row[1]), sum(draws) / len(draws), delta=0.05 * spread + 0.01)
+        self.assertEqual(int(page.tables["starts-expected"][-1][2]), min(values))
+
+    def test_the_command_repeats_the_run(self):
+        self.run_kapris("convert", "c.hgr", "m.mtx")
+        write("fixed", "0\n" + 399 * "-1\n")
+        for args in (["c.hgr", "-k", "5", "--target-weights", "1,2,3,4,5", "--start-range", "2:3", "--objective", "soed"],
+                     ["m.mtx", "-k", "3", "--model", "column-net", "--unit-weights", "--preset", "fast", "--reconst"],
+                     ["c.hgr", "-k", "2", "--fixed", "fixed", "--scheme", "kway", "--seed", "77", "-e", "0.1"]):
+            page, result = self.make(*args, "--runs", "2", "-o", "first")
+            words = shlex.split(page.texts["command"])
+            self.assertEqual(words[0], "kapris")
+            self.run_kapris(*words[1:], "-o", "second", "-q")
+            self.assertEqual(read("first"), read("second"))
+            # The verb makes the page of the run, reading the input as the run did.
+            self.run_kapris("report", "r.json", args[0], "first", "-o", "again.html")
+            self.assertEqual(read("again.html"), read("page.html"))
+
+    def test_records_are_there_on_request_and_change_nothing(self):
+        args = ("partition", "c.hgr", "-k", "4", "--runs", "3", "--starts", "2", "-o", "p")
+        without = json.loads(self.run_kapris(*args, "--json").stdout)
+        plain = read("p")
+        with_records = json.loads(self.run_kapris(*args, "--json", "--records").stdout)
+        records = with_records.pop("records")
+        for result in (without, with_records):
+            result["seconds"] = result["peak_bytes"] = 0
+            result["starts"] = [{**start, "seconds": 0} for start in result["starts"]]
+        self.assertEqual((with_records, read("p")), (without, plain))
+        self.assertEqual([(trial["start"], trial["trial"]) for trial in records["trials"]],
+                         [(start, trial) for start in (0, 1) for trial in range(3)])
+        self.run_kapris(*args, "--json=plain.json")
+        self.run_kapris("report", "plain.json", "-o", "page.html")
+        page = Page(read("page.html"))
+        for picture, text in (("trials", "--records"), ("levels", "--records"), ("cut-matrix", "FILE PART")):
+            self.assertIn(text, page.texts[picture])
+
+    def test_names_are_harmless_everywhere(self):
+        os.mkdir(os.path.dirname(HOSTILE))
+        os.rename("c.hgr", HOSTILE)
+        self.run_kapris("partition", HOSTILE, "-k", "2", "--runs", "1", "-q", "--report", "page.html", "-o", "p")
+        with open("page.html", encoding="utf-8") as file:
+            text = file.read()
+        page = Page(text)
+        self.assertNotIn("script", page.tags)
+        self.assertFalse(set("\u202e\u0000") & set(text))
+        shell = subprocess.run(["bash", "-c", "printf %s " + " ".join(page.texts["command"].split(" ")[2:3])],
+                               stdout=subprocess.PIPE, check=True)
+        self.assertEqual(shell.stdout.decode(), HOSTILE)
+
+        os.rename(HOSTILE, b"\xff\xc0\xaf\xed\xa0\x80 -.hgr")
+        subprocess.run([KAPRIS, "partition", b"\xff\xc0\xaf\xed\xa0\x80 -.hgr", "-k", "2", "--runs", "1", "-q", "-o", "p",
+                        "--report", "page.html"], check=True, stdout=subprocess.DEVNULL)
+        with open("page.html", encoding="utf-8") as file:
+            command = Page(file.read()).texts["command"]
+        shell = subprocess.run(["bash", "-c", "set -- " + command + "; printf %s \"$3\""], stdout=subprocess.PIPE, check=True)
+        self.assertEqual(shell.stdout, b"\xff\xc0\xaf\xed\xa0\x80 -.hgr")
+
+    def test_hostile_results_are_refused_with_file_and_key(self):
+        self.run_kapris("partition", "c.hgr", "-k", "3", "--runs", "2", "-o", "p", "--json=good.json", "--records", "-q")
+        good = json.loads(read("good.json"))
+
+        def keys(value, path=()):
+            for key, inner in value.items() if isinstance(value, dict) else enumerate(value) if isinstance(value, list) else ():
+                yield path + (key,)
+                yield from keys(inner, path + (key,))
+
+        def name(path):
+            return "".join(f"[{key}]" if isinstance(key, int) else f".{key}" for key in path)[1:]
+
+        def changed(path, *value):
+            result = copy.deepcopy(good)
+            place = result
+            for key in path[:-1]:
+                place = place[key]
+            if value:
+                place[path[-1]] = value[0]
+            else:
+                del place[path[-1]]
+            return json.dumps(result)
+
+        rng = random.Random(1)
+        paths = [path for path in keys(good) if path[:2] not in (("seconds", "prepare"), ("seconds", "starts"))]
+        for path in [path for path in paths if len(path) == 1] + rng.sample(paths, 120):
+            write("bad.json", changed(path, {"x": ["</script>"]}))
+            self.fails(3, "bad.json:1:1: ", "report", "bad.json", "-o", "page.html")
+            if isinstance(path[-1], str) and path[-1] != "records":
+                write("bad.json", changed(path))
+                self.fails(3, f"bad.json:1:1: the key {name(path)} is missing", "report", "bad.json", "-o", "page.html")
+        for path, value, message in ((("best", "cut"), -1, "best.cut is -1"), (("best", "cut"), 10**30, "best.cut is"),
+                                     (("options", "parts"), 10**9, "part_weights has 3 elements, but there are 1000000000"),
+                                     (("part_weights",), [1] * 100000, "part_weights has 100000 elements"),
+                                     (("starts", 0, "seconds"), "NaN", 'starts[0].seconds is "NaN"'),
+                                     (("records", "levels", 1, "cells"), 2.5, "records.levels[1].cells is 2.5")):
+            write("bad.json", changed(path, value))
+            self.fails(3, "bad.json:1:1: " + message, "report", "bad.json", "-o", "page.html")
+        for text in ("", "[" * 100000, read("good.json").replace('"cut": ', '"cut": NaN ', 1), '{"cells": 1e999}', "null", "[]"):
+            write("bad.json", text)
+            self.fails(3, "bad.json:1:1: ", "report", "bad.json", "-o", "page.html")
+        # Nonsense of the right types makes a page all the same.
+        for path, value in ((("starts",), []), (("records", "levels"), []), (("records", "trials"), []), (("part_limits",), [0, 0, 0]),
+                            (("part_weights",), [0, 0, 0]), (("options", "epsilon"), 1e15), (("best", "imbalance"), 1e15),
+                            (("nets",), 0), (("starts", 0, "cut"), 2**63 - 1), (("records", "trials", 0, "value"), 2**63 - 1)):
+            write("odd.json", changed(path, value))
+            self.run_kapris("report", "odd.json", "c.hgr", "p", "-o", "page.html")
+            self.assertNotRegex(read("page.html"), r'="[^"]*\b(nan|inf)\b')
+            Page(read("page.html"))
+
+    def test_files_that_do_not_belong_together_are_refused(self):
+        self.run_kapris("partition", "c.hgr", "-k", "3", "--runs", "1", "-o", "p", "--json=r.json", "-q")
+        self.run_kapris("generate", "circuit", "--cells", "400", "--seed", "5", "-o", "other.hgr")
+        write("q", read("p").replace("2", "1"))
+        self.fails(3, "other.hgr:1:1: not the hypergraph that r.json speaks of", "report", "r.json", "other.hgr", "p")
+        self.fails(3, "q:1:1: not the partition that r.json speaks of", "report", "r.json", "c.hgr", "q")
+        self.fails(2, "FILE and PART go together", "report", "r.json", "c.hgr")
+        self.fails(2, "is the input itself", "report", "r.json", "c.hgr", "p", "-o", "./p")
+        self.fails(2, "is the input itself", "partition", "c.hgr", "-k", "2", "--report", "c.hgr")
+        self.fails(6, "cannot write", "report", "r.json", "-o", "none/page.html")
+        self.fails(2, "--records goes into the object of --json", "partition", "c.hgr", "-k", "2", "--records")
+        self.fails(2, "--dry-run has no result for --report", "partition", "c.hgr", "-k", "2", "--report", "x", "--dry-run")
+
+    def test_pages_of_many_parts_stay_small(self):
+        self.run_kapris("generate", "random", "--cells", "9000", "--nets", "9000", "-o", "h.hgr")
+        self.run_kapris("partition", "h.hgr", "-k", "4000", "--runs", "1", "-e", "1", "-q", "--report", "page.html")
+        self.assertLess(os.path.getsize("page.html"), 2_000_000)
+        page = Page(read("page.html"))
+        self.assertIn("4000 parts, shown in 64 groups", page.texts["part-weights"])
+        self.assertRegex(page.texts["weights"], r"part")
+        self.assertLess(len(re.findall("<path", read("page.html"))), 3000)
+
+
+if __name__ == "__main__":
+    unittest.main()
