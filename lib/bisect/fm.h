@@ -166,9 +166,9 @@ __attribute__((always_inline)) inline void FM_Prefetch__(const FMState *fm, int 
   }
 }
 
-// Collects in hits the pins that change concerns by their place; returns how many. Without a branch per pin: which of
-// them are free on which side cannot be foretold.
-inline int FM_FindHits__(const FMNet *net, const signed char *place, const int change[4], int *hits)
+// Collects in hits the free pins on a side; returns how many. Without a branch per pin: which of them are free cannot be
+// foretold.
+inline int FM_FindFree__(const FMNet *net, const signed char *place, int side, int *hits)
 {
   const int *pins = FM_Pins__(net), size = net->size;
   int nhits = 0;
@@ -176,7 +176,7 @@ inline int FM_FindHits__(const FMNet *net, const signed char *place, const int c
   for (int k = 0; k < size; k++) {
     const int u = pins[k];
     hits[nhits] = u;
-    nhits += change[place[u]] != 0;
+    nhits += place[u] == side;
   }
   return nhits;
 }
@@ -204,15 +204,14 @@ inline void FM_UpdateFree__(FMState *fm, int c, int from, int to)
     FM_MovePin__(net, c, from, to);
     net->npins[to] |= LOCKED_PIN;
     const int nfrom = (onfrom & INT_MAX) - 1, nto = (onto & INT_MAX) + 1, w = net->weight;
+    // All other pins are on one side.
     if (nto == 1 || nfrom == 0) {
-      int change[4] = {0, 0, 0, 0};
-      change[from] = AddWrap__(nfrom == 1 ? w : 0, nto == 1 ? w : 0);
-      change[to] = -AddWrap__(nfrom == 0 ? w : 0, nto == 2 ? w : 0);
-      const int nhits = FM_FindHits__(net, place, change, fm->hits);
-      for (int h = 0; h < nhits; h++) {
-        const int u = fm->hits[h], side = place[u];
-        FM_ChangeGain__(fm, u, side, change[side]);
-      }
+      const int side = nto == 1 ? from : to;
+      const bool single = (nto == 1 ? nfrom : nto - 1) == 1;
+      const int change = MulWrap__(w, (nto == 1 ? 1 : -1) * (single ? 2 : 1));
+      const int nhits = FM_FindFree__(net, place, side, fm->hits);
+      for (int h = 0; h < nhits; h++)
+        FM_ChangeGain__(fm, fm->hits[h], side, change);
       continue;
     }
     if (nfrom == 1 && place[net->pins[from]] == from)

@@ -52,12 +52,13 @@ template <class Less>
 void Partition(KeyVal *a, int lo, int hi, int *left, int *right, Less less)
 {
   int mid = OrderThree(a, lo, hi, less);
+  const KeyVal pivot = a[mid];
   int l = lo + 1, r = hi - 1;
 
   do {
-    while (less(a[l], a[mid]))
+    while (less(a[l], pivot))
       l++;
-    while (less(a[mid], a[r]))
+    while (less(pivot, a[r]))
       r--;
     if (l < r) {
       std::swap(a[l], a[r]);
@@ -153,8 +154,17 @@ void BucketSortKeysInc(int n, int maxkey, const int *keys, const int *order, int
 
 void iintsort__(int n, int *a)
 {
-  if (n > 1)
+  if (n > SMALL_SIDE) {
     std::sort(a, a + n);
+    return;
+  }
+  for (int i = 1; i < n; i++) {
+    const int x = a[i];
+    int j = i;
+    for (; j > 0 && x < a[j - 1]; j--)
+      a[j] = a[j - 1];
+    a[j] = x;
+  }
 }
 
 void ikeysort__(int n, KeyVal *pairs)
