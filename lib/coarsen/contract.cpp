@@ -124,10 +124,9 @@ static NetList MapNets(const HGraph *graph, int *htable, int *dropwgt)
 
     for (int k = graph->netptr[i]; k < graph->netptr[i + 1]; k++) {
       const int c = graph->cellmap[graph->netind[k]];
-      if (htable[c] != i) {
-        htable[c] = i;
-        pins[npins++] = c;
-      }
+      pins[npins] = c;
+      npins += htable[c] != i;
+      htable[c] = i;
     }
     if (npins == 1) {
       *dropwgt = AddWrap__(*dropwgt, graph->netwgt[i]);
@@ -158,27 +157,30 @@ __attribute__((always_inline)) static inline void AskForNets(const HGraph *graph
     __builtin_prefetch(&graph->netmap[graph->incind[i]]);
 }
 
-// The nets of a coarse cell appear in the order in which its members first name them.
+// The nets of a coarse cell appear in the order in which its members first name them. Each is written, and stays if it
+// is new: a branch on that could not be foretold.
 static void BuildCoarseCells(const HGraph *graph, HGraph *coarser, int *htable)
 {
+  int *seen = htable + 1; // the last cell that named a net; dropped nets, -1, count as named by all
   int nincs = 0;
 
   coarser->incptr[0] = 0;
   for (int c = 0; c < coarser->ncells; c++) {
+    seen[-1] = c;
     for (int k = graph->mptr[c]; k < graph->mptr[c + 1]; k++) {
       const int v = graph->mind[k];
       AskForNets(graph, k);
       coarser->cellwgt[c] += graph->cellwgt[v];
       for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
         const int m = graph->netmap[graph->incind[i]];
-        if (m == -1 || htable[m] == c)
-          continue;
-        htable[m] = c;
-        coarser->incind[nincs++] = m;
-        coarser->adjwgt[c] = AddWrap__(coarser->adjwgt[c], coarser->netwgt[m]);
+        coarser->incind[nincs] = m;
+        nincs += seen[m] != c;
+        seen[m] = c;
       }
     }
     coarser->incptr[c + 1] = nincs;
+    for (int i = coarser->incptr[c]; i < nincs; i++)
+      coarser->adjwgt[c] = AddWrap__(coarser->adjwgt[c], coarser->netwgt[coarser->incind[i]]);
   }
 }
 
@@ -197,7 +199,8 @@ void CreateCoarseHGraph__(Control *ctrl, HGraph *graph, int ncoarse)
 
   // Indexed by coarse cell, then by coarse net. Anchors without members can make more groups than there are
   // cells.
-  const int nentries = std::max({graph->ncells, graph->nnets, ncoarse});
+  const std::int64_t nentries =
+      std::max<std::int64_t>({graph->ncells, static_cast<std::int64_t>(graph->nnets) + 1, ncoarse});
   int *htable = ismalloc__(nentries, -1, "CreateCoarseHGraph: htable");
 
   NetList mapped = MapNets(graph, htable, &coarser->dropwgt);
@@ -218,7 +221,8 @@ void CreateCoarseHGraph__(Control *ctrl, HGraph *graph, int ncoarse)
     coarser->edgewgt[j] = EdgeWeight__(merged.netwgt[j], NetSize__(coarser, j));
 
   coarser->incptr = imalloc__(static_cast<std::int64_t>(ncoarse) + 1, "CreateCoarseHGraph: coarser->incptr");
-  coarser->incind = imalloc__(merged.netptr[merged.nnets], "CreateCoarseHGraph: coarser->incind");
+  coarser->incind = imalloc__(static_cast<std::int64_t>(merged.netptr[merged.nnets]) + 1,
+                              "CreateCoarseHGraph: coarser->incind");
   coarser->cellwgt = ismalloc__(ncoarse, 0, "CreateCoarseHGraph: coarser->cellwgt");
   coarser->adjwgt = ismalloc__(ncoarse, 0, "CreateCoarseHGraph: coarser->adjwgt");
   iset__(nentries, -1, htable);

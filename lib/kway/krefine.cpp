@@ -159,6 +159,8 @@ static int RunPass(const Control *ctrl, HGraph *graph, const Limits *limits, con
     if (i % 256 == 0) // a record takes long where nets touch many parts
       Checkpoint__(ctrl);
     const int v = perm[i];
+    if (i + 16 < graph->ncells)
+      __builtin_prefetch(&graph->crinfo[perm[i + 16]]);
     if (!MayMove(ctrl, graph, limits, v))
       continue;
     const KDegree *target = ChooseTarget<objective>(graph, limits, v);
