@@ -107,6 +107,14 @@ static void CarryPartition(HGraph *graph)
   graph->coarser->where = cwhere;
 }
 
+// What only matching and contraction need. The finest level is matched again by the next trial, and keeps its weights.
+static void DropMatching(HGraph *graph)
+{
+  QVfree__(&graph->mptr, &graph->mind, &graph->netmap);
+  if (graph->finer != nullptr)
+    QVfree__(&graph->edgewgt);
+}
+
 // Single precision on purpose: the product decides whether coarsening goes on.
 static bool IsSlow(const HGraph *coarser, float ratio)
 {
@@ -139,6 +147,7 @@ static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
       Match(ctrl, graph, &work, graph->level, slow);
       StopTimer__(ctrl, &ctrl->AuxTmr1);
     }
+    DropMatching(graph);
     graph->coarser->level = graph->level + 1;
     graph = graph->coarser;
     TraceLevel(ctrl, graph);
