@@ -65,6 +65,7 @@ def test_figures(folder):
     lying.write_text(lying.read_text().replace("{CUT},{CUT}", "{CUT},{CUT + 1}"))
     expect("wrong report", compare(lying, lying, *options), 1, "reported 3, recomputed 4")
     expect("missing build", compare(folder, folder, *options), 1, "bench_partition is missing")
+    expect("same name", compare(lying, lying, "--instances", file, folder), 1, "more than one instance is called tiny")
     expect("wrong case", compare(lying, lying, "--cases", "recursive"), 1, "'recursive' is not SCHEME:PARTS")
 
 

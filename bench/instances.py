@@ -39,5 +39,5 @@ def main():
 if __name__ == "__main__":
     try:
         main()
-    except runs.Fault as fault:
+    except (runs.Fault, OSError) as fault:
         sys.exit(f"instances.py: {fault}")

@@ -18,6 +18,7 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <fstream>
 #include <string>
 #include <string_view>
 #include <sys/resource.h>
@@ -26,7 +27,7 @@
 using kapris_cli::Failure;
 
 // The library's clock, by which a k-way call seeds its initial partition: it stands still, so that runs repeat.
-extern "C" std::time_t time(std::time_t *now)
+extern "C" std::time_t time(std::time_t *now) noexcept
 {
   constexpr std::time_t fixed = 1'000'000'007;
 
@@ -47,6 +48,19 @@ static rusage Usage()
 
   getrusage(RUSAGE_SELF, &usage);
   return usage;
+}
+
+// Of this program alone: what getrusage tells begins with the peak of the process that started it.
+static double PeakMegabytes()
+{
+  std::ifstream status("/proc/self/status");
+  double kilobytes = 0;
+
+  for (std::string word; status >> word;) {
+    if (word == "VmHWM:" && status >> kilobytes)
+      return kilobytes / 1024.0;
+  }
+  throw Failure{kapris_cli::EXIT_INTERNAL, "cannot read the peak memory from /proc/self/status"};
 }
 
 // Lines that the library printed while standard output went to the file.
@@ -117,16 +131,16 @@ static int Run(int argc, char **argv)
   const auto entry = scheme == "recursive" ? KAPRIS_PartRecursive : KAPRIS_PartKway;
   entry(hgr.ncells, hgr.nnets, pointer(hgr.cellwgts), hgr.netptr.data(), hgr.netind.data(),
         pointer(hgr.netwgts), nparts, ubfactor, options, part.data(), &reported);
-  const rusage usage = Usage();
+  const double cpuend = CpuSeconds(Usage());
   const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+  const double peak = PeakMegabytes();
   std::fflush(stdout);
   dup2(saved, STDOUT_FILENO);
 
   const Measures measures = Measure(hgr, part);
   std::printf("%d,%d,%zu,%d,%lld,%lld,%.4f,%.4f,%.4f,%.1f,%d,%s\n", hgr.ncells, hgr.nnets, hgr.netind.size(),
-              reported, measures.cut, measures.soed, Imbalance(measures, nparts), CpuSeconds(usage) - cpu,
-              wall.count(), static_cast<double>(usage.ru_maxrss) / 1024.0, CountLines(printed),
-              HashOf(part).c_str());
+              reported, measures.cut, measures.soed, Imbalance(measures, nparts), cpuend - cpu, wall.count(),
+              peak, CountLines(printed), HashOf(part).c_str());
   return 0;
 }
 
