@@ -1,23 +1,40 @@
 // bench/partition.cpp - one run of an entry point on one file, with its figures as a line of CSV:
-//   cells,nets,pins,reported,cut,soed,imbalance,cpu,wall,peakmb,wrongcuts
+//   cells,nets,pins,reported,cut,soed,imbalance,cpu,wall,peakmb,wrongcuts,hash
 // SPDX-License-Identifier: MIT
 //
-// usage: bench_partition recursive|kway-cut|kway-soed FILE.hgr NPARTS UBFACTOR SEED
-// cut, soed and imbalance are recomputed from the part vector; wrongcuts counts what the library reports itself.
+// usage: bench_partition recursive|kway-cut|kway-soed FILE.hgr NPARTS UBFACTOR SEED [OPTION=NUMBER...]
+// cut, soed and imbalance are recomputed from the part vector; wrongcuts counts what the library reports itself; hash
+// names the part vector.
 
 #include "failure.h"
 #include "kapris.h"
 
 #include "io/files.h"
 #include "io/hgr.h"
+#include "measure/hash.h"
 #include "measure/measures.h"
 
+#include <charconv>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
+#include <ctime>
+#include <fstream>
 #include <string>
+#include <string_view>
 #include <sys/resource.h>
 #include <unistd.h>
+
+using kapris_cli::Failure;
+
+// The library's clock, by which a k-way call seeds its initial partition: it stands still, so that runs repeat.
+extern "C" std::time_t time(std::time_t *now) noexcept
+{
+  constexpr std::time_t fixed = 1'000'000'007;
+
+  if (now != nullptr)
+    *now = fixed;
+  return fixed;
+}
 
 static double CpuSeconds(const rusage &usage)
 {
@@ -33,6 +50,19 @@ static rusage Usage()
   return usage;
 }
 
+// Of this program alone: what getrusage tells begins with the peak of the process that started it.
+static double PeakMegabytes()
+{
+  std::ifstream status("/proc/self/status");
+  double kilobytes = 0;
+
+  for (std::string word; status >> word;) {
+    if (word == "VmHWM:" && status >> kilobytes)
+      return kilobytes / 1024.0;
+  }
+  throw Failure{kapris_cli::EXIT_INTERNAL, "cannot read the peak memory from /proc/self/status"};
+}
+
 // Lines that the library printed while standard output went to the file.
 static int CountLines(std::FILE *file)
 {
@@ -44,13 +74,48 @@ static int CountLines(std::FILE *file)
   return n;
 }
 
-static int Run(char **argv)
+static int ParseInt(const char *name, std::string_view text)
+{
+  int value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+
+  if (error != std::errc() || end != text.data() + text.size())
+    throw Failure{kapris_cli::EXIT_USAGE,
+                  std::string(name) + " is '" + std::string(text) + "', not an integer"};
+  return value;
+}
+
+// "nruns=2": sets the entry of the option vector that has this name.
+static void SetOption(std::string_view text, int *options)
+{
+  static const struct {
+    const char *name;
+    int index;
+  } known[] = {{"nruns", 1}, {"ctype", 2}, {"rtype", 3}, {"vcycle", 4}, {"reconst", 5}};
+  const std::size_t sign = text.find('=');
+
+  for (const auto &[name, index] : known) {
+    if (sign != text.npos && text.substr(0, sign) == name) {
+      options[index] = ParseInt(name, text.substr(sign + 1));
+      return;
+    }
+  }
+  throw Failure{kapris_cli::EXIT_USAGE,
+                "'" + std::string(text) +
+                    "' is not one of nruns=N, ctype=N, rtype=N, vcycle=N and reconst=N"};
+}
+
+static int Run(int argc, char **argv)
 {
   using namespace kapris_cli;
   const std::string scheme = argv[1], name = argv[2];
-  const int nparts = std::atoi(argv[3]), ubfactor = std::atoi(argv[4]), seed = std::atoi(argv[5]);
+  const int nparts = ParseInt("NPARTS", argv[3]), ubfactor = ParseInt("UBFACTOR", argv[4]);
   const int rtype = scheme == "kway-soed" ? 2 : 1;
-  const int options[9] = {1, 10, 1, rtype, 1, 0, 0, seed, 0};
+  int options[9] = {1, 10, 1, rtype, 1, 0, 0, ParseInt("SEED", argv[5]), 0};
+  if (scheme != "recursive" && scheme != "kway-cut" && scheme != "kway-soed")
+    throw Failure{EXIT_USAGE, "'" + scheme + "' is not recursive, kway-cut or kway-soed"};
+  for (int i = 6; i < argc; i++)
+    SetOption(argv[i], options);
   const Hgr hgr = ReadHgr(name, OpenText(name).bytes);
   const auto pointer = [](const std::vector<int> &x) { return x.empty() ? nullptr : x.data(); };
   std::vector<int> part(static_cast<std::size_t>(hgr.ncells));
@@ -66,28 +131,30 @@ static int Run(char **argv)
   const auto entry = scheme == "recursive" ? KAPRIS_PartRecursive : KAPRIS_PartKway;
   entry(hgr.ncells, hgr.nnets, pointer(hgr.cellwgts), hgr.netptr.data(), hgr.netind.data(),
         pointer(hgr.netwgts), nparts, ubfactor, options, part.data(), &reported);
-  const rusage usage = Usage();
+  const double cpuend = CpuSeconds(Usage());
   const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+  const double peak = PeakMegabytes();
   std::fflush(stdout);
   dup2(saved, STDOUT_FILENO);
 
   const Measures measures = Measure(hgr, part);
-  std::printf("%d,%d,%zu,%d,%lld,%lld,%.4f,%.2f,%.2f,%.1f,%d\n", hgr.ncells, hgr.nnets, hgr.netind.size(),
-              reported, measures.cut, measures.soed, Imbalance(measures, nparts), CpuSeconds(usage) - cpu,
-              wall.count(), static_cast<double>(usage.ru_maxrss) / 1024.0, CountLines(printed));
+  std::printf("%d,%d,%zu,%d,%lld,%lld,%.4f,%.4f,%.4f,%.1f,%d,%s\n", hgr.ncells, hgr.nnets, hgr.netind.size(),
+              reported, measures.cut, measures.soed, Imbalance(measures, nparts), cpuend - cpu, wall.count(),
+              peak, CountLines(printed), HashOf(part).c_str());
   return 0;
 }
 
 int main(int argc, char **argv)
 {
-  if (argc != 6) {
-    std::fprintf(stderr, "usage: bench_partition recursive|kway-cut|kway-soed FILE NPARTS UBFACTOR SEED\n");
+  if (argc < 6) {
+    std::fprintf(stderr, "usage: bench_partition recursive|kway-cut|kway-soed FILE NPARTS UBFACTOR SEED "
+                         "[OPTION=NUMBER...]\n");
     return 2;
   }
   try {
-    return Run(argv);
-  } catch (const kapris_cli::Failure &failure) {
+    return Run(argc, argv);
+  } catch (const Failure &failure) {
     std::fprintf(stderr, "bench_partition: %s\n", failure.text.c_str());
-    return 1;
+    return failure.status;
   }
 }

@@ -16,3 +16,23 @@ if(KAPRIS_SANITIZE)
     -fsanitize=${KAPRIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(kapris_flags INTERFACE -fsanitize=${KAPRIS_SANITIZE})
 endif()
+
+# Optimisation with the profile of an instrumented run of the same build folder; scripts/pgo goes through the steps. The
+# profile is looked up by the paths of the object files, which is why both steps share one folder. Only the library is
+# built that way. The names of the flags are GCC's.
+if(KAPRIS_PROFILE)
+  set(profile ${PROJECT_BINARY_DIR}/profile)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    message(FATAL_ERROR "KAPRIS_PROFILE needs g++, not ${CMAKE_CXX_COMPILER_ID}")
+  endif()
+  if(KAPRIS_PROFILE STREQUAL "generate")
+    set(KAPRIS_PROFILE_OPTIONS -fprofile-generate=${profile})
+    target_link_options(kapris_flags INTERFACE -fprofile-generate=${profile})
+  elseif(NOT KAPRIS_PROFILE STREQUAL "use")
+    message(FATAL_ERROR "KAPRIS_PROFILE is '${KAPRIS_PROFILE}', not generate or use")
+  elseif(NOT EXISTS ${profile})
+    message(FATAL_ERROR "there is no ${profile}: run scripts/pgo, which makes it and builds with it")
+  else()
+    set(KAPRIS_PROFILE_OPTIONS -fprofile-use=${profile} -fprofile-partial-training -Wno-missing-profile)
+  endif()
+endif()
