@@ -12,9 +12,8 @@ enum { LOCKED = 2 };
 
 // What the passes know of a net. Its pins follow, in whole units of this record, so that they share its cache line.
 struct FMNet {
-  int npins
-      [2]; // on each side; LOCKED_PIN is set where one of them cannot move, in passes that recompute all gains
-  int pins[2]; // of each side, combined by exclusive or: where one is left, which
+  int npins[2]; // on each side; with LOCKED_PIN where one cannot move, in passes that recompute all gains
+  int pins[2];  // of each side, combined by exclusive or: where one is left, which
   int weight;
   int size;
 };
@@ -22,11 +21,11 @@ struct FMNet {
 enum { LOCKED_PIN = INT_MIN };
 
 // The working storage of one call of a two-way routine: the level laid out for moves, and the state of a pass. Nets of
-// two pins have no record: either cell links to the other one.
+// two pins have no record: either cell links to the other one. Those of one pin are not linked: nothing changes there.
 struct FMState {
-  int *
-      links; // of each cell from nodes[cell].links on: their length, then the index of each net's record in nets, or
-             // for a net of two pins ~(the other cell) and the net's weight
+  // Of each cell from nodes[cell].links on: their length, then the index of each net's record in nets, or for a net of
+  // two pins ~(the other cell) and the net's weight.
+  int *links;
   FMNet *nets;        // in the order of the level, pins in between
   int *hits;          // [largest net] cells whose gain a move changes by one net
   CellNode *nodes;    // [ncells+1]

@@ -15,7 +15,10 @@ static unsigned Units(int size)
   return 1 + (static_cast<unsigned>(size) + perunit - 1) / perunit;
 }
 
-// Adds the records of all nets but those of two pins, which get -1 in unitof.
+// In place of the index of a record: a net of two pins, and one of fewer.
+enum { PAIR = -1, NO_PAIR = -2 };
+
+// Adds the records of the nets of more than two pins.
 static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
 {
   unsigned nunits = 0;
@@ -23,14 +26,14 @@ static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
 
   for (int j = 0; j < graph->nnets; j++) {
     const int size = NetSize__(graph, j);
-    unitof[j] = size == 2 ? -1 : static_cast<int>(nunits);
-    nunits += size == 2 ? 0 : Units(size);
+    unitof[j] = size > 2 ? static_cast<int>(nunits) : size == 2 ? PAIR : NO_PAIR;
+    nunits += size > 2 ? Units(size) : 0;
     largest = std::max(largest, size);
   }
   fm->nets = QVarray__<FMNet>(nunits, "FM_Refine: nets");
   fm->hits = imalloc__(largest, "FM_Refine: hits");
   for (int j = 0; j < graph->nnets; j++) {
-    if (unitof[j] == -1)
+    if (unitof[j] < 0)
       continue;
     FMNet *net = &fm->nets[unitof[j]];
     icopy__(NetSize__(graph, j), graph->netind + graph->netptr[j], reinterpret_cast<int *>(net + 1));
@@ -39,12 +42,12 @@ static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
 
 static void LinkCells(const HGraph *graph, FMState *fm, const int *unitof)
 {
-  const int LOOKAHEAD = 16; // nets lie anywhere: ask for them early
+  constexpr int LOOKAHEAD = 16; // nets lie anywhere: ask for them early
   const int npins = graph->incptr[graph->ncells];
   std::int64_t nlinks = static_cast<std::int64_t>(graph->ncells) + npins;
 
   for (int j = 0; j < graph->nnets; j++)
-    nlinks += unitof[j] == -1 ? 2 : 0;
+    nlinks += unitof[j] == PAIR ? 2 : 0;
   fm->links = imalloc__(nlinks, "FM_Refine: links");
 
   int *link = fm->links;
@@ -54,10 +57,10 @@ static void LinkCells(const HGraph *graph, FMState *fm, const int *unitof)
       const int j = graph->incind[k];
       if (k + LOOKAHEAD < npins)
         __builtin_prefetch(&unitof[graph->incind[k + LOOKAHEAD]]);
-      if (unitof[j] != -1) {
+      if (unitof[j] >= 0)
         *link++ = unitof[j];
+      if (unitof[j] != PAIR)
         continue;
-      }
       const int *pins = graph->netind + graph->netptr[j];
       *link++ = ~(pins[0] == c ? pins[1] : pins[0]);
       *link++ = graph->netwgt[j];
@@ -121,7 +124,7 @@ int FM_ComputeGains__(const HGraph *graph, FMState *fm)
       onone ^= pins[k] & -side;
     }
     npins[0] = size - npins[1];
-    if (size != 2) {
+    if (size > 2) {
       *net = {{npins[0], npins[1]}, {all ^ onone, onone}, graph->netwgt[j], size};
       net += Units(size);
     }
