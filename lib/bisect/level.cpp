@@ -117,6 +117,8 @@ int FM_ComputeGains__(const HGraph *graph, FMState *fm)
     const int *pins = graph->netind + graph->netptr[j], size = NetSize__(graph, j);
     int npins[2] = {0, 0}, all = 0, onone = 0;
 
+    if (size == 2 && FM_Side__(fm, pins[0]) == FM_Side__(fm, pins[1]))
+      continue;
     for (int k = 0; k < size; k++) {
       const int side = FM_Side__(fm, pins[k]);
       npins[1] += side;
