@@ -169,15 +169,15 @@ __attribute__((always_inline)) inline void FM_Prefetch__(const FMState *fm, int 
 // foretold.
 inline int FM_FindFree__(const FMNet *net, const signed char *place, int side, int *hits)
 {
-  const int *pins = FM_Pins__(net), size = net->size;
-  int nhits = 0;
+  const int *pin = FM_Pins__(net), *end = pin + net->size;
+  const signed char here = static_cast<signed char>(side);
+  int *hit = hits;
 
-  for (int k = 0; k < size; k++) {
-    const int u = pins[k];
-    hits[nhits] = u;
-    nhits += place[u] == side;
+  for (; pin < end; pin++) {
+    *hit = *pin;
+    hit += place[static_cast<unsigned>(*pin)] == here;
   }
-  return nhits;
+  return static_cast<int>(hit - hits);
 }
 
 // The move of c in a pass that recomputes all gains: only those of free cells are kept up to date, and nets no more

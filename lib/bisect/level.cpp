@@ -36,7 +36,12 @@ static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
     if (unitof[j] < 0)
       continue;
     FMNet *net = &fm->nets[unitof[j]];
-    icopy__(NetSize__(graph, j), graph->netind + graph->netptr[j], reinterpret_cast<int *>(net + 1));
+    int *pins = reinterpret_cast<int *>(net + 1);
+    *net = {{0, 0}, {0, 0}, graph->netwgt[j], NetSize__(graph, j)};
+    for (int k = 0; k < net->size; k++) {
+      pins[k] = graph->netind[graph->netptr[j] + k];
+      net->pins[0] ^= pins[k];
+    }
   }
 }
 
@@ -115,29 +120,31 @@ int FM_ComputeGains__(const HGraph *graph, FMState *fm)
   }
   for (int j = 0; j < graph->nnets; j++) {
     const int *pins = graph->netind + graph->netptr[j], size = NetSize__(graph, j);
-    int npins[2] = {0, 0}, all = 0, onone = 0;
+    int npins[2] = {0, 0}, all[2] = {0, 0};
 
     if (size == 2 && FM_Side__(fm, pins[0]) == FM_Side__(fm, pins[1]))
       continue;
-    for (int k = 0; k < size; k++) {
-      const int side = FM_Side__(fm, pins[k]);
-      npins[1] += side;
-      all ^= pins[k];
-      onone ^= pins[k] & -side;
-    }
+    for (int k = 0; k < size; k++)
+      npins[1] += FM_Side__(fm, pins[k]);
     npins[0] = size - npins[1];
-    if (size > 2) {
-      *net = {{npins[0], npins[1]}, {all ^ onone, onone}, graph->netwgt[j], size};
-      net += Units(size);
+    if (npins[0] != 0 && npins[1] != 0) {
+      const int w = graph->netwgt[j];
+      cut = AddWrap__(cut, w);
+      for (int k = 0; k < size; k++) {
+        const int side = FM_Side__(fm, pins[k]);
+        int *gain = &nodes[pins[k]].gain;
+        all[side] ^= pins[k];
+        *gain = AddWrap__(*gain, MulWrap__(w, npins[side] == 1 ? 2 : 1));
+      }
+    } else if (size > 2) {
+      all[npins[0] == 0] = net->pins[0] ^ net->pins[1]; // which moves do not change
     }
-    if (npins[0] == 0 || npins[1] == 0)
-      continue;
-
-    const int w = graph->netwgt[j];
-    cut = AddWrap__(cut, w);
-    for (int k = 0; k < size; k++) {
-      int *gain = &nodes[pins[k]].gain;
-      *gain = AddWrap__(*gain, MulWrap__(w, npins[FM_Side__(fm, pins[k])] == 1 ? 2 : 1));
+    if (size > 2) {
+      net->npins[0] = npins[0];
+      net->npins[1] = npins[1];
+      net->pins[0] = all[0];
+      net->pins[1] = all[1];
+      net += Units(size);
     }
   }
   return cut;

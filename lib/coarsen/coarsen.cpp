@@ -20,9 +20,8 @@ static MatchWork AllocMatchWork(const HGraph *graph)
   const std::int64_t n = std::max(graph->ncells, graph->nnets);
   MatchWork work = {};
 
-  work.scores = QVarray__<Score>(graph->ncells, "Coarsen: scores");
-  for (int u = 0; u < graph->ncells; u++)
-    work.scores[u].search = 0;
+  work.scores = fmalloc__(graph->ncells, "Coarsen: scores");
+  std::fill_n(work.scores, graph->ncells, NO_SCORE);
   work.perm = imalloc__(n, "Coarsen: perm");
   work.vpairs = QVarray__<KeyVal>(n, "Coarsen: vpairs");
   work.keys = reinterpret_cast<int *>(work.vpairs);

@@ -6,16 +6,11 @@
 
 #include "control/ctrl.h"
 
-// What a search has found out about a cell; of no meaning to any other search.
-struct Score {
-  unsigned search;
-  float sum; // of edge weights
-};
+constexpr float NO_SCORE = -1.0f; // of a cell that a search has not met; scores are not negative
 
 // The work arrays of one coarsening call, sized by its finest level and shared by all its matchings.
 struct MatchWork {
-  Score *scores; // [ncells]
-  unsigned nsearches;
+  float *scores;  // [ncells] of the candidates of one search; all NO_SCORE between two searches
   int *perm;      // [max] visiting order of cells or nets
   KeyVal *vpairs; // [max] (key, net) pairs; the same block as keys and order
   int *keys;      // [max] sort keys of cells: the first half of vpairs

@@ -16,68 +16,56 @@
 
 #include "match.h"
 
+#include <bit>
 #include <utility>
 
 // ----------------------------------------------------------------------------------------------------------
 // Partner search
-
-// The number of a new search.
-static inline unsigned NextSearch(const HGraph *graph, MatchWork *work)
-{
-  if (++work->nsearches == 0) { // numbers begin again: forget the old ones
-    for (int u = 0; u < graph->ncells; u++)
-      work->scores[u].search = 0;
-    work->nsearches = 1;
-  }
-  return work->nsearches;
-}
 
 // Collects the other pins of the nets of v, in incidence order, with their scores; returns how many there are. Without a
 // branch per pin: whether a pin was seen before cannot be foretold.
 template <class SkipNet>
 static inline int CollectCandidates(const HGraph *graph, MatchWork *work, int v, SkipNet skipnet)
 {
-  const unsigned search = NextSearch(graph, work);
-  Score *scores = work->scores;
+  float *scores = work->scores;
   int *cand = work->cand, ncand = 0;
 
-  scores[v].search = search; // seen, and no candidate
-  scores[v].sum = 0.0f;
-  for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
+  static_assert(sizeof(float) == sizeof(unsigned) && NO_SCORE < 0.0f);
+  scores[v] = 0.0f; // seen, and no candidate
+  for (int i = graph->incptr[v], last = graph->incptr[v + 1]; i < last; i++) {
     const int e = graph->incind[i];
     if (skipnet(e))
       continue;
     const float wgt = graph->edgewgt[e];
     for (int k = graph->netptr[e], end = graph->netptr[e + 1]; k < end; k++) {
       const int u = graph->netind[k];
-      Score *score = &scores[u];
-      const bool seen = score->search == search;
+      const unsigned sum = std::bit_cast<unsigned>(scores[u]), unseen = sum >> 31; // the sign
       cand[ncand] = u;
-      ncand += !seen;
-      score->sum = (seen ? score->sum : 0.0f) + wgt;
-      score->search = search;
+      ncand += static_cast<int>(unseen);
+      scores[u] = std::bit_cast<float>(sum & (unseen - 1)) + wgt; // to 0 if it was unseen
     }
   }
+  scores[v] = NO_SCORE;
   return ncand;
 }
 
-// The best of ncand candidates that qualify, or -1; wins(cell, best) decides between equal scores.
+// The best of ncand candidates that qualify, or -1; wins(cell, best) decides between equal scores. Clears the scores;
+// *score is that of the best.
 template <class Qualifies, class Wins>
-static inline int TakeBest(const MatchWork *work, int ncand, Qualifies qualifies, Wins wins)
+static inline int TakeBest(const MatchWork *work, int ncand, float *score, Qualifies qualifies, Wins wins)
 {
-  const Score *scores = work->scores;
-  float bestsum = 0.0f;
   int best = -1;
 
   for (int i = 0; i < ncand; i++) {
     const int u = work->cand[i];
-    const float sum = scores[u].sum;
-    if (best != -1 && (sum < bestsum || (sum == bestsum && !wins(u, best))))
+    const float sum = work->scores[u];
+    work->scores[u] = NO_SCORE;
+    if (best != -1 && (sum < *score || (sum == *score && !wins(u, best))))
       continue;
     if (!qualifies(u))
       continue;
     best = u;
-    bestsum = sum;
+    *score = sum;
   }
   return best;
 }
@@ -92,8 +80,9 @@ static inline int FindPartner(const Control *ctrl, const HGraph *graph, MatchWor
     return (rules & FIND_RESTRICTED) && NetSize__(graph, e) > ctrl->maxnetsize;
   });
 
+  float score = 0.0f;
   return TakeBest(
-      work, ncand,
+      work, ncand, &score,
       [&](int u) {
         if (cellwgt[u] > limit || ((rules & FIND_RESTRICTED) && where[u] != where[v]))
           return false;
@@ -134,13 +123,14 @@ int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *wor
     LookAhead__(graph, v, [](int k) { return k; });
     const int limit = SubWrap__(ctrl->maxcellwgt, cellwgt[v]);
     const int ncand = CollectCandidates(graph, work, v, [&](int e) { return graph->edgewgt[e] < 0.1; });
+    float score = 0.0f;
     const int best = TakeBest(
-        work, ncand, [&](int u) { return cellwgt[u] <= limit; },
+        work, ncand, &score, [&](int u) { return cellwgt[u] <= limit; },
         [&](int u, int other) { return cellwgt[u] < cellwgt[other]; });
 
     keys[v] = -1;
     if (best != -1) {
-      keys[v] = Truncate__(100.0 / work->scores[best].sum);
+      keys[v] = Truncate__(100.0 / score);
       if (keys[v] > maxkey)
         maxkey = keys[v];
     }

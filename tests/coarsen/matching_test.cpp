@@ -11,16 +11,19 @@
 struct matching : testing::Test {
   Control ctrl = {};
   std::vector<int> perm = std::vector<int>(12001), keys = perm, order = perm, cand = perm;
-  std::vector<Score> scores = std::vector<Score>(12001);
+  std::vector<float> scores = std::vector<float>(12001, NO_SCORE);
   std::vector<KeyVal> vpairs = std::vector<KeyVal>(12001);
-  // The search numbers begin again soon.
-  MatchWork work = {scores.data(), UINT_MAX - 5, perm.data(), vpairs.data(),
-                    keys.data(),   order.data(), cand.data()};
+  MatchWork work = {scores.data(), perm.data(), vpairs.data(), keys.data(), order.data(), cand.data()};
 
   matching()
   {
     ctrl.maxnetsize = 50;
     ctrl.maxcellwgt = 5;
+  }
+
+  ~matching() override
+  {
+    EXPECT_EQ(scores, std::vector<float>(12001, NO_SCORE)); // every search leaves them as they were
   }
 
   void Run(int scheme, HGraph *graph)
