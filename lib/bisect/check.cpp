@@ -35,6 +35,8 @@ const char *CheckGains__(const HGraph *graph, const FMState *fm)
       return "place: not the side of the cell";
     for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++) {
       const int j = graph->incind[k];
+      if (graph->netwgt[j] == 0)
+        continue;
       int npins[2] = {0, 0};
       for (int p = graph->netptr[j]; p < graph->netptr[j + 1]; p++)
         npins[graph->where[graph->netind[p]]]++;

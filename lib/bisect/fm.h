@@ -21,7 +21,7 @@ struct FMNet {
 enum { LOCKED_PIN = INT_MIN };
 
 // The working storage of one call of a two-way routine: the level laid out for moves, and the state of a pass. Nets of
-// two pins have no record: either cell links to the other one. Those of one pin are not linked: nothing changes there.
+// two pins have no record: either cell links to the other one. Those of one pin or no weight are not linked: they change no gain.
 struct FMState {
   // Of each cell from nodes[cell].links on: their length, then the index of each net's record in nets, or for a net of
   // two pins ~(the other cell) and the net's weight.
@@ -120,15 +120,18 @@ inline const int *FM_Pins__(const FMNet *net)
   return reinterpret_cast<const int *>(net + 1);
 }
 
-inline void FM_ChangeGain__(FMState *fm, int c, int side, int change)
+// Raises or lowers the gain of a queued cell by w > 0.
+template <bool rises>
+inline void FM_ShiftGain__(FMState *fm, int c, int side, int w)
 {
   CellNode *node = &fm->nodes[c];
-  const int oldgain = node->gain, newgain = AddWrap__(oldgain, change);
+  PQueue *queue = &fm->queue[side];
+  const int oldgain = node->gain, newgain = rises ? AddWrap__(oldgain, w) : SubWrap__(oldgain, w);
 
   node->gain = newgain;
-  if (newgain >= fm->queue[side].topgain)
+  if (rises && newgain >= queue->topgain) // likely to move soon
     __builtin_prefetch(fm->links + node->links);
-  PQueueUpdate__(&fm->queue[side], c, oldgain, newgain);
+  PQueueShift__<rises>(queue, c, oldgain, newgain);
 }
 
 // How a move changes gains. By the counts after the move of a cell to side to:
@@ -165,9 +168,9 @@ __attribute__((always_inline)) inline void FM_Prefetch__(const FMState *fm, int 
   }
 }
 
-// Collects in hits the free pins on a side; returns how many. Without a branch per pin: which of them are free cannot be
+// Collects in hits the free pins on a side; returns their end. Without a branch per pin: which of them are free cannot be
 // foretold.
-inline int FM_FindFree__(const FMNet *net, const signed char *place, int side, int *hits)
+inline const int *FM_FindFree__(const FMNet *net, const signed char *place, int side, int *hits)
 {
   const int *pin = FM_Pins__(net), *end = pin + net->size;
   const signed char here = static_cast<signed char>(side);
@@ -177,7 +180,7 @@ inline int FM_FindFree__(const FMNet *net, const signed char *place, int side, i
     *hit = *pin;
     hit += place[static_cast<unsigned>(*pin)] == here;
   }
-  return static_cast<int>(hit - hits);
+  return hit;
 }
 
 // The move of c in a pass that recomputes all gains: only those of free cells are kept up to date, and nets no more
@@ -191,8 +194,10 @@ inline void FM_UpdateFree__(FMState *fm, int c, int from, int to)
     const int target = *link++;
     if (target < 0) {
       const int u = ~target, w = *link++, side = place[u];
-      if (side < LOCKED)
-        FM_ChangeGain__(fm, u, side, MulWrap__(w, side == from ? 2 : -2));
+      if (side == from)
+        FM_ShiftGain__<true>(fm, u, from, MulWrap__(w, 2));
+      else if (side == to)
+        FM_ShiftGain__<false>(fm, u, to, MulWrap__(w, 2));
       continue;
     }
 
@@ -203,20 +208,23 @@ inline void FM_UpdateFree__(FMState *fm, int c, int from, int to)
     FM_MovePin__(net, c, from, to);
     net->npins[to] |= LOCKED_PIN;
     const int nfrom = (onfrom & INT_MAX) - 1, nto = (onto & INT_MAX) + 1, w = net->weight;
-    // All other pins are on one side.
-    if (nto == 1 || nfrom == 0) {
-      const int side = nto == 1 ? from : to;
-      const bool single = (nto == 1 ? nfrom : nto - 1) == 1;
-      const int change = MulWrap__(w, (nto == 1 ? 1 : -1) * (single ? 2 : 1));
-      const int nhits = FM_FindFree__(net, place, side, fm->hits);
-      for (int h = 0; h < nhits; h++)
-        FM_ChangeGain__(fm, fm->hits[h], side, change);
+    // All other pins are on one side, where more than one is left: other nets of two pins have no record.
+    if (nto == 1) {
+      const int *hit = fm->hits, *last = FM_FindFree__(net, place, from, fm->hits);
+      for (; hit < last; hit++)
+        FM_ShiftGain__<true>(fm, *hit, from, w);
+      continue;
+    }
+    if (nfrom == 0) {
+      const int *hit = fm->hits, *last = FM_FindFree__(net, place, to, fm->hits);
+      for (; hit < last; hit++)
+        FM_ShiftGain__<false>(fm, *hit, to, w);
       continue;
     }
     if (nfrom == 1 && place[net->pins[from]] == from)
-      FM_ChangeGain__(fm, net->pins[from], from, w);
+      FM_ShiftGain__<true>(fm, net->pins[from], from, w);
     if (nto == 2 && place[net->pins[to] ^ c] == to)
-      FM_ChangeGain__(fm, net->pins[to] ^ c, to, SubWrap__(0, w));
+      FM_ShiftGain__<false>(fm, net->pins[to] ^ c, to, w);
   }
 }
 
@@ -235,10 +243,11 @@ inline void FM_UpdateMove__(FMState *fm, int c, int from, int to)
     const int side = FM_Side__(fm, u);
     if (u == c)
       return;
+    int *gain = &fm->nodes[u].gain;
+    const int oldgain = *gain;
+    *gain = AddWrap__(oldgain, change[side]);
     if (scope == UPDATE_QUEUE && fm->place[u] < LOCKED)
-      FM_ChangeGain__(fm, u, side, change[side]);
-    else
-      fm->nodes[u].gain = AddWrap__(fm->nodes[u].gain, change[side]);
+      PQueueUpdate__(&fm->queue[side], u, oldgain, *gain);
   };
 
   while (link < end) {

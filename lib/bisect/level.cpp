@@ -15,8 +15,8 @@ static unsigned Units(int size)
   return 1 + (static_cast<unsigned>(size) + perunit - 1) / perunit;
 }
 
-// In place of the index of a record: a net of two pins, and one of fewer.
-enum { PAIR = -1, NO_PAIR = -2 };
+// In place of the index of a record: a net of two pins, and one that changes no gain.
+enum { PAIR = -1, UNLINKED = -2 };
 
 // Adds the records of the nets of more than two pins.
 static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
@@ -26,8 +26,14 @@ static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
 
   for (int j = 0; j < graph->nnets; j++) {
     const int size = NetSize__(graph, j);
-    unitof[j] = size > 2 ? static_cast<int>(nunits) : size == 2 ? PAIR : NO_PAIR;
-    nunits += size > 2 ? Units(size) : 0;
+    if (size < 2 || graph->netwgt[j] == 0) {
+      unitof[j] = UNLINKED;
+    } else if (size == 2) {
+      unitof[j] = PAIR;
+    } else {
+      unitof[j] = static_cast<int>(nunits);
+      nunits += Units(size);
+    }
     largest = std::max(largest, size);
   }
   fm->nets = QVarray__<FMNet>(nunits, "FM_Refine: nets");
@@ -122,6 +128,8 @@ int FM_ComputeGains__(const HGraph *graph, FMState *fm)
     const int *pins = graph->netind + graph->netptr[j], size = NetSize__(graph, j);
     int npins[2] = {0, 0}, all[2] = {0, 0};
 
+    if (graph->netwgt[j] == 0)
+      continue;
     if (size == 2 && FM_Side__(fm, pins[0]) == FM_Side__(fm, pins[1]))
       continue;
     for (int k = 0; k < size; k++)

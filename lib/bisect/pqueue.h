@@ -58,22 +58,17 @@ inline int *Bucket__(const PQueue *queue, int gain)
   return queue->zero + gain;
 }
 
-// Both without a branch that depends on the lists: where an item lies in them cannot be foretold.
+// Both without a branch that depends on the lists: where an item lies in them cannot be foretold. gain is in range.
 inline void BucketLink__(PQueue *queue, int item, int gain)
 {
-  // gain lies outside -gainspan .. gainspan
-  if (static_cast<unsigned>(gain) + static_cast<unsigned>(queue->gainspan) >
-      2u * static_cast<unsigned>(queue->gainspan))
-    GrowBuckets__(queue, gain);
-
   CellNode *nodes = queue->nodes;
   int *head = Bucket__(queue, gain);
   const int next = *head;
+
   nodes[item].prev = NOT_QUEUED;
   nodes[item].next = next;
   nodes[next].prev = item;
   *head = item;
-  queue->topgain = gain > queue->topgain ? gain : queue->topgain;
 }
 
 inline void BucketUnlink__(PQueue *queue, int item, int gain)
@@ -86,14 +81,35 @@ inline void BucketUnlink__(PQueue *queue, int item, int gain)
   *slot = next;
 }
 
+// Makes room for an item of this gain, which may be the highest one.
+inline void BucketReach__(PQueue *queue, int gain)
+{
+  if (gain > queue->topgain) {
+    if (gain > queue->gainspan)
+      GrowBuckets__(queue, gain);
+    queue->topgain = gain;
+  }
+}
+
+// The same for one that is not.
+inline void BucketReachDown__(PQueue *queue, int gain)
+{
+  if (gain < -queue->gainspan)
+    GrowBuckets__(queue, gain);
+}
+
 inline int PQueueInsert__(PQueue *queue, int item, int gain)
 {
   CHECK_LIGHT(item >= 0 && item < queue->maxnodes);
   CHECK_LIGHT(queue->type != PQ_HEAP || queue->locator[item] == NOT_QUEUED);
-  if (queue->type == PQ_HEAP)
+  if (queue->type == PQ_HEAP) {
     HeapInsert__(queue, item, gain);
-  else
-    BucketLink__(queue, item, gain), queue->nnodes++;
+  } else {
+    BucketReach__(queue, gain);
+    BucketReachDown__(queue, gain);
+    BucketLink__(queue, item, gain);
+    queue->nnodes++;
+  }
   return 0;
 }
 
@@ -101,23 +117,37 @@ inline int PQueueDelete(PQueue *queue, int item, int gain)
 {
   CHECK_LIGHT(item >= 0 && item < queue->maxnodes && queue->nnodes > 0);
   CHECK_LIGHT(queue->type != PQ_HEAP || queue->heap[queue->locator[item]].key == gain);
-  if (queue->type == PQ_HEAP)
+  if (queue->type == PQ_HEAP) {
     HeapDelete__(queue, item);
-  else
-    BucketUnlink__(queue, item, gain), queue->nnodes--;
+  } else {
+    BucketUnlink__(queue, item, gain);
+    queue->nnodes--;
+  }
   return 0;
+}
+
+// PQueueUpdate__ of a gain that rises, or that falls.
+template <bool rises>
+inline void PQueueShift__(PQueue *queue, int item, int oldgain, int newgain)
+{
+  if (queue->type == PQ_HEAP) {
+    HeapUpdate__(queue, item, oldgain, newgain);
+    return;
+  }
+  if (rises)
+    BucketReach__(queue, newgain);
+  else
+    BucketReachDown__(queue, newgain);
+  BucketUnlink__(queue, item, oldgain);
+  BucketLink__(queue, item, newgain);
 }
 
 inline int PQueueUpdate__(PQueue *queue, int item, int oldgain, int newgain)
 {
-  if (oldgain == newgain)
-    return 0;
-  if (queue->type == PQ_HEAP) {
-    HeapUpdate__(queue, item, oldgain, newgain);
-  } else {
-    BucketUnlink__(queue, item, oldgain);
-    BucketLink__(queue, item, newgain);
-  }
+  if (newgain > oldgain)
+    PQueueShift__<true>(queue, item, oldgain, newgain);
+  else if (newgain < oldgain)
+    PQueueShift__<false>(queue, item, oldgain, newgain);
   return 0;
 }
 
