@@ -205,9 +205,9 @@ TEST(exact, results_are_bounded_by_the_optimum_and_mostly_reach_it)
 TEST(exact, planted_partitions_are_found)
 {
   for (const int nparts : {2, 4, 8})
-    for (std::uint64_t seed = 1; seed <= 3; seed++) {
+    for (std::uint64_t seed = 1; seed <= 2; seed++) {
       TestRandom random = {seed};
-      const int size = 60, ncells = nparts * size, ncrossing = 2 * nparts;
+      const int size = 40, ncells = nparts * size, ncrossing = 2 * nparts;
       Instance instance = {ncells, {}, {}, {}};
       for (int j = 0; j < 6 * ncells; j++) { // inside a part
         const int base = size * random.Below(nparts);
@@ -228,6 +228,7 @@ TEST(exact, planted_partitions_are_found)
       for (const kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY}) {
         kapris::Options options;
         options.scheme = scheme;
+        options.runs = 4;
         const kapris::Result result =
             kapris::Partition(View(instance, netptr, netind), {nparts, {}, {}}, options);
         EXPECT_TRUE(result.balanced);
