@@ -261,3 +261,25 @@ TEST(exact, the_classic_refiners_never_worsen_a_balanced_partition)
   }
   EXPECT_GT(nbetter, 190);
 }
+
+// V-cycles of the best trials take back what they did not improve, and sometimes they improve it.
+TEST(exact, final_vcycles_never_worsen_a_bisection)
+{
+  int nbetter = 0;
+
+  for (std::uint64_t seed = 1; seed <= 12; seed++) {
+    TestRandom random = {seed};
+    Call call = {};
+    call.entry = PART_RECURSIVE;
+    call.nparts = 2;
+    call.UBfactor = 10;
+    call.instance = RandomInstance(&random, 1500, 2500, ODD_LARGE);
+    call.options = {1, 1, 5, 3, 0, 0, 0, static_cast<int>(seed), 0};
+    const int without = RunCall(call).cut;
+    call.options[4] = 1;
+    const int with = RunCall(call).cut;
+    EXPECT_LE(with, without) << Literal(call);
+    nbetter += with < without;
+  }
+  EXPECT_GT(nbetter, 0);
+}
