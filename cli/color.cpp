@@ -20,9 +20,9 @@ static bool IsWanted(ColorWhen when)
          std::string_view(terminal) != "dumb";
 }
 
-std::string Red(ColorWhen when, const std::string &text)
+Ink Red(ColorWhen when)
 {
-  return IsWanted(when) ? "\033[1;31m" + text + "\033[0m" : text;
+  return IsWanted(when) ? Ink{"\033[1;31m", "\033[0m"} : Ink{"", ""};
 }
 
 } // namespace kapris_cli

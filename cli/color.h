@@ -2,14 +2,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <string>
-
 namespace kapris_cli
 {
 
 enum class ColorWhen { AUTO, ALWAYS, NEVER };
 
-// The text in red, if colours are wanted on standard error: with AUTO on a terminal, unless NO_COLOR is set.
-std::string Red(ColorWhen when, const std::string &text);
+// What turns red on and off, empty unless colours are wanted on standard error: with AUTO on a terminal, unless NO_COLOR is
+// set. Static text, for messages when memory is short.
+struct Ink {
+  const char *on, *off;
+};
+Ink Red(ColorWhen when);
 
 } // namespace kapris_cli

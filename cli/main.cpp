@@ -9,7 +9,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <fmt/format.h>
@@ -68,30 +70,53 @@ static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
   return FlushResults(run());
 }
 
-// The text of malformed input begins with its place, as compilers have it.
-static void Complain(ColorWhen color, const Failure &failure)
+// The text of malformed input begins with its place, as compilers have it. Nothing here allocates: memory can be what the
+// failure is about.
+static void Complain(ColorWhen color, ExitStatus status, const char *text, const char *more = "")
 {
+  const Ink red = Red(color);
+
   std::fflush(stdout);
   // Where nobody can read it, the exit status has to do.
-  if (failure.status != EXIT_MALFORMED)
-    std::fputs((Red(color, "kapris:") + " ").c_str(), stderr);
-  std::fputs((failure.text + "\n").c_str(), stderr);
+  if (status != EXIT_MALFORMED)
+    for (const char *piece : {red.on, "kapris:", red.off, " "})
+      std::fputs(piece, stderr);
+  std::fputs(text, stderr);
+  std::fputs(more, stderr);
+  std::fputc('\n', stderr);
+}
+
+// The JSON library allocates where it must not throw, so that the process can only end.
+[[noreturn]] static void EndAtOnce()
+{
+  try {
+    if (const std::exception_ptr cause = std::current_exception())
+      std::rethrow_exception(cause);
+  } catch (const std::bad_alloc &) {
+    Complain(ColorWhen::NEVER, EXIT_OUT_OF_MEMORY, "out of memory");
+    std::_Exit(EXIT_OUT_OF_MEMORY);
+  } catch (...) {
+  }
+  std::abort();
 }
 
 int main(int argc, char **argv)
 {
   ColorWhen color = ColorWhen::AUTO;
 
+  // Beyond the limit on the size of files a write then fails, instead of ending the process with half a file on the disk.
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::set_terminate(EndAtOnce);
   try {
     return Execute(argc, argv, &color);
   } catch (const Failure &failure) {
-    Complain(color, failure);
+    Complain(color, failure.status, failure.text.c_str());
     return failure.status;
   } catch (const std::bad_alloc &) {
-    std::fputs("kapris: out of memory\n", stderr);
+    Complain(color, EXIT_OUT_OF_MEMORY, "out of memory");
     return EXIT_OUT_OF_MEMORY;
   } catch (const std::exception &error) {
-    Complain(color, {EXIT_INTERNAL, fmt::format("internal failure: {}", error.what())});
+    Complain(color, EXIT_INTERNAL, "internal failure: ", error.what());
     return EXIT_INTERNAL;
   }
 }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <functional>
+#include <set>
 
 TEST(api, every_figure_is_exact_and_nothing_is_printed_or_left_behind)
 {
@@ -27,6 +28,30 @@ TEST(api, every_figure_is_exact_and_nothing_is_printed_or_left_behind)
   EXPECT_EQ(wrong, "");
   EXPECT_EQ(Ledger__()->blocks, blocks);
   EXPECT_EQ(Ledger__()->bytes, bytes);
+}
+
+TEST(api, every_value_has_a_name_of_its_own)
+{
+  std::set<std::string> statuses, phases;
+
+  for (int value = KAPRIS_OK; value <= KAPRIS_INTERNAL + 1; value++)
+    statuses.insert(kapris_status_name(static_cast<kapris_status>(value)));
+  for (int value = KAPRIS_PREPARING; value <= KAPRIS_BALANCING + 1; value++)
+    phases.insert(kapris_phase_name(static_cast<kapris_phase>(value)));
+  EXPECT_EQ(statuses.size(), KAPRIS_INTERNAL + 2u); // a value that there is not has one, too
+  EXPECT_EQ(phases.size(), KAPRIS_BALANCING + 2u);
+  EXPECT_EQ(statuses.count("time limit") + phases.count("coarsening"), 2u);
+}
+
+TEST(api, a_seed_from_the_clock_is_reported_and_can_be_repeated)
+{
+  Call call = MakeCall(Circuit(60), 3);
+  call.options.seed = -5;
+  const ResultPtr clock = Solve(call);
+  ASSERT_GE(clock->seed, 0);
+  EXPECT_EQ(clock->starts[0].seed, clock->seed);
+  call.options.seed = clock->seed;
+  EXPECT_EQ(FiguresOf(Solve(call)), FiguresOf(clock));
 }
 
 TEST(api, invalid_arguments_are_named)

@@ -37,11 +37,8 @@ void Connect(Call *call)
   call->options.imbalance = call->percent / 100.0;
 }
 
-ResultPtr SolveConnected(const Call &call)
+static ResultPtr Owned(kapris_status status, kapris_result *result)
 {
-  kapris_result *result = nullptr;
-  const kapris_status status = kapris_partition(&call.problem, &call.options, &result);
-
   if (result != nullptr) {
     EXPECT_EQ(result->status, status);
     EXPECT_EQ(result->message[0] == '\0', status == KAPRIS_OK);
@@ -51,6 +48,30 @@ ResultPtr SolveConnected(const Call &call)
     EXPECT_TRUE(status == KAPRIS_OUT_OF_MEMORY || status == KAPRIS_INVALID_ARGUMENT);
   }
   return ResultPtr(result);
+}
+
+ResultPtr SolveConnected(const Call &call)
+{
+  kapris_result *result = nullptr;
+  const kapris_status status = kapris_partition(&call.problem, &call.options, &result);
+
+  return Owned(status, result);
+}
+
+ResultPtr Refine(const Call &connected, const std::vector<int> &part)
+{
+  kapris_result *result = nullptr;
+  const kapris_status status = kapris_refine(&connected.problem, &connected.options, part.data(), &result);
+
+  return Owned(status, result);
+}
+
+Rank RankOf(const Call &call, const ResultPtr &result)
+{
+  const bool bycut = call.options.objective == KAPRIS_CUT;
+
+  return {!result->balanced, bycut ? result->cut : result->soed, bycut ? result->soed : result->cut,
+          result->imbalance};
 }
 
 ResultPtr Solve(Call call)

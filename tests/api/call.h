@@ -30,8 +30,13 @@ void Connect(Call *call);
 // Both expect that status, message and partition go together.
 ResultPtr SolveConnected(const Call &call);
 ResultPtr Solve(Call call);
+ResultPtr Refine(const Call &connected, const std::vector<int> &part);
 
 std::vector<int> PartOf(const ResultPtr &result);
+
+// The order of results, best first.
+typedef std::tuple<bool, std::int64_t, std::int64_t, double> Rank;
+Rank RankOf(const Call &call, const ResultPtr &result);
 
 typedef std::tuple<std::int64_t, std::int64_t, std::int64_t, double, int, int> StartFigures;
 typedef std::tuple<std::vector<int>, kapris_status, std::int64_t, std::int64_t, double, int,

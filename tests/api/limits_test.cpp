@@ -1,49 +1,13 @@
 // tests/api/limits_test.cpp - calls that are cut short: time, cancellation from outside and from callbacks, memory.
 // SPDX-License-Identifier: MIT
-//
-// The program is linked with --wrap for malloc, calloc and operator new, so that any one allocation can be made to
-// fail.
 
 #include "api/call.h"
+#include "support/faults.h"
 
-#include <cstdlib>
+#include <atomic>
 #include <cstring>
-#include <new>
 #include <numeric>
 #include <thread>
-
-// ----------------------------------------------------------------------------------------------------------
-// Allocations that fail
-
-static std::atomic<long> allocations = -1; // that still succeed before one fails; negative = all do
-
-static bool IsRefused()
-{
-  return allocations >= 0 && allocations-- == 0;
-}
-
-extern "C" {
-void *__real_malloc(std::size_t size);
-void *__real_calloc(std::size_t n, std::size_t size);
-void *__real__Znwm(std::size_t size);
-
-void *__wrap_malloc(std::size_t size)
-{
-  return IsRefused() ? nullptr : __real_malloc(size);
-}
-
-void *__wrap_calloc(std::size_t n, std::size_t size)
-{
-  return IsRefused() ? nullptr : __real_calloc(n, size);
-}
-
-void *__wrap__Znwm(std::size_t size)
-{
-  if (IsRefused())
-    throw std::bad_alloc();
-  return __real__Znwm(size);
-}
-}
 
 // ----------------------------------------------------------------------------------------------------------
 // Early ends
@@ -204,30 +168,37 @@ TEST(limits, a_memory_limit_is_kept_or_the_call_fails_cleanly)
 
 TEST(limits, any_allocation_may_fail)
 {
-  for (int threads : {1, 3}) {
-    Call call = MakeCall(Circuit(30), 4);
-    call.options.runs = 1;
-    call.options.starts = call.options.threads = threads;
-    call.options.records = 1;
-    Connect(&call);
-    const auto usual = FiguresOf(SolveConnected(call));
+  long ncalls = 0;
 
-    for (long n = 0;; n += 1 + n / 64) {
-      kapris_result *result = nullptr;
-      allocations = n;
-      const kapris_status status = kapris_partition(&call.problem, &call.options, &result);
-      const bool failed = allocations < 0;
-      allocations = -1;
-      const ResultPtr owner(result);
-      if (!failed)
-        break;
-      // The call can do with fewer threads.
-      if (status == KAPRIS_OK && threads > 1)
-        EXPECT_EQ(FiguresOf(owner), usual);
-      else
-        ASSERT_EQ(status, KAPRIS_OUT_OF_MEMORY) << "allocation " << n;
-      EXPECT_TRUE(status == KAPRIS_OK || owner == nullptr || owner->part == nullptr);
+  for (const int threads : {1, 3})
+    for (const bool refines : {false, true}) {
+      Call call = MakeCall(Circuit(30), 4);
+      call.options.runs = 1;
+      call.options.starts = call.options.threads = threads;
+      call.options.records = 1;
+      Connect(&call);
+      const std::vector<int> given(30, 0);
+      const auto attempt = [&] {
+        kapris_result *result = nullptr;
+        const kapris_status status = refines
+                                         ? kapris_refine(&call.problem, &call.options, given.data(), &result)
+                                         : kapris_partition(&call.problem, &call.options, &result);
+        return std::make_pair(status, ResultPtr(result));
+      };
+      const auto usual = FiguresOf(attempt().second);
+
+      ncalls += FailEach(attempt, [&](const auto &made, long n) {
+        const auto &[status, result] = made;
+        // The call can do with fewer threads.
+        if (status == KAPRIS_OK && threads > 1)
+          EXPECT_EQ(FiguresOf(result), usual) << "allocation " << n;
+        else
+          ASSERT_EQ(status, KAPRIS_OUT_OF_MEMORY) << "allocation " << n;
+        EXPECT_TRUE(status == KAPRIS_OK || result == nullptr || result->part == nullptr);
+        EXPECT_EQ(Ledger__()->blocks, 0u);
+      });
+      EXPECT_EQ(FiguresOf(attempt().second), usual);
     }
-    EXPECT_EQ(FiguresOf(SolveConnected(call)), usual);
-  }
+  std::printf("%ld calls met a failing allocation\n", ncalls);
+  EXPECT_GT(ncalls, 1000);
 }

@@ -3,22 +3,6 @@
 
 #include "api/call.h"
 
-static ResultPtr Refine(const Call &call, const std::vector<int> &part)
-{
-  kapris_result *result = nullptr;
-
-  kapris_refine(&call.problem, &call.options, part.data(), &result);
-  return ResultPtr(result);
-}
-
-static std::tuple<bool, std::int64_t, std::int64_t, double> Rank(const Call &call, const ResultPtr &result)
-{
-  const bool bycut = call.options.objective == KAPRIS_CUT;
-
-  return {!result->balanced, bycut ? result->cut : result->soed, bycut ? result->soed : result->cut,
-          result->imbalance};
-}
-
 TEST(refine, is_never_worse_than_what_was_given)
 {
   int nbetter = 0, nkept = 0;
@@ -33,9 +17,9 @@ TEST(refine, is_never_worse_than_what_was_given)
     call.options.seed = 3;
     const ResultPtr better = Refine(call, PartOf(made));
     ASSERT_EQ(WrongIn(call, better), "") << seed;
-    ASSERT_LE(Rank(call, better), Rank(call, made)) << seed;
-    nbetter += Rank(call, better) < Rank(call, made);
-    if (Rank(call, better) == Rank(call, made) && call.instance.ncells > 0) {
+    ASSERT_LE(RankOf(call, better), RankOf(call, made)) << seed;
+    nbetter += RankOf(call, better) < RankOf(call, made);
+    if (RankOf(call, better) == RankOf(call, made) && call.instance.ncells > 0) {
       nkept++;
       ASSERT_EQ(better->best_start, -1) << seed;
       ASSERT_EQ(PartOf(better), PartOf(made));

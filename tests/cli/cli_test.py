@@ -6,6 +6,7 @@
 import gzip
 import os
 import resource
+import signal
 import subprocess
 import unittest
 
@@ -225,6 +226,32 @@ class Commands(ToolTest):
             write("protected", "kept\n")
             os.chmod("protected", 0o444)
             self.fails(6, "cannot write protected: Permission denied", *partition, "protected")
+
+    def test_status_6_for_files_that_take_only_a_part_or_give_nothing(self):
+        self.run_kapris("generate", "grid", "--rows", "40", "--cols", "40", "-o", "g.hgr")
+        write("old", "kept\n")
+        write("part", "0\n1\n" * 800)
+
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (2048, 2048))
+        partition = ("partition", "g.hgr", "-k", "2", "--runs", "1")
+        for name, *args in (("old", *partition, "-o", "old"), ("new", "convert", "g.hgr", "new", "--to", "patoh"),
+                            ("g.mtx.gz", "convert", "g.hgr", "g.mtx.gz"), ("old", "eval", "g.hgr", "part", "--nets", "--json=old"),
+                            ("n.hgr", "generate", "circuit", "--cells", "400", "-o", "n.hgr")):
+            self.fails(6, f"cannot write {name}: File too large", *args, preexec_fn=limit)
+        with open("stream", "w", encoding="ascii") as stream:
+            done = self.run_kapris("convert", "g.hgr", "-", "--to", "hgr", status=6, preexec_fn=limit, stdout=stream)
+            self.assertIn("cannot write standard output: File too large", done.stderr)
+        os.remove("stream")
+        for args in ((*partition[:1], "/proc/self/mem", *partition[2:]), ("eval", "g.hgr", "/proc/self/mem"),
+                     (*partition, "--fixed", "/proc/self/mem"), (*partition, "--target-weights", "@/proc/self/mem"),
+                     ("best", "/proc/self/mem", "g.hgr")):
+            self.fails(6, "cannot read /proc/self/mem: Input/output error", *args)
+        # Nobody reads on: the usual signal ends the tool, and its other results are not half done.
+        before = sorted(os.listdir("."))
+        with subprocess.Popen([KAPRIS, *partition, "-o", "-"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as child:
+            child.stdout.close()
+        self.assertEqual((child.returncode, sorted(os.listdir("."))), (-signal.SIGPIPE, before))
 
 
 if __name__ == "__main__":

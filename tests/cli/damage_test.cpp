@@ -2,9 +2,8 @@
 // with a list of problems as without, and nothing behind the text is read.
 // SPDX-License-Identifier: MIT
 
-#include "failure.h"
+#include "sound.h"
 
-#include "io/formats.h"
 #include "io/gzip.h"
 
 #include <algorithm>
@@ -18,41 +17,34 @@
 
 using namespace kapris_cli;
 
-struct Reader {
-  const char *name;
-  Hgr (*read)(std::string_view text, Problems *problems);
+struct Samples {
+  Reader reader;
   std::vector<std::string> sound; // between them, all kinds of lines that the reader knows
 };
 
-static const Reader readers[] = {
-    {"hgr",
-     [](std::string_view text, Problems *problems) { return ReadHgr("x", text, problems); },
+static const Samples samples[] = {
+    {TryHgr,
      {
          "% nets cells\n3 5\n1 2 3\n\n4 5 5\n",
          "3 5 1\n7 1 2\n2147483647\n0 4 5\n",
          "2 4 10\r\n1 2\r\n% weights\r\n3 4\r\n1\r\n0\r\n2147483647\r\n9",
          "2 3 11\n5 1 2\n6 2 3\n1\n% between\n2\n3\n\n",
      }},
-    {"patoh",
-     [](std::string_view text, Problems *problems) { return ReadPatoh("x", text, problems); },
+    {TryPatoh,
      {
          "% base cells nets pins\n0 5 3 4\n0 1 2\n\n4\n",
          "1 5 3 5 2\n7 1 2\n2147483647\n0 4 5 5",
          "0 4 2 4 1 1\r\n0 1\r\n% weights\r\n2 3\r\n1 0\r\n\r\n2147483647 9",
          "1 3 2 4 3\n5 1 2\n6 2 3\n1\n% between\n2 3\n\n",
      }},
-    {"mtx",
-     [](std::string_view text, Problems *problems) {
-       return ReadMtx("x", text, Model::ROW_NET, false, problems);
-     },
+    {TryMtx,
      {
          "%%MatrixMarket matrix coordinate pattern general\n% c\n3 4 3\n1 2\n3 4\n3 1\n",
          "%%MatrixMarket matrix coordinate real symmetric\r\n3 3 3\r\n1 1 0.5\r\n3 1 -2e-3\r\n2 1 +1",
          "%%matrixmarket MATRIX coordinate complex hermitian\n2 2 2\n\n1 1 1 0\n2 1 2 -1\n\n",
          "%%MatrixMarket matrix coordinate integer skew-symmetric\n3 3 2\n3 1 -5\n3 1 7\n",
      }},
-    {"cnf",
-     [](std::string_view text, Problems *problems) { return ReadCnf("x", text, Model::DUAL, problems); },
+    {TryCnf,
      {
          "c about\np cnf 4 3\n1 -2 0\nc between\n3 4\n-1 0 0\n",
          "p cnf 3 2\r\n1 1 -1 0\r\n-3 0",
@@ -82,30 +74,6 @@ static void Damage(std::string *text, std::mt19937 *random)
   }
 }
 
-// Empty if the record is what kapris.h asks for.
-static std::string FirstFlaw(const Hgr &hgr)
-{
-  if (hgr.ncells < 0 || hgr.nnets < 0 || hgr.netptr.size() != static_cast<size_t>(hgr.nnets) + 1)
-    return "counts";
-  if (hgr.netptr.front() != 0 || hgr.netptr.back() != static_cast<int>(hgr.netind.size()))
-    return "ends of netptr";
-  for (size_t n = 0; n + 1 < hgr.netptr.size(); n++)
-    if (hgr.netptr[n] > hgr.netptr[n + 1])
-      return "order of netptr";
-  for (const int pin : hgr.netind)
-    if (pin < 0 || pin >= hgr.ncells)
-      return "pin";
-  if (!hgr.netwgts.empty() && hgr.netwgts.size() != static_cast<size_t>(hgr.nnets))
-    return "number of net weights";
-  if (!hgr.cellwgts.empty() && hgr.cellwgts.size() != static_cast<size_t>(hgr.ncells))
-    return "number of cell weights";
-  for (const std::vector<int> *weights : {&hgr.netwgts, &hgr.cellwgts})
-    for (const int weight : *weights)
-      if (weight < 0)
-        return "weight";
-  return "";
-}
-
 // The text ends where a page does, and the next page cannot be read.
 struct Edge {
   char *bytes;
@@ -122,34 +90,16 @@ static Edge MakeEdge()
   return {static_cast<char *>(bytes), page};
 }
 
-// The first fault, or nothing and the record.
-static std::string FirstFault(const Reader &reader, std::string_view text, Problems *problems, Hgr *hgr)
-{
-  try {
-    *hgr = reader.read(text, problems);
-  } catch (const Failure &failure) {
-    EXPECT_EQ(failure.status, EXIT_MALFORMED);
-    if (problems == nullptr)
-      return failure.text;
-    AddProblem(problems, false, failure.text);
-  }
-  if (problems != nullptr)
-    for (const Problem &problem : problems->kept)
-      if (!problem.warning)
-        return problem.text;
-  return "";
-}
-
 TEST(damage, gives_a_sound_record_or_the_same_faults_with_a_list_as_without)
 {
   const Edge edge = MakeEdge();
 
-  for (const Reader &reader : readers) {
-    SCOPED_TRACE(reader.name);
+  for (const auto &[reader, sound] : samples) {
+    SCOPED_TRACE(sound[0]);
     std::mt19937 random(1);
     int nread = 0, nfailed = 0;
     for (unsigned trial = 0; trial < 4000; trial++) {
-      std::string text = reader.sound[trial % 4];
+      std::string text = sound[trial % 4];
       for (unsigned n = trial % 5; n > 0; n--)
         Damage(&text, &random);
       ASSERT_LE(text.size(), edge.size);
@@ -177,7 +127,7 @@ TEST(damage, gives_a_sound_record_or_the_same_faults_with_a_list_as_without)
 
 TEST(damage, of_gzip_data_is_found)
 {
-  const std::string text = readers[0].sound[0];
+  const std::string text = samples[0].sound[0];
   const std::string bytes = Compress(text);
   std::mt19937 random(1);
 

@@ -3,6 +3,8 @@
 
 #include "entry.h"
 
+#include "support/faults.h"
+
 #include <cctype>
 #include <map>
 #include <sstream>
@@ -157,31 +159,41 @@ TEST(errors, without_a_handler_the_message_goes_to_standard_error_and_the_proces
 
 TEST(errors, every_allocation_may_fail_and_the_next_call_is_right)
 {
+  long ncalls = 0;
+
   PushErrorHandler__();
   for (Entry entry : {RECURSIVE, INTERNAL, KWAY, REFINE2, REFINEK}) {
     const Call valid(entry == REFINE2 ? "" : "nparts 3 options 1 1 1 1 1 0 1 7 0 part 2 1 1");
-    Call right = valid;
+    Call right = valid, call = valid;
     right.Run(entry);
     const std::uint64_t serial = Ledger__()->serial;
     const std::size_t blocks = Ledger__()->blocks;
-    bool failed = true;
-    for (long n = 0; failed; n++) {
-      Call call = valid, next = valid;
-      LedgerLimit__(0, n);
+    const auto attempt = [&] {
+      FatalError error = {FATAL_INPUT, ""};
       try {
         call.Run(entry);
-        failed = false;
-        EXPECT_GT(n, 10);
-      } catch (const FatalError &error) {
-        EXPECT_EQ(std::string(error.message).find("Memory allocation failed for "), 0u) << error.message;
-        LedgerRelease__(serial);
+      } catch (const FatalError &caught) {
+        error = caught;
+      } catch (const std::bad_alloc &) { // only the internal checks use operator new
+        EXPECT_GT(KAPRIS_CHECK_LEVEL, 0);
+        error = {FATAL_MEMORY, "Memory allocation failed for a check"};
       }
-      LedgerLimit__(0, -1);
+      return error;
+    };
+    ncalls += FailEach(attempt, [&](const FatalError &error, long) {
+      EXPECT_EQ(std::string(error.message).find("Memory allocation failed for "), 0u) << error.message;
+      EXPECT_EQ(error.kind, FATAL_MEMORY);
+      LedgerRelease__(serial);
+      EXPECT_EQ(Ledger__()->blocks, blocks);
+      Call next = valid;
       next.Run(entry);
       EXPECT_EQ(next.at("cut")[0], CutOf({3, {{0, 1}, {1, 2}}, {}, {}}, next.at("part")));
       EXPECT_TRUE(entry == KWAY || next == right); // the clock seeds KAPRIS_PartKway
-      EXPECT_EQ(Ledger__()->blocks, blocks);
-    }
+      call = valid;
+    });
+    EXPECT_EQ(Ledger__()->blocks, blocks);
   }
   PopErrorHandler__();
+  std::printf("%ld calls met a failing allocation\n", ncalls);
+  EXPECT_GT(ncalls, 5 * 2 * 10);
 }

@@ -6,6 +6,7 @@
 
 #include "gateway/host.h"
 #include "support/build.h"
+#include "support/faults.h"
 
 #include <cmath>
 #include <ctime>
@@ -178,6 +179,45 @@ TEST(gateway, ends_with_the_library)
         CallGateway(1, {Text("PartRecursive"), Sparse(2, {{0}, {7}}), Number(2)});
       },
       testing::ExitedWithCode(0), "netind.1. is 7, but a pin should be at least 0 and below ncells");
+}
+
+// Memory of the library ends the process with its message, which is thrown here; that of the host is an error of the host.
+// The next call is right.
+TEST(gateway, any_allocation_may_fail)
+{
+  const std::vector<mxArray> inputs = {
+      Text("PartRecursive"), Sparse(6, {{0, 1}, {1, 2}, {0, 2}, {3, 4, 5}, {4, 5}, {2, 3}}), Number(2)};
+  const HostCall usual = CallGateway(2, inputs);
+  HostCall call;
+  const auto attempt = [&] {
+    FatalError error = {FATAL_INPUT, ""};
+    try {
+      call = CallGateway(2, inputs);
+    } catch (const FatalError &caught) {
+      error = caught;
+    } catch (const std::bad_alloc &) { // records of this host, and internal checks
+      error = {FATAL_MEMORY, "Memory allocation failed for others"};
+    }
+    return error;
+  };
+  long nhost = 0;
+
+  const long ncalls = FailEach(attempt, [&](const FatalError &error, long n) {
+    LedgerRelease__(0);
+    if (error.kind == FATAL_MEMORY) {
+      EXPECT_EQ(std::string(error.message).find("Memory allocation failed for "), 0u) << error.message;
+    } else {
+      nhost++;
+      EXPECT_EQ(call.message, "Out of memory.") << "allocation " << n;
+      EXPECT_FALSE(call.returned);
+    }
+    const HostCall next = CallGateway(2, inputs);
+    EXPECT_EQ(next.outputs[0]->values, usual.outputs[0]->values);
+    EXPECT_EQ(next.outputs[1]->values, usual.outputs[1]->values);
+  });
+  std::printf("%ld calls met a failing allocation, %ld in the memory of the host\n", ncalls, nhost);
+  EXPECT_GT(nhost, 5);
+  EXPECT_GT(ncalls, nhost + 50);
 }
 
 TEST(gateway, names_its_interface)

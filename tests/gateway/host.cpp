@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <new>
 
 extern "C" void mexFunction(int nlhs, mxArray *plhs[], int nrhs, const mxArray *prhs[]);
 
@@ -117,12 +118,22 @@ int mxGetString(const mxArray *array, char *buffer, mwSize size)
 void *mxCalloc(std::size_t n, std::size_t size)
 {
   // One byte at least, as the memory of no bytes would be NULL.
-  return current->blocks.emplace_back(n * size + 1).data();
+  try {
+    return current->blocks.emplace_back(n * size + 1).data();
+  } catch (const std::bad_alloc &) {
+    mexErrMsgTxt("Out of memory.");
+    return nullptr;
+  }
 }
 
 mxArray *mxCreateDoubleMatrix(mwSize rows, mwSize columns, mxComplexity)
 {
-  return &current->arrays.emplace_back(Full(rows, columns));
+  try {
+    return &current->arrays.emplace_back(Full(rows, columns));
+  } catch (const std::bad_alloc &) {
+    mexErrMsgTxt("Out of memory.");
+    return nullptr;
+  }
 }
 
 void mexErrMsgTxt(const char *text)

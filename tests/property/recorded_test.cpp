@@ -7,6 +7,7 @@
 #include "property/run.h"
 
 #include <cstdlib>
+#include <regex>
 
 namespace
 {
@@ -24,7 +25,7 @@ const Recorded recorded[] = {
     {PART_RECURSIVE, 900, ODD_ALL, 2, 5, {3, 1, 1, 1, 0, 0}, 8091, 0x52cd1cff8868ed9a},
     {PART_RECURSIVE, 900, ODD_LARGE, 7, 1, {2, 4, 2, 2, 1, 0}, 231, 0x7f6f1908799836e8},
     {PART_RECURSIVE, 700, ODD_WEIGHTS, 3, 10, {2, 5, 3, 3, 0, 1}, 20489, 0x7dc518714ffbe403},
-    {PART_RECURSIVE, 700, ODD_ISLANDS | ODD_WEIGHTS, 66, 20, {1, 3, 1, 0, 1, 0}, 8331, 0x9dfec3cdc4baf8a9},
+    {PART_RECURSIVE, 700, ODD_ISLANDS | ODD_WEIGHTS, 66, 20, {1, 3, 1, 0, 1, 0}, 8331, 0x70edd99a00f5143d},
     {PART_RECURSIVE_INTERNAL, 600, ODD_DUPLICATES, 5, 3, {2, 2, 3, 1, 0, 1}, 210, 0x30638c1dabce994f},
     {PART_KWAY, 1500, ODD_LARGE | ODD_TINY, 4, 5, {3, 1, 1, 1, 0, 0}, 298, 0xf48d70f65425ec0f},
     {PART_KWAY, 1500, ODD_ALL, 3, 8, {2, 4, 2, 3, 0, 0}, 20357, 0xafd47f84624be5a9},
@@ -61,6 +62,12 @@ static std::uint64_t Hash(std::uint64_t hash, const std::string &text)
   return hash;
 }
 
+// Machines differ in the sign that they print for what is not a number, as the balance of a hypergraph without weight.
+static std::string WithoutSignsOfNan(const std::string &text)
+{
+  return std::regex_replace(text, std::regex(" *-?nan"), " nan");
+}
+
 TEST(recorded, results_and_traces_are_the_same_to_the_bit)
 {
   const bool print = std::getenv("KAPRIS_RECORD") != nullptr;
@@ -70,7 +77,8 @@ TEST(recorded, results_and_traces_are_the_same_to_the_bit)
     InitRandom__(1); // what a refine entry finds in a fresh thread
     testing::internal::CaptureStdout();
     const Result result = RunCall(call);
-    std::uint64_t hash = Hash(14695981039346656037u, testing::internal::GetCapturedStdout());
+    std::uint64_t hash =
+        Hash(14695981039346656037u, WithoutSignsOfNan(testing::internal::GetCapturedStdout()));
     for (int part : result.part)
       hash = Hash(hash, std::to_string(part) + " ");
 

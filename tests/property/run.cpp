@@ -20,7 +20,6 @@ extern "C" std::time_t time(std::time_t *where)
 
 Result RunCall(const Call &call)
 {
-
   const Instance &instance = call.instance;
   const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
   const int n = instance.ncells, nnets = static_cast<int>(instance.nets.size());
@@ -41,6 +40,39 @@ Result RunCall(const Call &call)
   entry(n, nnets, cellwgts, netptr.data(), netind.data(), netwgts, call.nparts, call.UBfactor,
         call.options.data(), result.part.data(), &result.cut);
   return result;
+}
+
+namespace
+{
+
+struct Capture {
+  TraceSink before;
+
+  explicit Capture(std::string *printed) : before(TraceUse__({Append, printed}))
+  {
+  }
+
+  ~Capture()
+  {
+    TraceUse__(before);
+  }
+
+  static void Append(void *owner, const char *text)
+  {
+    static_cast<std::string *>(owner)->append(text);
+  }
+
+  Capture(const Capture &) = delete;
+  Capture &operator=(const Capture &) = delete;
+};
+
+} // namespace
+
+Result RunTraced(const Call &call, std::string *printed)
+{
+  const Capture capture(printed);
+
+  return RunCall(call);
 }
 
 std::string Literal(const Call &call)

@@ -24,6 +24,12 @@ struct Result {
 
 // The clock that seeds stands still in these tests, so every run can be repeated.
 Result RunCall(const Call &call);
+// The same; what the library prints goes to a string.
+Result RunTraced(const Call &call, std::string *printed);
+// What is wrong with a result and what the library printed, or nothing.
+std::string WrongIn(const Call &call, const Result &result, const std::string &printed);
+// The first property that the call breaks, or nothing. Throws FatalError if the library refuses the call.
+std::string Broken(const Call &call);
 // As the source text of a Call.
 std::string Literal(const Call &call);
 // A random partition, or pre-assigned parts with about the given percentage of free cells.

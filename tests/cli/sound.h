@@ -1,0 +1,28 @@
+// tests/cli/sound.h - what every reader of hypergraphs keeps to, whatever the text.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "failure.h"
+
+#include "io/formats.h"
+
+#include <string>
+
+namespace kapris_cli
+{
+
+typedef Hgr (*Reader)(std::string_view text, Problems *problems);
+
+// The name in their messages is "x".
+Hgr TryHgr(std::string_view text, Problems *problems);
+Hgr TryPatoh(std::string_view text, Problems *problems);
+Hgr TryMtx(std::string_view text, Problems *problems); // rows are nets, weights as the format has them
+Hgr TryCnf(std::string_view text, Problems *problems); // the dual model
+
+// Empty if the record is what kapris.h asks for.
+std::string FirstFlaw(const Hgr &hgr);
+
+// The first fault of the text, or nothing and the record.
+std::string FirstFault(Reader reader, std::string_view text, Problems *problems, Hgr *hgr);
+
+} // namespace kapris_cli
