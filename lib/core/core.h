@@ -259,7 +259,7 @@ struct HGraph {
   int *cellwgt;   // [ncells]
   int *netwgt;    // [nnets]
   int *adjwgt;    // [ncells] sum of the weights of the incident nets
-  float *edgewgt; // [nnets] net weight / (pins - 1); not read for nets of fewer than two pins
+  float *edgewgt; // [nnets] net weight / (pins - 1); 0 for nets of fewer than two pins
   int *label;     // [ncells] number of each cell at the top of the recursion
 
   int *cellmap; // [ncells] coarse cell of each cell, UNMATCHED while it has none

@@ -103,7 +103,8 @@ void CreateIncidentHGraph__(HGraph *graph)
       incind[incptr[c]++] = j;
       adjwgt[c] = AddWrap__(adjwgt[c], graph->netwgt[j]);
     }
-    graph->edgewgt[j] = EdgeWeight__(graph->netwgt[j], NetSize__(graph, j));
+    // A net of one pin has no pair; 0 / 0 would be no number.
+    graph->edgewgt[j] = NetSize__(graph, j) > 1 ? EdgeWeight__(graph->netwgt[j], NetSize__(graph, j)) : 0.0f;
   }
   ShiftRight(ncells, incptr);
 
