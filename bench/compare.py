@@ -102,8 +102,9 @@ def main():
     if args.repeat < 1:
         parser.error(f"--repeat is {args.repeat}, not at least 1")
     builds = [runs.find_program(args.old), runs.find_program(args.new)]
+    calls = runs.parse_cases(args.cases)  # a wrong one is noticed before anything is generated
     instances = runs.find_instances(args.instances, args.cache, builds[1])
-    wanted = [(name, file, *case) for name, file in instances.items() for case in runs.parse_cases(args.cases)]
+    wanted = [(name, file, *call) for name, file in instances.items() for call in calls]
 
     width = max(len(f"{name} {scheme} {parts}") for name, _, scheme, parts in wanted)
     head = f"{'case':<{width}} {'cut':>8} {'OLD':>9} {'NEW':>9} {'ratio':>7} {'[pairs]':<18} {'memory':>7}"

@@ -4,7 +4,7 @@
 #include "problem.h"
 
 #include "bisect/bisect.h"
-#include "coarsen/coarsen.h"
+#include "coarsen/match.h"
 #include "io/hgr.h"
 #include "kway/kgain.h"
 
@@ -94,6 +94,10 @@ static void TimeContraction(benchmark::State &state, const Problem &problem)
 
   const int ncoarse = ContractOnce(problem)->ncells;
   free_coarser();
+  // Coarsening keeps only the map of the cells.
+  graph->mptr = imalloc__(std::int64_t{ncoarse} + 1, "bench: mptr");
+  graph->mind = imalloc__(graph->ncells, "bench: mind");
+  ListMembers__(graph->ncells, ncoarse, graph->cellmap, graph->mptr, graph->mind);
   Time(
       state, problem, NoSetup, [&] { CreateCoarseHGraph__(&ctrl, graph, ncoarse); }, free_coarser);
   FreeLevels(problem, nullptr);
