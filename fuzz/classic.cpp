@@ -43,6 +43,9 @@ static void CorruptCall(Bytes *bytes, Call *call)
   case 0:
     call->options[static_cast<std::size_t>(bytes->Below(9))] = value;
     call->options[1] = std::min(call->options[1], 3);
+    // Without options, or this one, the parts are no longer pre-assigned.
+    if (call->entry <= PART_RECURSIVE_INTERNAL && (call->options[0] == 0 || call->options[6] == 0))
+      call->part.clear();
     break;
   case 1:
     (call->entry != REFINE_2WAY && bytes->Flag() ? call->nparts : call->UBfactor) = value;
