@@ -30,8 +30,6 @@ enum FinderRules {
 // is that of an unmatched cell.
 int FindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v);
 int FindCellStar__(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts, int v);
-int CFindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v);
-int CFindCellStar__(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts, int v);
 
 // Writes a visiting key for every cell, small for a strong connection; returns one more than the largest.
 int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *work, int *keys);

@@ -10,7 +10,7 @@
 //                        qualifies (besides its weight)       equal scores
 //   FindCell__           unmatched                            lighter, then first found
 //   FindCellStar__       its group is light enough            first unmatched, else last matched
-//   CFindCell(Star)__    the same, and in the part of v       as above; nets above maxnetsize are skipped
+//   FIND_RESTRICTED      the same, and in the part of v       as above; nets above maxnetsize are skipped
 //   ComputeAllWeights__  -                                    as FindCell__; weak nets are skipped
 // Cost of a search: the pins of the nets of v.
 
@@ -101,16 +101,6 @@ int FindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v)
 int FindCellStar__(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts, int v)
 {
   return FindPartner<FIND_STAR>(ctrl, graph, work, wgts, v);
-}
-
-int CFindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v)
-{
-  return FindPartner<FIND_PAIR | FIND_RESTRICTED>(ctrl, graph, work, nullptr, v);
-}
-
-int CFindCellStar__(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts, int v)
-{
-  return FindPartner<FIND_STAR | FIND_RESTRICTED>(ctrl, graph, work, wgts, v);
 }
 
 int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *work, int *keys)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Runs the session in a document in Octave and compares what it prints.
+"""Runs the example of a document in Octave and compares what it prints.
 
-usage: session.py FILE [--update]
+usage: example.py FILE [--update]
 
-The session is the blocks that begin with ```octave-session: lines with the prompt ">> ", each followed by its output.
+The example is the blocks that begin with ```octave-console: lines with the prompt ">> ", each followed by its output.
 --update writes what Octave printed into the document.
 """
 # SPDX-License-Identifier: MIT
@@ -14,7 +14,7 @@ import subprocess
 import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
-BLOCK = re.compile(r"^```octave-session\n(.*?)^```$", re.M | re.S)
+BLOCK = re.compile(r"^```octave-console\n(.*?)^```$", re.M | re.S)
 PROMPT = ">> "
 
 
@@ -31,7 +31,7 @@ def transcript(blocks):
                 command = line[len(PROMPT):]
                 script += [f"disp ({quoted(line)});", command]
         script.append("disp ('---- end of block');")
-    file = pathlib.Path("session.m")
+    file = pathlib.Path("example.m")
     file.write_text("\n".join(script) + "\n")
     result = subprocess.run(["octave-cli", "--norc", "--no-history", "--quiet", file], text=True,
                             stdin=subprocess.DEVNULL, capture_output=True)
@@ -47,13 +47,13 @@ def main():
     printed = transcript(blocks)
     if "--update" in sys.argv:
         fresh = iter(printed)
-        document.write_text(BLOCK.sub(lambda _: f"```octave-session\n{next(fresh)}```", text))
+        document.write_text(BLOCK.sub(lambda _: f"```octave-console\n{next(fresh)}```", text))
         return
     if len(blocks) == 0 or blocks != printed:
-        sys.exit("FAILED: the session prints something else\n" + "".join(difflib.unified_diff(
+        sys.exit("FAILED: the example prints something else\n" + "".join(difflib.unified_diff(
             "".join(blocks).splitlines(True), "".join(printed).splitlines(True), str(document), "Octave")))
     commands = sum(block.count(PROMPT) for block in blocks)
-    print(f"session: ok, {commands} commands print what {document.name} says")
+    print(f"example: ok, {commands} commands print what {document.name} says")
 
 
 main()
