@@ -63,17 +63,21 @@ static std::uint64_t Hash(std::uint64_t hash, const std::string &text)
 }
 
 // Machines differ in the sign that they print for what is not a number, as the balance of a hypergraph without weight.
-static std::string WithoutSignsOfNan(std::string text)
+static std::string WithoutSignsOfNan(const std::string &text)
 {
-  for (std::size_t at = text.find("nan"); at != std::string::npos; at = text.find("nan", at + 1)) {
-    std::size_t first = at;
-    first -= first > 0 && text[first - 1] == '-';
-    while (first > 0 && text[first - 1] == ' ')
-      first--;
-    text.replace(first, at - first, " ");
-    at = first + 1;
+  std::string plain;
+
+  for (std::size_t i = 0; i < text.size(); i++) {
+    if (text.compare(i, 3, "nan") == 0) {
+      if (!plain.empty() && plain.back() == '-')
+        plain.pop_back();
+      while (!plain.empty() && plain.back() == ' ')
+        plain.pop_back();
+      plain.push_back(' ');
+    }
+    plain.push_back(text[i]);
   }
-  return text;
+  return plain;
 }
 
 TEST(recorded, results_and_traces_are_the_same_to_the_bit)
