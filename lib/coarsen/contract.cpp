@@ -12,7 +12,6 @@
 #include "control/ctrl.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace
 {
@@ -132,12 +131,7 @@ static NetList MapNets(const HGraph *graph, int *htable, int *dropwgt)
       *dropwgt = AddWrap__(*dropwgt, graph->netwgt[i]);
       continue;
     }
-    if (npins == 2) {
-      if (pins[0] > pins[1])
-        std::swap(pins[0], pins[1]);
-    } else {
-      iintsort__(npins, pins);
-    }
+    iintsort__(npins, pins);
     graph->netmap[i] = nets.nnets;
     nets.netwgt[nets.nnets++] = graph->netwgt[i];
     nets.netptr[nets.nnets] = nets.netptr[nets.nnets - 1] + npins;

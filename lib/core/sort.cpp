@@ -8,6 +8,7 @@
 #include "core.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace
@@ -47,14 +48,51 @@ int OrderThree(KeyVal *a, int lo, int hi, Less less)
   return mid;
 }
 
+// Entries that Partition takes at a time from either end.
+constexpr int BLOCK = 32;
+
+// Exchanges, outermost first, the entries of a[*left..] that belong to the right with those of a[..*right] that belong to
+// the left, while there are two blocks to look at. Which entries do is collected without a branch: it cannot be foretold.
+template <class Less>
+void PartitionBlocks(KeyVal *a, KeyVal pivot, int *left, int *right, Less less)
+{
+  unsigned char high[BLOCK], low[BLOCK]; // their distances from l and r
+  int nhigh = 0, nlow = 0, firsthigh = 0, firstlow = 0;
+  int l = *left, r = *right;
+
+  while (r - l >= 2 * BLOCK) {
+    if (firsthigh == nhigh) {
+      firsthigh = nhigh = 0;
+      for (int i = 0; i < BLOCK; i++) {
+        high[nhigh] = static_cast<unsigned char>(i);
+        nhigh += !less(a[l + i], pivot);
+      }
+    }
+    if (firstlow == nlow) {
+      firstlow = nlow = 0;
+      for (int i = 0; i < BLOCK; i++) {
+        low[nlow] = static_cast<unsigned char>(i);
+        nlow += !less(pivot, a[r - i]);
+      }
+    }
+    for (int n = std::min(nhigh - firsthigh, nlow - firstlow); n > 0; n--)
+      std::swap(a[l + high[firsthigh++]], a[r - low[firstlow++]]);
+    l += firsthigh == nhigh ? BLOCK : 0;
+    r -= firstlow == nlow ? BLOCK : 0;
+  }
+  // What lies before the next entry to be exchanged is where it belongs.
+  *left = firsthigh < nhigh ? l + high[firsthigh] : l;
+  *right = firstlow < nlow ? r - low[firstlow] : r;
+}
+
 // Splits a[lo..hi] around its pivot; afterwards a[lo..*right] and a[*left..hi] are the two sides.
 template <class Less>
 void Partition(KeyVal *a, int lo, int hi, int *left, int *right, Less less)
 {
-  int mid = OrderThree(a, lo, hi, less);
-  const KeyVal pivot = a[mid];
+  const KeyVal pivot = a[OrderThree(a, lo, hi, less)];
   int l = lo + 1, r = hi - 1;
 
+  PartitionBlocks(a, pivot, &l, &r, less);
   do {
     while (less(a[l], pivot))
       l++;
@@ -62,10 +100,6 @@ void Partition(KeyVal *a, int lo, int hi, int *left, int *right, Less less)
       r--;
     if (l < r) {
       std::swap(a[l], a[r]);
-      if (mid == l) // the pivot moved: follow it
-        mid = r;
-      else if (mid == r)
-        mid = l;
       l++;
       r--;
     } else if (l == r) {
@@ -152,18 +186,59 @@ void BucketSortKeysInc(int n, int maxkey, const int *keys, const int *order, int
   QVfree__(&counts);
 }
 
+// Ints that are few enough for a comparison of each with each, so many at a time.
+constexpr int MAX_RANKED = 32, LANES = 4;
+typedef int Lanes __attribute__((vector_size(LANES * sizeof(int)))); // of gcc and clang, for all machines
+
+// Writes each to the place that the number of smaller ones gives it: without a branch on their order, which cannot be
+// foretold.
+static void SortByRank(int n, int *a)
+{
+  constexpr int NLANES = MAX_RANKED / LANES;
+  Lanes values[NLANES];
+  int b[MAX_RANKED], ranks[MAX_RANKED];
+
+  for (int i = 0; i < n; i++)
+    b[i] = a[i];
+  for (int i = n; i % LANES != 0; i++)
+    b[i] = INT_MAX; // smaller than none
+  std::memcpy(values, b, sizeof values);
+  for (int i = 0; i < n; i++) {
+    Lanes smaller = {0, 0, 0, 0};
+    for (int j = 0; j < n; j += LANES)
+      smaller -= values[j / LANES] < b[i];
+    ranks[i] = smaller[0] + smaller[1] + smaller[2] + smaller[3];
+  }
+  for (int i = 0; i < n; i++)
+    a[i] = INT_MIN;
+  for (int i = 0; i < n; i++)
+    a[ranks[i]] = b[i];
+  for (int i = 1; i < n; i++) // equal ones have taken one place
+    a[i] = std::max(a[i], a[i - 1]);
+}
+
+static void Exchange(int *a, int low, int high)
+{
+  const int x = a[low], y = a[high];
+
+  a[low] = std::min(x, y);
+  a[high] = std::max(x, y);
+}
+
 void iintsort__(int n, int *a)
 {
-  if (n > SMALL_SIDE) {
+  if (n > MAX_RANKED) {
     std::sort(a, a + n);
-    return;
-  }
-  for (int i = 1; i < n; i++) {
-    const int x = a[i];
-    int j = i;
-    for (; j > 0 && x < a[j - 1]; j--)
-      a[j] = a[j - 1];
-    a[j] = x;
+  } else if (n > 4) {
+    SortByRank(n, a);
+  } else if (n == 4) {
+    Exchange(a, 0, 2), Exchange(a, 1, 3);
+    Exchange(a, 0, 1), Exchange(a, 2, 3);
+    Exchange(a, 1, 2);
+  } else if (n == 3) {
+    Exchange(a, 0, 2), Exchange(a, 0, 1), Exchange(a, 1, 2);
+  } else if (n == 2) {
+    Exchange(a, 0, 1);
   }
 }
 
