@@ -48,7 +48,7 @@ void Balance__(Control *ctrl, HGraph *graph)
 
   FM_Alloc__(graph, &fm);
   StartTimer__(ctrl, &ctrl->InitTmr);
-  FM_StartLog__(&fm, FM_ComputeGains__(graph, &fm));
+  FM_StartLog__(&fm, FM_ComputeGains__(graph, &fm, FROM_PINS));
   FM_SetBounds__(ctrl, &fm);
   FM_FillQueues__(graph, &fm, BOTH_SIDES);
   if (ctrl->dbglvl & DBG_PASSES)

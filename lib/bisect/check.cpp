@@ -74,7 +74,7 @@ const char *CheckQueue__(const PQueue *queue)
 
   std::vector<bool> listed(static_cast<std::size_t>(queue->maxnodes), false);
   for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++) {
-    int prev = NOT_QUEUED;
+    int prev = queue->maxnodes;
     if (gain > queue->topgain && queue->buckets[gain + queue->gainspan] != queue->maxnodes)
       return "topgain: below an item";
     for (int item = queue->buckets[gain + queue->gainspan]; item != queue->maxnodes;

@@ -75,7 +75,7 @@ static void FM_StartPass__(Control *ctrl, const HGraph *graph, FMState *fm, int 
 {
   StartTimer__(ctrl, &ctrl->InitTmr);
   if constexpr (!(variant & FM_EXACT))
-    cut = FM_ComputeGains__(graph, fm);
+    cut = FM_ComputeGains__(graph, fm, pass == 0 ? FROM_PINS : FROM_PASS);
   FM_SetBounds__(ctrl, fm);
   FM_FillQueues__(graph, fm, BOTH_SIDES);
   if constexpr (!(variant & FM_EXACT))
@@ -148,7 +148,6 @@ static void FM_MakeMoves__(Control *ctrl, FMState *fm, int ncells, int limit)
     const int to = 1 - from;
     const int c = cand[from];
     PQueueDelete(&fm->queue[from], c, fm->nodes[c].gain);
-    FM_Prefetch__(fm, c);
     const int next = PQueueSeeMax__(&fm->queue[from]); // likely to be next
     if (next != -1)
       __builtin_prefetch(fm->links + fm->nodes[next].links);
@@ -203,7 +202,7 @@ static void FM_Run__(Control *ctrl, HGraph *graph, int npasses, float fraction)
   FM_Alloc__(graph, &fm);
   if constexpr (variant & FM_EXACT) {
     StartTimer__(ctrl, &ctrl->InitTmr);
-    graph->mincut = FM_ComputeGains__(graph, &fm);
+    graph->mincut = FM_ComputeGains__(graph, &fm, FROM_PINS);
     StopTimer__(ctrl, &ctrl->InitTmr);
   }
   for (int pass = 0; pass < npasses; pass++) {

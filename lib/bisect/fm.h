@@ -6,6 +6,8 @@
 #include "bisect.h"
 #include "pqueue.h"
 
+#include <algorithm>
+
 // FMState::place: the side of a cell, and LOCKED when it cannot move in this pass: it has moved or was skipped, is an
 // anchor, or belongs to a side that is not queued.
 enum { LOCKED = 2 };
@@ -19,6 +21,15 @@ struct FMNet {
 };
 
 enum { LOCKED_PIN = INT_MIN };
+enum { FM_UNIT = sizeof(FMNet) / sizeof(int) }; // pins in the room of a record
+
+// Its counts for side 0 at the start of the pass.
+struct FMNetStart {
+  int npins, pins;
+};
+
+// What a move does to the gain of a free cell: in one word, which is written at once. Cell, side in bit 31, gain.
+using FMChange = std::uint64_t;
 
 // The working storage of one call of a two-way routine: the level laid out for moves, and the state of a pass. Nets of
 // two pins have no record: either cell links to the other one. Those of one pin or no weight are not linked: they change no gain.
@@ -27,13 +38,16 @@ struct FMState {
   // two pins ~(the other cell) and the net's weight.
   int *links;
   FMNet *nets;        // in the order of the level, pins in between
-  int *hits;          // [largest net] cells whose gain a move changes by one net
-  CellNode *nodes;    // [ncells+1]
-  signed char *place; // [ncells]
-  const int *cellwgt; // [ncells] the level's
-  PQueue queue[2];    // the free cells of each side, by gain
-  int *swaps;         // [ncells] cells in the order of their moves
-  int *perm;          // [ncells] the random order in which cells are queued
+  FMNetStart *starts; // [nrecords] of the nets with a record, in the same order
+  int nrecords;
+  FMChange *changes;    // those of a move that are collected: of all nets of a cell ...
+  FMChange *lastchange; // ... but those of a net with all pins only up to this one
+  CellNode *nodes;      // [ncells+1]
+  signed char *place;   // [ncells+1], the last one LOCKED
+  const int *cellwgt;   // [ncells] the level's
+  PQueue queue[2];      // the free cells of each side, by gain
+  int *swaps;           // [ncells] cells in the order of their moves
+  int *perm;            // [ncells] the random order in which cells are queued
 
   int minpwgt[2]; // lowest weight of each side in an accepted bisection
   int pwgts[2];   // weights of the sides
@@ -48,8 +62,11 @@ struct FMState {
 void FM_Alloc__(const HGraph *graph, FMState *fm);
 void FM_Free__(FMState *fm);
 
+// Where the counts of the nets come from: the sides of their pins, or the start of the last pass and its moves up to the
+// best point.
+enum FMCounts { FROM_PINS, FROM_PASS };
 // Computes counts, gains, the sides' weights and the cut, which it returns; no pin is locked.
-int FM_ComputeGains__(const HGraph *graph, FMState *fm);
+int FM_ComputeGains__(const HGraph *graph, FMState *fm, FMCounts counts);
 // Locks the pins of the anchors.
 void FM_LockAnchors__(const HGraph *graph, FMState *fm);
 // Writes where and pwgts of the level.
@@ -120,20 +137,6 @@ inline const int *FM_Pins__(const FMNet *net)
   return reinterpret_cast<const int *>(net + 1);
 }
 
-// Raises or lowers the gain of a queued cell by w > 0.
-template <bool rises>
-inline void FM_ShiftGain__(FMState *fm, int c, int side, int w)
-{
-  CellNode *node = &fm->nodes[c];
-  PQueue *queue = &fm->queue[side];
-  const int oldgain = node->gain, newgain = rises ? AddWrap__(oldgain, w) : SubWrap__(oldgain, w);
-
-  node->gain = newgain;
-  if (rises && newgain >= queue->topgain) // likely to move soon
-    __builtin_prefetch(fm->links + node->links);
-  PQueueShift__<rises>(queue, c, oldgain, newgain);
-}
-
 // How a move changes gains. By the counts after the move of a cell to side to:
 //   pins left on from   a pin there                     a pin on to
 //   0                   -                               -w: moving it back would cut the net
@@ -144,6 +147,61 @@ inline void FM_ShiftGain__(FMState *fm, int c, int side, int w)
 // So a net with more than two pins on to and at least two on from changes no gain. A net with just one pin on
 // each side gives the one on from both gains.
 
+inline FMChange FM_Change__(int cell, int side, int gain)
+{
+  return static_cast<std::uint64_t>(static_cast<unsigned>(gain)) << 32 | static_cast<unsigned>(side) << 31 |
+         static_cast<unsigned>(cell);
+}
+
+// Changes the gains collected so far, which it drops: returns where the next ones go.
+inline FMChange *FM_Apply__(FMState *fm, const FMChange *end)
+{
+  CellNode *nodes = fm->nodes;
+  PQueue *queue = fm->queue;
+
+  if (queue[0].type == PQ_HEAP) {
+    for (const FMChange *change = fm->changes; change < end; change++) {
+      const unsigned where = static_cast<unsigned>(*change), c = where & INT_MAX;
+      const int oldgain = nodes[c].gain;
+      nodes[c].gain = AddWrap__(oldgain, static_cast<int>(*change >> 32));
+      HeapUpdate__(&queue[where >> 31], static_cast<int>(c), oldgain, nodes[c].gain);
+    }
+    return fm->changes;
+  }
+
+  // BucketMove__ with what stays the same in registers.
+  const int none = queue[0].maxnodes;
+  int span = std::min(queue[0].gainspan, queue[1].gainspan);
+  int *zero[2] = {queue[0].zero, queue[1].zero};
+  int top[2] = {queue[0].topgain, queue[1].topgain};
+  for (const FMChange *change = fm->changes; change < end; change++) {
+    const std::uint64_t word = *change;
+    const unsigned c = static_cast<unsigned>(word) & INT_MAX, side = static_cast<unsigned>(word) >> 31;
+    CellNode *node = &nodes[c];
+    const int prev = node->prev, next = node->next, oldgain = node->gain;
+    const int newgain = AddWrap__(oldgain, static_cast<int>(word >> 32));
+    if (newgain > span || newgain < -span) {
+      for (int s = 0; s < 2; s++) {
+        GrowBuckets__(&queue[s], newgain);
+        zero[s] = queue[s].zero;
+      }
+      span = std::min(queue[0].gainspan, queue[1].gainspan);
+    }
+    int *from = zero[side] + oldgain, *to = zero[side] + newgain;
+    nodes[next].prev = prev;
+    nodes[prev].next = next;
+    *from = *from == static_cast<int>(c) ? next : *from;
+    const int head = *to;
+    *node = {none, head, newgain, node->links};
+    nodes[head].prev = static_cast<int>(c);
+    *to = static_cast<int>(c);
+    top[side] = newgain > top[side] ? newgain : top[side];
+  }
+  queue[0].topgain = top[0];
+  queue[1].topgain = top[1];
+  return fm->changes;
+}
+
 // How the pins of a net change when c has moved to side to.
 inline void FM_MovePin__(FMNet *net, int c, int from, int to)
 {
@@ -153,79 +211,63 @@ inline void FM_MovePin__(FMNet *net, int c, int from, int to)
   net->pins[to] ^= c;
 }
 
-// Asks for the nets of a cell that is about to move. Always inlined: as a function without a visible effect it would be
-// dropped.
-__attribute__((always_inline)) inline void FM_Prefetch__(const FMState *fm, int c)
+// Collects in changes those of the free pins on a side; returns their end. Without a branch per pin: which of them are
+// free cannot be foretold. The last unit of pins is filled up with a cell that is never free.
+inline FMChange *FM_FindFree__(const FMNet *net, const signed char *place, int side, int gain,
+                               FMChange *changes)
 {
-  auto [link, end] = FM_Links__(fm, c);
-
-  while (link < end) {
-    const int target = *link++;
-    if (target >= 0)
-      __builtin_prefetch(&fm->nets[target]);
-    else
-      link++;
-  }
-}
-
-// Collects in hits the free pins on a side; returns their end. Without a branch per pin: which of them are free cannot be
-// foretold.
-inline const int *FM_FindFree__(const FMNet *net, const signed char *place, int side, int *hits)
-{
-  const int *pin = FM_Pins__(net), *end = pin + net->size;
+  const FMChange change = FM_Change__(0, side, gain);
   const signed char here = static_cast<signed char>(side);
-  int *hit = hits;
 
-  for (; pin < end; pin++) {
-    *hit = *pin;
-    hit += place[static_cast<unsigned>(*pin)] == here;
+  for (const int *pin = FM_Pins__(net), *end = pin + net->size; pin < end; pin += FM_UNIT) {
+    for (int k = 0; k < FM_UNIT; k++) {
+      const unsigned c = static_cast<unsigned>(pin[k]);
+      *changes = change | c;
+      changes += place[c] == here;
+    }
   }
-  return hit;
+  return changes;
 }
 
 // The move of c in a pass that recomputes all gains: only those of free cells are kept up to date, and nets no more
 // once both sides have a locked pin: they stay cut until the pass ends, so no free cell can gain or lose by them.
+// First the changes are collected, then the cells are queued anew in the same order.
 inline void FM_UpdateFree__(FMState *fm, int c, int from, int to)
 {
   auto [link, end] = FM_Links__(fm, c);
   const signed char *place = fm->place;
+  FMChange *changes = fm->changes;
 
   while (link < end) {
     const int target = *link++;
     if (target < 0) {
-      const int u = ~target, w = *link++, side = place[u];
-      if (side == from)
-        FM_ShiftGain__<true>(fm, u, from, MulWrap__(w, 2));
-      else if (side == to)
-        FM_ShiftGain__<false>(fm, u, to, MulWrap__(w, 2));
+      const int u = ~target, w = MulWrap__(*link++, 2), side = place[u];
+      *changes = FM_Change__(u, side & 1, side == from ? w : SubWrap__(0, w));
+      changes += side < LOCKED;
       continue;
     }
 
     FMNet *net = &fm->nets[target];
-    const int onfrom = net->npins[from], onto = net->npins[to];
+    const int onfrom = net->npins[from], onto = net->npins[to], w = net->weight;
     if ((onfrom & onto) < 0)
       continue;
     FM_MovePin__(net, c, from, to);
     net->npins[to] |= LOCKED_PIN;
-    const int nfrom = (onfrom & INT_MAX) - 1, nto = (onto & INT_MAX) + 1, w = net->weight;
     // All other pins are on one side, where more than one is left: other nets of two pins have no record.
-    if (nto == 1) {
-      const int *hit = fm->hits, *last = FM_FindFree__(net, place, from, fm->hits);
-      for (; hit < last; hit++)
-        FM_ShiftGain__<true>(fm, *hit, from, w);
+    if (onto == 0 || onfrom == 1) {
+      if (changes > fm->lastchange)
+        changes = FM_Apply__(fm, changes);
+      changes = onto == 0 ? FM_FindFree__(net, place, from, w, changes)
+                          : FM_FindFree__(net, place, to, SubWrap__(0, w), changes);
       continue;
     }
-    if (nfrom == 0) {
-      const int *hit = fm->hits, *last = FM_FindFree__(net, place, to, fm->hits);
-      for (; hit < last; hit++)
-        FM_ShiftGain__<false>(fm, *hit, to, w);
-      continue;
-    }
-    if (nfrom == 1 && place[net->pins[from]] == from)
-      FM_ShiftGain__<true>(fm, net->pins[from], from, w);
-    if (nto == 2 && place[net->pins[to] ^ c] == to)
-      FM_ShiftGain__<false>(fm, net->pins[to] ^ c, to, w);
+    // The only one left, unless c has another pin, and the only one there; not if they are locked.
+    *changes = FM_Change__(net->pins[from], from, w);
+    changes += onfrom == 2 && net->pins[from] != c;
+    *changes = FM_Change__(net->pins[to] ^ c, to, SubWrap__(0, w));
+    changes += onto == 1;
   }
+  FM_Apply__(fm, changes);
 }
 
 // Whether the queues are told of a move that keeps all gains but the moved cell's.

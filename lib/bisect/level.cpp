@@ -10,75 +10,95 @@
 // Units of a net's record and its pins.
 static unsigned Units(int size)
 {
-  const unsigned perunit = sizeof(FMNet) / sizeof(int);
-
-  return 1 + (static_cast<unsigned>(size) + perunit - 1) / perunit;
+  return 1 + (static_cast<unsigned>(size) + FM_UNIT - 1) / FM_UNIT;
 }
 
-// In place of the index of a record: a net of two pins, and one that changes no gain.
-enum { PAIR = -1, UNLINKED = -2 };
-
-// Adds the records of the nets of more than two pins.
-static void AddNets(const HGraph *graph, FMState *fm, int *unitof)
+static int LargestNet(const HGraph *graph)
 {
-  unsigned nunits = 0;
   int largest = 0;
 
+  for (int j = 0; j < graph->nnets; j++)
+    largest = std::max(largest, NetSize__(graph, j));
+  return largest;
+}
+
+namespace
+{
+
+// What links a cell to a net: a net with a record has weight 0 here; one of two pins has the complement of their exclusive
+// or; one that changes no gain has neither.
+struct NetLink {
+  int target, weight;
+};
+
+constexpr NetLink UNLINKED = {-1, 0};
+
+} // namespace
+
+// Adds the records of the nets of more than two pins.
+static void AddNets(const HGraph *graph, FMState *fm, NetLink *linkof)
+{
+  unsigned nunits = 0;
+
+  fm->nrecords = 0;
   for (int j = 0; j < graph->nnets; j++) {
-    const int size = NetSize__(graph, j);
+    const int size = NetSize__(graph, j), *pins = graph->netind + graph->netptr[j];
     if (size < 2 || graph->netwgt[j] == 0) {
-      unitof[j] = UNLINKED;
+      linkof[j] = UNLINKED;
     } else if (size == 2) {
-      unitof[j] = PAIR;
+      linkof[j] = {~(pins[0] ^ pins[1]), graph->netwgt[j]};
     } else {
-      unitof[j] = static_cast<int>(nunits);
+      linkof[j] = {static_cast<int>(nunits), 0};
       nunits += Units(size);
+      fm->nrecords++;
     }
-    largest = std::max(largest, size);
   }
   fm->nets = QVarray__<FMNet>(nunits, "FM_Refine: nets");
-  fm->hits = imalloc__(largest, "FM_Refine: hits");
   for (int j = 0; j < graph->nnets; j++) {
-    if (unitof[j] < 0)
+    if (linkof[j].target < 0)
       continue;
-    FMNet *net = &fm->nets[unitof[j]];
-    int *pins = reinterpret_cast<int *>(net + 1);
-    *net = {{0, 0}, {0, 0}, graph->netwgt[j], NetSize__(graph, j)};
-    for (int k = 0; k < net->size; k++) {
-      pins[k] = graph->netind[graph->netptr[j] + k];
-      net->pins[0] ^= pins[k];
+    FMNet *net = &fm->nets[linkof[j].target];
+    const int *listed = graph->netind + graph->netptr[j], size = NetSize__(graph, j);
+    int *pins = reinterpret_cast<int *>(net + 1), all = 0;
+    for (int k = 0; k < size; k++) {
+      pins[k] = listed[k];
+      all ^= listed[k];
     }
+    for (int k = size; k % FM_UNIT != 0; k++)
+      pins[k] = graph->ncells;
+    *net = {{0, 0}, {all, 0}, graph->netwgt[j], size};
   }
 }
 
-static void LinkCells(const HGraph *graph, FMState *fm, const int *unitof)
+// Returns the longest length. Each link is written, and stays as far as it is one: a branch on the kind of net could not
+// be foretold.
+static int LinkCells(const HGraph *graph, FMState *fm, const NetLink *linkof)
 {
   constexpr int LOOKAHEAD = 16; // nets lie anywhere: ask for them early
   const int npins = graph->incptr[graph->ncells];
-  std::int64_t nlinks = static_cast<std::int64_t>(graph->ncells) + npins;
+  std::int64_t nlinks = static_cast<std::int64_t>(graph->ncells) + npins + 2;
 
   for (int j = 0; j < graph->nnets; j++)
-    nlinks += unitof[j] == PAIR ? 2 : 0;
+    nlinks += linkof[j].weight != 0 ? 2 : 0;
   fm->links = imalloc__(nlinks, "FM_Refine: links");
 
-  int *link = fm->links;
+  int *link = fm->links, longest = 0;
   for (int c = 0; c < graph->ncells; c++) {
     int *length = link++;
     for (int k = graph->incptr[c]; k < graph->incptr[c + 1]; k++) {
-      const int j = graph->incind[k];
+      const NetLink net = linkof[graph->incind[k]];
+      const int ispair = net.weight != 0;
       if (k + LOOKAHEAD < npins)
-        __builtin_prefetch(&unitof[graph->incind[k + LOOKAHEAD]]);
-      if (unitof[j] >= 0)
-        *link++ = unitof[j];
-      if (unitof[j] != PAIR)
-        continue;
-      const int *pins = graph->netind + graph->netptr[j];
-      *link++ = ~(pins[0] == c ? pins[1] : pins[0]);
-      *link++ = graph->netwgt[j];
+        __builtin_prefetch(&linkof[graph->incind[k + LOOKAHEAD]]);
+      link[0] = net.target ^ (c & -ispair);
+      link[1] = net.weight;
+      link += (net.target >= 0) + 2 * ispair;
     }
     *length = static_cast<int>(link - length - 1);
+    longest = std::max(longest, *length);
     fm->nodes[c].links = static_cast<unsigned>(length - fm->links);
   }
+  return longest;
 }
 
 void FM_Alloc__(const HGraph *graph, FMState *fm)
@@ -89,14 +109,19 @@ void FM_Alloc__(const HGraph *graph, FMState *fm)
 
   *fm = FMState{};
   fm->nodes = QVarray__<CellNode>(static_cast<std::int64_t>(n) + 1, "FM_Refine: nodes");
-  int *unitof = imalloc__(graph->nnets, "FM_Refine: unitof");
-  AddNets(graph, fm, unitof);
-  LinkCells(graph, fm, unitof);
-  QVfree__(&unitof);
+  NetLink *linkof = QVarray__<NetLink>(graph->nnets, "FM_Refine: linkof");
+  AddNets(graph, fm, linkof);
+  // Two for each link, before and after those of the pins of a net, which come in whole units.
+  const std::int64_t ofnets = 2 * static_cast<std::int64_t>(LinkCells(graph, fm, linkof));
+  fm->changes = QVarray__<FMChange>(2 * ofnets + LargestNet(graph) + FM_UNIT, "FM_Refine: changes");
+  fm->lastchange = fm->changes + ofnets;
+  QVfree__(&linkof);
 
-  fm->place = QVarray__<signed char>(n, "FM_Refine: place");
+  fm->starts = QVarray__<FMNetStart>(fm->nrecords, "FM_Refine: starts");
+  fm->place = QVarray__<signed char>(static_cast<std::int64_t>(n) + 1, "FM_Refine: place");
   for (int c = 0; c < n; c++)
     fm->place[c] = static_cast<signed char>(graph->where[c]);
+  fm->place[n] = LOCKED;
   fm->cellwgt = graph->cellwgt;
   PQueueInit__(&fm->queue[0], fm->nodes, n, maxgain);
   PQueueInit__(&fm->queue[1], fm->nodes, n, maxgain);
@@ -108,15 +133,60 @@ void FM_Free__(FMState *fm)
 {
   PQueueFree__(&fm->queue[0]);
   PQueueFree__(&fm->queue[1]);
-  QVfree__(&fm->links, &fm->nets, &fm->hits, &fm->nodes, &fm->place, &fm->swaps, &fm->perm);
+  QVfree__(&fm->links, &fm->nets, &fm->starts, &fm->changes, &fm->nodes, &fm->place, &fm->swaps, &fm->perm);
 }
 
-int FM_ComputeGains__(const HGraph *graph, FMState *fm)
+// Brings the records back to the start of the pass, then up to its best point.
+static void RewindNets(FMState *fm)
+{
+  FMNet *net = fm->nets;
+
+  for (int r = 0; r < fm->nrecords; r++) {
+    const FMNetStart start = fm->starts[r];
+    const int all = net->pins[0] ^ net->pins[1]; // which moves do not change
+    net->npins[0] = start.npins;
+    net->npins[1] = net->size - start.npins;
+    net->pins[0] = start.pins;
+    net->pins[1] = start.pins ^ all;
+    net += Units(net->size);
+  }
+  for (int n = 0; n <= fm->best; n++) {
+    const int c = fm->swaps[n], to = FM_Side__(fm, c);
+    auto [link, end] = FM_Links__(fm, c);
+    for (; link < end; link++) {
+      if (*link >= 0)
+        FM_MovePin__(&fm->nets[*link], c, 1 - to, to);
+      else
+        link++;
+    }
+  }
+}
+
+static void CountPins(const FMState *fm, FMNet *net)
+{
+  const int *pins = FM_Pins__(net);
+  int npins = 0, all = 0; // on side 1
+
+  for (int k = 0; k < net->size; k++) {
+    const int side = FM_Side__(fm, pins[k]);
+    npins += side;
+    all ^= pins[k] & -side;
+  }
+  net->pins[0] ^= net->pins[1] ^ all;
+  net->pins[1] = all;
+  net->npins[0] = net->size - npins;
+  net->npins[1] = npins;
+}
+
+int FM_ComputeGains__(const HGraph *graph, FMState *fm, FMCounts counts)
 {
   CellNode *nodes = fm->nodes;
   FMNet *net = fm->nets;
+  FMNetStart *start = fm->starts;
   int cut = 0;
 
+  if (counts == FROM_PASS)
+    RewindNets(fm);
   // As if no net were cut: each cell loses by all of its nets.
   fm->pwgts[0] = fm->pwgts[1] = 0;
   for (int c = 0; c < graph->ncells; c++) {
@@ -125,33 +195,27 @@ int FM_ComputeGains__(const HGraph *graph, FMState *fm)
     nodes[c].gain = SubWrap__(0, graph->adjwgt[c]);
   }
   for (int j = 0; j < graph->nnets; j++) {
-    const int *pins = graph->netind + graph->netptr[j], size = NetSize__(graph, j);
-    int npins[2] = {0, 0}, all[2] = {0, 0};
+    const int *pins = graph->netind + graph->netptr[j], size = NetSize__(graph, j), w = graph->netwgt[j];
 
-    if (graph->netwgt[j] == 0)
+    if (w == 0)
       continue;
-    if (size == 2 && FM_Side__(fm, pins[0]) == FM_Side__(fm, pins[1]))
-      continue;
-    for (int k = 0; k < size; k++)
-      npins[1] += FM_Side__(fm, pins[k]);
-    npins[0] = size - npins[1];
-    if (npins[0] != 0 && npins[1] != 0) {
-      const int w = graph->netwgt[j];
+    if (size == 2) {
+      if (FM_Side__(fm, pins[0]) == FM_Side__(fm, pins[1]))
+        continue;
       cut = AddWrap__(cut, w);
-      for (int k = 0; k < size; k++) {
-        const int side = FM_Side__(fm, pins[k]);
-        int *gain = &nodes[pins[k]].gain;
-        all[side] ^= pins[k];
-        *gain = AddWrap__(*gain, MulWrap__(w, npins[side] == 1 ? 2 : 1));
-      }
+      for (int k = 0; k < 2; k++)
+        nodes[pins[k]].gain = AddWrap__(nodes[pins[k]].gain, MulWrap__(w, 2));
     } else if (size > 2) {
-      all[npins[0] == 0] = net->pins[0] ^ net->pins[1]; // which moves do not change
-    }
-    if (size > 2) {
-      net->npins[0] = npins[0];
-      net->npins[1] = npins[1];
-      net->pins[0] = all[0];
-      net->pins[1] = all[1];
+      if (counts == FROM_PINS)
+        CountPins(fm, net);
+      *start++ = {net->npins[0], net->pins[0]};
+      if (net->npins[0] != 0 && net->npins[1] != 0) {
+        cut = AddWrap__(cut, w);
+        for (int k = 0; k < size; k++) {
+          int *gain = &nodes[pins[k]].gain;
+          *gain = AddWrap__(*gain, MulWrap__(w, net->npins[FM_Side__(fm, pins[k])] == 1 ? 2 : 1));
+        }
+      }
       net += Units(size);
     }
   }

@@ -70,7 +70,7 @@ void Refine_OneWayFM__(Control *ctrl, HGraph *graph, int npasses)
 
   FM_Alloc__(graph, &fm);
   StartTimer__(ctrl, &ctrl->InitTmr);
-  graph->mincut = FM_ComputeGains__(graph, &fm);
+  graph->mincut = FM_ComputeGains__(graph, &fm, FROM_PINS);
   StopTimer__(ctrl, &ctrl->InitTmr);
   FM_SetBounds__(ctrl, &fm);
 

@@ -10,13 +10,13 @@
 #include "core/core.h"
 
 enum { PQ_BUCKETS = 1, PQ_HEAP = 2 };
-enum { NOT_QUEUED = -1 }; // the position of an item outside the heap; the link of a first item
+enum { NOT_QUEUED = -1 }; // the position of an item outside the heap
 
 // What the passes know of a cell, together: a changed gain touches one cache line of the cell that it concerns. Queues
 // use prev and next; gain and links belong to the passes.
 struct CellNode {
   int prev,
-      next; // items of the same bucket; NOT_QUEUED before the first, the node past the last item after the last
+      next; // items of the same bucket; the node past the last item before the first and after the last
   int gain;
   unsigned links; // see FMState
 };
@@ -65,7 +65,7 @@ inline void BucketLink__(PQueue *queue, int item, int gain)
   int *head = Bucket__(queue, gain);
   const int next = *head;
 
-  nodes[item].prev = NOT_QUEUED;
+  nodes[item].prev = queue->maxnodes;
   nodes[item].next = next;
   nodes[next].prev = item;
   *head = item;
@@ -75,10 +75,11 @@ inline void BucketUnlink__(PQueue *queue, int item, int gain)
 {
   CellNode *nodes = queue->nodes;
   const int prev = nodes[item].prev, next = nodes[item].next;
-  int *slot = prev == NOT_QUEUED ? Bucket__(queue, gain) : &nodes[prev].next;
+  int *head = Bucket__(queue, gain);
 
   nodes[next].prev = prev;
-  *slot = next;
+  nodes[prev].next = next;
+  *head = *head == item ? next : *head;
 }
 
 // Makes room for an item of this gain, which may be the highest one.
@@ -126,28 +127,23 @@ inline int PQueueDelete(PQueue *queue, int item, int gain)
   return 0;
 }
 
-// PQueueUpdate__ of a gain that rises, or that falls.
-template <bool rises>
-inline void PQueueShift__(PQueue *queue, int item, int oldgain, int newgain)
+// Of buckets: an item changes its list, which may be its own.
+inline void BucketMove__(PQueue *queue, int item, int oldgain, int newgain)
 {
-  if (queue->type == PQ_HEAP) {
-    HeapUpdate__(queue, item, oldgain, newgain);
-    return;
-  }
-  if (rises)
-    BucketReach__(queue, newgain);
-  else
-    BucketReachDown__(queue, newgain);
+  BucketReach__(queue, newgain);
+  BucketReachDown__(queue, newgain);
   BucketUnlink__(queue, item, oldgain);
   BucketLink__(queue, item, newgain);
 }
 
 inline int PQueueUpdate__(PQueue *queue, int item, int oldgain, int newgain)
 {
-  if (newgain > oldgain)
-    PQueueShift__<true>(queue, item, oldgain, newgain);
-  else if (newgain < oldgain)
-    PQueueShift__<false>(queue, item, oldgain, newgain);
+  if (newgain == oldgain)
+    return 0;
+  if (queue->type == PQ_HEAP)
+    HeapUpdate__(queue, item, oldgain, newgain);
+  else
+    BucketMove__(queue, item, oldgain, newgain);
   return 0;
 }
 

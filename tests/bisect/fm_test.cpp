@@ -83,7 +83,7 @@ TEST(fm, a_move_changes_the_gains_of_its_net_by_the_pins_left_and_arrived)
     Level level(instance, row.sides);
     FMState fm;
     FM_Alloc__(level.graph, &fm);
-    FM_ComputeGains__(level.graph, &fm);
+    FM_ComputeGains__(level.graph, &fm, FROM_PINS);
     EXPECT_VALID(CheckGains__(level.graph, &fm));
     Ints changes;
     for (int i = 1; i < instance.ncells; i++)
