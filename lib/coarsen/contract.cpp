@@ -131,7 +131,7 @@ static NetList MapNets(const HGraph *graph, int *htable, int *dropwgt)
       *dropwgt = AddWrap__(*dropwgt, graph->netwgt[i]);
       continue;
     }
-    iintsort__(npins, pins);
+    SortDistinct__(npins, pins);
     graph->netmap[i] = nets.nnets;
     nets.netwgt[nets.nnets++] = graph->netwgt[i];
     nets.netptr[nets.nnets] = nets.netptr[nets.nnets - 1] + npins;

@@ -190,13 +190,11 @@ void BucketSortKeysInc(int n, int maxkey, const int *keys, const int *order, int
 constexpr int MAX_RANKED = 32, LANES = 4;
 typedef int Lanes __attribute__((vector_size(LANES * sizeof(int)))); // of gcc and clang, for all machines
 
-// Writes each to the place that the number of smaller ones gives it: without a branch on their order, which cannot be
-// foretold.
+// Writes each to the place that the number of smaller ones gives it.
 static void SortByRank(int n, int *a)
 {
-  constexpr int NLANES = MAX_RANKED / LANES;
-  Lanes values[NLANES];
-  int b[MAX_RANKED], ranks[MAX_RANKED];
+  Lanes values[MAX_RANKED / LANES];
+  int b[MAX_RANKED];
 
   for (int i = 0; i < n; i++)
     b[i] = a[i];
@@ -207,25 +205,19 @@ static void SortByRank(int n, int *a)
     Lanes smaller = {0, 0, 0, 0};
     for (int j = 0; j < n; j += LANES)
       smaller -= values[j / LANES] < b[i];
-    ranks[i] = smaller[0] + smaller[1] + smaller[2] + smaller[3];
+    a[smaller[0] + smaller[1] + smaller[2] + smaller[3]] = b[i];
   }
-  for (int i = 0; i < n; i++)
-    a[i] = INT_MIN;
-  for (int i = 0; i < n; i++)
-    a[ranks[i]] = b[i];
-  for (int i = 1; i < n; i++) // equal ones have taken one place
-    a[i] = std::max(a[i], a[i - 1]);
 }
 
 static void Exchange(int *a, int low, int high)
 {
-  const int x = a[low], y = a[high];
+  const int x = a[low], y = a[high], both = (x ^ y) & -static_cast<int>(y < x);
 
-  a[low] = std::min(x, y);
-  a[high] = std::max(x, y);
+  a[low] = x ^ both;
+  a[high] = y ^ both;
 }
 
-void iintsort__(int n, int *a)
+void SortDistinct__(int n, int *a)
 {
   if (n > MAX_RANKED) {
     std::sort(a, a + n);
@@ -240,6 +232,11 @@ void iintsort__(int n, int *a)
   } else if (n == 2) {
     Exchange(a, 0, 1);
   }
+}
+
+void iintsort__(int n, int *a)
+{
+  std::sort(a, a + n);
 }
 
 void ikeysort__(int n, KeyVal *pairs)
