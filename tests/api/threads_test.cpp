@@ -19,7 +19,7 @@ struct Outcome {
 } // namespace
 
 static const Instance circuit = Circuit(70);
-static const Entry entries[] = {REFINE2, REFINEK, RECURSIVE, INTERNAL, KWAY};
+static const EntryPoint entries[] = {REFINE2, REFINEK, RECURSIVE, INTERNAL, KWAY};
 static const int NREFINING = 2, NCLASSIC = 5, NSAFE = 8;
 
 static Outcome CallClassic(int number)

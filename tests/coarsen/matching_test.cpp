@@ -25,17 +25,6 @@ struct matching : testing::Test {
   {
     EXPECT_EQ(scores, std::vector<float>(12001, NO_SCORE)); // every search leaves them as they were
   }
-
-  void Run(int scheme, HGraph *graph)
-  {
-    if (scheme < 2)
-      Match_EdgesStars__(&ctrl, graph, &work, scheme);
-    else
-      (scheme == 2   ? Match_Edges__
-       : scheme == 3 ? CMatch_Edges__
-       : scheme == 4 ? CMatch_EdgesStars__
-                     : Match_Hedges_PHedges_Edges__)(&ctrl, graph, &work);
-  }
 };
 
 static void FreeLevels(HGraph *graph)
