@@ -3,8 +3,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "fuzz.h"
-
-#include "cli/sound.h"
+#include "sound.h"
 
 #include <memory>
 

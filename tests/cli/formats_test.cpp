@@ -1,4 +1,4 @@
-// tests/cli/formats_test.cpp - the readers of .patoh, .mtx and .cnf: what they make of a text, and where faults are.
+// tests/cli/formats_test.cpp - the readers of .hgr, .patoh, .mtx and .cnf: what they make of a text, and where faults are.
 // SPDX-License-Identifier: MIT
 
 #include "failure.h"
@@ -6,12 +6,15 @@
 #include "io/formats.h"
 
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
 
 using namespace kapris_cli;
 
 static Hgr Read(const std::string &format, Model model, const std::string &text)
 {
+  if (format == "hgr")
+    return ReadHgr("a", text);
   if (format == "patoh")
     return ReadPatoh("a", text);
   return format == "cnf" ? ReadCnf("a", text, model) : ReadMtx("a", text, model, format == "unit");
@@ -30,6 +33,26 @@ TEST(formats, give_the_nets_and_weights_that_the_text_means)
 {
   const Model any = Model::BY_FORMAT;
   const GoodCase cases[] = {
+      // The four codes, and what counts as one of them.
+      {"hgr", any, "2 3\n1 2\n2 3\n", "2 3\n1 2\n2 3\n"},
+      {"hgr", any, "2 3 00\n1 2\n2 3\n", "2 3\n1 2\n2 3\n"},
+      {"hgr", any, "2 3 1\n7 1 2\n0 2 3\n", "2 3 1\n7 1 2\n0 2 3\n"},
+      {"hgr", any, "1 3 01\n2147483647 3\n", "1 3 1\n2147483647 3\n"},
+      {"hgr", any, "1 3 10\n1 2\n4\n0\n6\n", "1 3 10\n1 2\n4\n0\n6\n"},
+      {"hgr", any, "1 2 11\n9 1 2\n4\n5\n", "1 2 11\n9 1 2\n4\n5\n"},
+      // Comments before the header, between nets, among the cell weights and at the end; blank lines at both ends.
+      {"hgr", any, "\n% a\n  % b\n1 2 10\n%1 1\n1 2\n% c\n4\n%5\n6\n\n% d\n \n", "1 2 10\n1 2\n4\n6\n"},
+      // Line ends, separators and the last line.
+      {"hgr", any, "2 3\r\n1 2\r\n3\r\n", "2 3\n1 2\n3\n"},
+      {"hgr", any, " 2\t3 \n\t1 \t 2 \n3", "2 3\n1 2\n3\n"},
+      {"hgr", any, "1 1 10\n1\n5", "1 1 10\n1\n5\n"},
+      // Kept as given: repeated pins, nets without pins, nothing at all.
+      {"hgr", any, "1 3\n2 2 1 2\n", "1 3\n2 2 1 2\n"},
+      {"hgr", any, "4 2\n\n1\n\n \n", "4 2\n\n1\n\n\n"},
+      {"hgr", any, "2 2 1\n5\n6 1\n", "2 2 1\n5\n6 1\n"},
+      {"hgr", any, "0 0", "0 0\n"},
+      {"hgr", any, "0 2147483647\n", "0 2147483647\n"},
+
       {"patoh", any, "% c\n0 4 3 4\n0 3\n\n2 1", "3 4\n1 4\n\n3 2\n"},
       {"patoh", any, "1 4 2 3 0\r\n1 4\r\n2\r\n", "2 4\n1 4\n2\n"},
       {"patoh", any, "1 3 2 3 3 1\n7 1 3\n0 2\n4 0\n%\n\n6\n", "2 3 11\n7 1 3\n0 2\n4\n0\n6\n"},
@@ -70,6 +93,44 @@ struct BadCase {
 TEST(formats, name_the_place_of_every_fault)
 {
   const BadCase cases[] = {
+      {"hgr", "", "a:1:1: the header is missing"},
+      {"hgr", "% only a comment\n\n", "a:3:1: the header is missing"},
+      {"hgr", "5\n", "a:1:2: the number of cells is missing"},
+      {"hgr", "1 2 3 4\n", "a:1:5: the format code is '3', not 0"},
+      {"hgr", "1 2 12\n1\n", "a:1:5: the format code is '12'"},
+      {"hgr", "1 2 100\n1\n", "a:1:5: the format code is '100'"},
+      {"hgr", "1 2 1 7\n1\n", "a:1:7: '7' is left over after the header"},
+      {"hgr", "-1 2\n", "a:1:1: the number of nets: '-1' is negative"},
+      {"hgr", "1 4294967297\n1\n", "a:1:3: the number of cells: '4294967297' is above 2147483647"},
+      // Counts that the bytes cannot hold fail before memory is taken for them.
+      {"hgr", "2000000000 5\n1 2\n",
+       "a:1:1: 2000000000 nets need at least 1999999999 bytes, but only 4 follow"},
+      {"hgr", "4 5 1\n1 2\n3\n", "a:1:1: 4 nets with weights need at least 7 bytes, but only 6 follow"},
+      {"hgr", "1 2000000000 10\n1 2\n",
+       "a:1:1: 1 nets and 2000000000 cell weights need at least 4000000000 bytes"},
+      {"hgr", "3 3\n1 2\n2 3\n", "a:4:1: the text ends after 2 of 3 nets"},
+      {"hgr", "1 3 10\n1 2\n1111\n", "a:4:1: the text ends after 1 of 3 cell weights"},
+      // Pins.
+      {"hgr", "1 3\n1 0 2\n", "a:2:3: pin 0 in net 1 (line 2): pins count from 1"},
+      {"hgr", "2 3\n1\n2\t4\n", "a:3:3: pin 4 in net 2 (line 3): there are only 3 cells"},
+      {"hgr", "1 3\n-0\n", "a:2:1: pin: '-0' is negative"},
+      {"hgr", "1 3\n1 99999999999999999999999\n",
+       "a:2:3: pin: '99999999999999999999999' is above 2147483647"},
+      {"hgr", "1 3\n1 2,3\n", "a:2:3: pin: '2,3' is not a whole number"},
+      {"hgr", "1 3\n1 2.0\n", "a:2:3: pin: '2.0'"},
+      {"hgr", "1 3\n1 +2\n", "a:2:3: pin: '+2'"},
+      {"hgr", "1 3\n1 2 % pins\n", "a:2:5: pin: '%' is not a whole number"},
+      {"hgr", "1 3\n1 \x01\xff\n", "a:2:3: pin: '\\x01\\xff'"},
+      // Weights.
+      {"hgr", "1 3 1\n\n", "a:2:1: the weight of net 1 is missing"},
+      {"hgr", "1 3 1\n-2 1\n", "a:2:1: net weight: '-2' is negative"},
+      {"hgr", "1 2 10\n1\n1\n\n3\n", "a:4:1: the weight of cell 2 is missing"},
+      {"hgr", "1 2 10\n1\n1\nx\n", "a:4:1: cell weight: 'x' is not a whole number"},
+      {"hgr", "1 2 10\n1\n1 2\n", "a:3:3: '2' is left over after the cell weight"},
+      // After the end; the line counts comments and Windows line ends.
+      {"hgr", "% c\r\n1 2\r\n% d\r\n1 2\r\n\r\n  2\r\n", "a:6:3: '2' is left over after the last net"},
+      {"hgr", "1 1 10\n1\n1\n1\n", "a:4:1: '1' is left over after the last cell weight"},
+
       {"patoh", "2 1 1 1\n1\n", "a:1:1: the number of the first cell is 2, not 0 to 1"},
       {"patoh", "1 1 1\n1\n", "a:1:6: the number of pins is missing"},
       {"patoh", "1 1 1 1 4\n1\n", "a:1:9: the weight scheme is 4, not 0 to 3"},
@@ -127,5 +188,58 @@ TEST(formats, name_the_place_of_every_fault)
       EXPECT_EQ(failure.status, EXIT_MALFORMED);
       EXPECT_EQ(failure.text.rfind(bad.fault, 0), 0u) << failure.text;
     }
+  }
+}
+
+TEST(hgr, lists_every_fault_and_oddity_that_it_can_go_on_after)
+{
+  Problems problems;
+
+  ReadHgr("a", "5 4 11\n0 1 2 2 2\n5 0 9 x 3 1\n\n7\n1 4\n-1\n2 2\n\n3\n4\n", &problems);
+  const char *const expected[] = {"a:2:1: warning: net 1 has the weight 0",
+                                  "a:2:7: warning: pin 2 is repeated in net 1 (line 2)",
+                                  "a:2:9: warning: pin 2 is repeated in net 1 (line 2)",
+                                  "a:3:3: pin 0 in net 2 (line 3): pins count from 1",
+                                  "a:3:5: pin 9 in net 2 (line 3): there are only 4 cells",
+                                  "a:3:7: pin: 'x' is not a whole number",
+                                  "a:4:1: the weight of net 3 is missing",
+                                  "a:4:1: warning: net 3 has no pins",
+                                  "a:5:1: warning: net 4 has no pins",
+                                  "a:7:1: cell weight: '-1' is negative",
+                                  "a:8:3: '2' is left over after the cell weight",
+                                  "a:9:1: the weight of cell 3 is missing",
+                                  "a:11:1: '4' is left over after the last cell weight"};
+  ASSERT_EQ(problems.kept.size(), std::size(expected));
+  for (size_t i = 0; i < std::size(expected); i++)
+    EXPECT_EQ(problems.kept[i].text.rfind(expected[i], 0), 0u) << problems.kept[i].text;
+  EXPECT_EQ(problems.nerrors, 8);
+  EXPECT_EQ(problems.nwarnings, 5);
+
+  Problems many;
+  std::string text = "1 1\n";
+  for (int i = 0; i < 1500; i++)
+    text += "2 ";
+  ReadHgr("a", text, &many);
+  EXPECT_EQ(many.kept.size(), 1000u);
+  EXPECT_EQ(many.nerrors, 1500);
+}
+
+// Lines 1 to 4 name their neighbours. Once more edges than lines make every number a valid pin.
+TEST(hgr, recognises_a_graph_that_was_taken_for_a_hypergraph)
+{
+  const struct {
+    const char *text;
+    bool graph;
+  } cases[] = {{"4 4\n2 3\n1 3\n1 2 4\n3\n", true},  {"4 6\n2 3 4\n1 3 4\n1 2 4\n1 2 3\n", true},
+               {"3 2\n3\n3\n1 2\n", true},           {"4 4\n2 3\n1 3\n1 2 4\n2\n", false},
+               {"4 3\n2 3\n1 3\n1 2 4\n3\n", false}, {"2 1\n1\n1\n", false}};
+
+  for (const auto &one : cases) {
+    Problems problems;
+    bool found = false;
+    ReadHgr("a", one.text, &problems);
+    for (const Problem &problem : problems.kept)
+      found |= problem.text.rfind("a:2:1: warning: this looks like an adjacency list", 0) == 0;
+    EXPECT_EQ(found, one.graph) << one.text;
   }
 }

@@ -95,15 +95,6 @@ class Generate(ToolTest):
             self.assertEqual(len(set().union(*nets)), 5000)
             self.assertAlmostEqual(sum(map(len, nets)) / 5000 / pins, 1, delta=0.1)
 
-    def test_rent_exponent_decides_the_cut(self):
-        cuts = []
-        for rent in ("0.4", "0.6", "0.8"):
-            self.run_kapris("generate", "circuit", "--cells", "3000", "--rent", rent, "-o", "c.hgr")
-            done = self.run_kapris("partition", "c.hgr", "-k", "2", "--runs", "1", "--seed", "1", status=(0, 4))
-            cuts.append(int(fields(done.stdout)["cut"]))
-        self.assertLess(2 * cuts[0], cuts[1])
-        self.assertLess(2 * cuts[1], cuts[2])
-
     def test_planted_cut_is_that_of_the_planted_parts(self):
         done = self.run_kapris("generate", "planted", "--cells", "503", "--nets", "900", "--parts", "5", "--crossing",
                                "77", "--net-weights", "0:9", "--partition", "planted", "--seed", "4")
@@ -185,6 +176,9 @@ class Counts(ToolTest):
             self.assertEqual(found["schema"], "kapris-eval-1")
             self.assertEqual(found["cut"], sum(w for _, w, _ in cut))
             self.assertEqual(found["soed"], sum(w * len(span) for _, w, span in cut))
+            self.assertEqual(found["connectivity"], sum(w * (len(span) - 1) for _, w, span in cut))
+            self.assertAlmostEqual(found["imbalance"], max(weights) * nparts / sum(weights) - 1)
+            self.assertEqual([found[key] for key in ("cells", "nets", "pins")], [60, 90, sum(map(len, nets))])
             self.assertEqual(found["matrix"], matrix)
             self.assertEqual(found["cut_nets"], [{"net": n + 1, "weight": w, "parts": span} for n, w, span in cut])
             self.assertEqual(found["limit"], limit)
@@ -194,7 +188,10 @@ class Counts(ToolTest):
                 "cells": sum(p >= 0 for p in fixed),
                 "elsewhere": [{"cell": n + 1, "fixed": fixed[n], "part": part[n]} for n in elsewhere]})
 
-            lines = self.run_kapris("eval", *options, status=4).stdout.splitlines()
+            text = self.run_kapris("eval", *options, status=4).stdout
+            for key, name in (("cut", "cut"), ("soed", "soed"), ("connectivity", "connectivity-1"), ("pins", "pins")):
+                self.assertEqual(fields(text)[name], str(found[key]))
+            lines = text.splitlines()
             self.assertEqual([line[15:] for line in lines if line.startswith("cut net ")],
                              [f"{n + 1} {w} {len(span)} {' '.join(map(str, span))}" for n, w, span in cut])
             self.assertEqual([[int(w) for w in line[15:].split("\t")] for line in lines if line.startswith("matrix ")],

@@ -1,74 +1,48 @@
 #!/usr/bin/env python3
 # tests/cli/io_test.py - check and convert as their users meet them.
 # SPDX-License-Identifier: MIT
-#
-#   io_test.py KAPRIS [unittest arguments]
 """Tests of kapris check and kapris convert."""
 
 import gzip
 import os
-import subprocess
-import sys
-import tempfile
 import unittest
 
-KAPRIS = os.path.abspath(sys.argv.pop(1))
+from tool import ToolTest, read, write
 
 WEIGHTED = "4 5 11\n7 1 3\n0 2 2\n1\n3 4 1\n4\n0\n6\n1\n1\n"
 MATRIX = "%%MatrixMarket matrix coordinate pattern general\n3 4 4\n1 1\n1 2\n3 2\n3 4\n"
 FORMULA = "p cnf 3 2\n1 -3 0\n2 0\n"
 
 
-class Io(unittest.TestCase):
-    """One empty working directory per test."""
+class Io(ToolTest):
+    """Files in all formats, compressed or not."""
 
-    def setUp(self):
-        directory = tempfile.TemporaryDirectory()
-        self.addCleanup(directory.cleanup)
-        self.addCleanup(os.chdir, os.getcwd())
-        os.chdir(directory.name)
-
-    def write(self, path, text):
-        with (gzip.open if path.endswith(".gz") else open)(path, "wb") as file:
-            file.write(text.encode("ascii"))
-
-    def read(self, path):
-        with (gzip.open if path.endswith(".gz") else open)(path, "rb") as file:
-            return file.read().decode("ascii")
-
-    def kapris(self, *args, status=0, text=""):
-        """Standard output; standard error if the command is expected to fail, which must leave no file."""
-        before = sorted(os.listdir("."))
-        done = subprocess.run([KAPRIS, *args], input=text, capture_output=True, encoding="ascii", check=False)
-        self.assertEqual(done.returncode, status, (args, done.stdout, done.stderr))
-        if status == 0 or args[0] == "check":
-            return done.stdout
-        self.assertEqual(sorted(os.listdir(".")), before)
-        return done.stderr
+    def kapris(self, *args, **options):
+        return self.run_kapris(*args, **options).stdout
 
     def test_convert_round_trips_lose_nothing_whatever_the_line_ends_and_the_size(self):
         page = "%" * (4096 - len(WEIGHTED)) + "\n" + WEIGHTED[:-1]
         self.assertEqual(len(page), 4096)
         for text in (WEIGHTED, WEIGHTED.replace("\n", "\r\n"), WEIGHTED[:-1], page):
-            self.write("a.hgr", text)
+            write("a.hgr", text)
             self.assertIn("written        b.patoh.gz\n", self.kapris("convert", "a.hgr", "b.patoh.gz"))
-            self.assertTrue(self.read("b.patoh.gz").startswith("1 5 4 6 3\n7 1 3\n"))
+            self.assertTrue(read("b.patoh.gz").startswith("1 5 4 6 3\n7 1 3\n"))
             os.rename("b.patoh.gz", "compressed")
             self.kapris("convert", "compressed", "c", "--format", "patoh", "--to", "hgr")
-            self.assertEqual(self.read("c"), WEIGHTED)
-        self.write("m.mtx.gz", MATRIX)
+            self.assertEqual(read("c"), WEIGHTED)
+        write("m.mtx.gz", MATRIX)
         self.kapris("convert", "m.mtx.gz", "m.hgr")
-        self.assertEqual(self.read("m.hgr"), "3 4 10\n1 2\n\n2 4\n1\n2\n0\n1\n")
+        self.assertEqual(read("m.hgr"), "3 4 10\n1 2\n\n2 4\n1\n2\n0\n1\n")
         self.kapris("convert", "m.hgr", "n.mtx")
-        self.assertEqual(self.read("n.mtx"), MATRIX)
-        self.write("f.cnf", FORMULA)
+        self.assertEqual(read("n.mtx"), MATRIX)
+        write("f.cnf", FORMULA)
         self.assertEqual(self.kapris("convert", "f.cnf", "-", "--to", "hgr", "--model", "literal"), "2 6\n1 6\n3\n")
         self.assertEqual(self.kapris("convert", "-", "-", "--format", "mtx", "--to", "patoh", "--model", "column-net",
                                      "--unit-weights", text=MATRIX), "1 3 4 4\n1\n1 3\n\n3\n")
 
     def test_convert_refuses_what_the_target_cannot_hold_and_what_makes_no_sense(self):
         for name, text in (("a.hgr", WEIGHTED), ("w.hgr", "1 2 1\n3 1 2\n"), ("f.cnf", FORMULA), ("m.mtx", MATRIX)):
-            self.write(name, text)
+            write(name, text)
         for message, *args in (("1 pins are repeated", "a.hgr", "x.mtx"),
                                ("the cell weights would be lost", "a.hgr", "x.mtx", "--drop-repeats"),
                                ("the net weights would be lost", "w.hgr", "x.mtx"),
@@ -78,12 +52,12 @@ class Io(unittest.TestCase):
                                ("--model does not fit", "f.cnf", "x.hgr", "--model", "row-net"),
                                ("--unit-weights is for matrices", "f.cnf", "x.hgr", "--unit-weights"),
                                ("the input itself", "w.hgr", "w.hgr")):
-            self.assertIn(message, self.kapris("convert", *args, status=2))
+            self.fails(2, message, "convert", *args)
         self.kapris("convert", "a.hgr", "x.mtx", "--drop-repeats", "--drop-weights")
-        self.assertTrue(self.read("x.mtx").endswith("\n4 5 5\n1 1\n1 3\n2 2\n4 1\n4 4\n"))
+        self.assertTrue(read("x.mtx").endswith("\n4 5 5\n1 1\n1 3\n2 2\n4 1\n4 4\n"))
 
     def test_check_lists_problems_and_counts_them(self):
-        self.write("a.hgr", WEIGHTED)
+        write("a.hgr", WEIGHTED)
         self.assertEqual(self.kapris("check", "a.hgr").splitlines()[-1], "0 errors, 3 warnings")
         self.assertEqual(self.kapris("check", "-", status=3, text="2 3\n1 0\n4\n").splitlines(),
                          ["stdin:2:3: pin 0 in net 1 (line 2): pins count from 1",
@@ -95,7 +69,7 @@ class Io(unittest.TestCase):
         self.assertIn("weights too large", self.kapris("check", "-", status=3, text="0 2 10\n1073741824\n1\n"))
         self.assertIn("(for more than two parts)\n0 errors, 1 warning\n",
                       self.kapris("check", "-", text="1 2 1\n300000000 1 2\n"))
-        self.write("t.hgr.gz", WEIGHTED)
+        write("t.hgr.gz", WEIGHTED)
         with open("t.hgr.gz", "r+b") as file:
             file.truncate(30)
         self.assertIn("t.hgr.gz:1:1: the gzip data ends too early", self.kapris("check", "t.hgr.gz", status=3))

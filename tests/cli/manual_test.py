@@ -68,7 +68,7 @@ class Generated(unittest.TestCase):
         return sorted(run("bash", "-c", script, "bash", self.bash, *words, cwd=cwd).stdout.split("\n")[:-1])
 
     def test_every_command_has_the_same_options_everywhere(self):
-        bash, zsh, fish = (path.read_text() for path in (self.bash, self.zsh, self.fish))
+        zsh, fish = self.zsh.read_text(), self.fish.read_text()
         self.assertEqual({name.replace(" ", "-") + ".1" for name in self.commands}, set(os.listdir(self.pages)))
         for name, command in self.commands.items():
             page = (self.pages / (name.replace(" ", "-") + ".1")).read_text().replace("\\-", "-")
@@ -79,7 +79,7 @@ class Generated(unittest.TestCase):
                      if re.findall(r"(?<!not )__fish_seen_subcommand_from (\w+)", line) == name.split()[1:]]
             found = {
                 "manual page": re.findall(r"\\fB(--?\w[\w-]*)\\fR", terms),
-                "bash": re.search(rf"'{name}:-'\*\) words='(.*?)'", bash)[1].split(),
+                "bash": self.complete(f"{name} -"),
                 "zsh": [form.rstrip("+=") for group in forms for form in group.split(",")],
                 "fish": [{"s": "-", "l": "--"}[dash] + option for line in lines
                          for dash, option in re.findall(r" -([sl]) (\S+)", line.split(" -d '")[0])],
@@ -90,10 +90,8 @@ class Generated(unittest.TestCase):
 
     def test_bash_proposes_verbs_and_options_of_the_command_so_far(self):
         for name, command in self.commands.items():
-            with self.subTest(command=name):
-                self.assertEqual(sorted(command["options"]), self.complete(f"{name} -"))
-                if command["verbs"]:
-                    self.assertEqual(sorted(command["verbs"]), self.complete(f"{name} "))
+            if command["verbs"]:
+                self.assertEqual(sorted(command["verbs"]), self.complete(f"{name} "))
         self.assertEqual(["partition"], self.complete("kapris part"))
         self.assertEqual(["--epsilon"], self.complete("kapris partition x.hgr -k 2 --ep"))
 

@@ -6,6 +6,7 @@
 # Each test runs in an empty directory. A command that is expected to fail must leave the directory as it was.
 """Runs the kapris command for tests."""
 
+import gzip
 import os
 import random
 import subprocess
@@ -15,13 +16,18 @@ import unittest
 
 KAPRIS = os.path.abspath(sys.argv.pop(1))
 
+def open_text(path, mode):
+    """Line ends are left as they are."""
+    return (gzip.open if path.endswith(".gz") else open)(path, mode + "t", encoding="ascii", newline="")
+
+
 def write(path, text):
-    with open(path, "w", encoding="ascii") as file:
+    with open_text(path, "w") as file:
         file.write(text)
 
 
 def read(path):
-    with open(path, encoding="ascii") as file:
+    with open_text(path, "r") as file:
         return file.read()
 
 

@@ -5,7 +5,7 @@
 #include "control/kapris.h"
 #include "support/build.h"
 
-typedef decltype(&KAPRIS_PartRecursive) Entry;
+typedef decltype(&KAPRIS_PartRecursive) EntryPoint;
 
 inline void TwoWayRefine(int ncells, int nnets, const int *cellwgts, const int *netptr, const int *netind,
                          const int *netwgts, int, int UBfactor, const int *options, int *part, int *cut)
@@ -13,5 +13,5 @@ inline void TwoWayRefine(int ncells, int nnets, const int *cellwgts, const int *
   KAPRIS_2WayRefine(ncells, nnets, cellwgts, netptr, netind, netwgts, UBfactor, options, part, cut);
 }
 
-const Entry RECURSIVE = KAPRIS_PartRecursive, INTERNAL = KAPRIS_PartRecursiveInternal, KWAY = KAPRIS_PartKway,
-            REFINE2 = TwoWayRefine, REFINEK = KAPRIS_KWayRefine;
+const EntryPoint RECURSIVE = KAPRIS_PartRecursive, INTERNAL = KAPRIS_PartRecursiveInternal,
+                 KWAY = KAPRIS_PartKway, REFINE2 = TwoWayRefine, REFINEK = KAPRIS_KWayRefine;

@@ -30,7 +30,7 @@ struct Call : std::map<std::string, Ints> {
       else
         at(name).push_back(std::stoi(word));
   }
-  void Run(Entry entry)
+  void Run(EntryPoint entry)
   {
     const auto n = [this](const char *name) { return at(name)[0]; };
     const auto p = [this](const char *name) { return at(name).empty() ? nullptr : at(name).data(); };
@@ -64,7 +64,7 @@ TEST(errors, the_first_invalid_option_is_named)
   const OptionCheck fixed = {"options", 6, {2, -1}, {0, 1}, "Fixed should be between 0 and 1.\n"};
   const OptionCheck ignored5 = {"options", 5, {}, {-1, 2}, ""}, ignored6 = {"options", 6, {}, {-1, 2}, ""};
   const struct {
-    Entry entry;
+    EntryPoint entry;
     std::vector<OptionCheck> checks; // in their order
   } families[] = {{RECURSIVE, {nparts2, percent49, nruns, ctype, rtype3, vcycle, reconst, fixed}},
                   {INTERNAL, {nparts2, percent49, nruns, ctype, rtype3, vcycle, reconst, fixed}},
@@ -100,7 +100,7 @@ TEST(errors, invalid_data_is_named_by_array_index_and_value)
   const std::string fix = "options 1 1 1 1 1 0 1 7 0 part ";
   const std::string net11 = "ncells 11 cellwgts nnets 1 netptr 0 11 netind 0 1 2 3 4 5 6 7 8 9 10 ";
   const struct {
-    Entry entry;
+    EntryPoint entry;
     std::string changes, message;
   } rows[] = {
       {RECURSIVE, "options", "options is null.\n"},
@@ -162,7 +162,7 @@ TEST(errors, every_allocation_may_fail_and_the_next_call_is_right)
   long ncalls = 0;
 
   PushErrorHandler__();
-  for (Entry entry : {RECURSIVE, INTERNAL, KWAY, REFINE2, REFINEK}) {
+  for (EntryPoint entry : {RECURSIVE, INTERNAL, KWAY, REFINE2, REFINEK}) {
     const Call valid(entry == REFINE2 ? "" : "nparts 3 options 1 1 1 1 1 0 1 7 0 part 2 1 1");
     Call right = valid, call = valid;
     right.Run(entry);

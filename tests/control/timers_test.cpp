@@ -20,7 +20,7 @@ TEST(timers, report_adds_up_and_changes_no_result)
   TestRandom random = {3};
   const Instance instance = RandomInstance(&random, 600, 900, 0);
   const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
-  const auto run = [&](Entry entry, int dbglvl, std::string *printed) {
+  const auto run = [&](EntryPoint entry, int dbglvl, std::string *printed) {
     const std::vector<int> options = {1, 4, 2, 1, 1, 0, 0, 7, dbglvl};
     std::vector<int> part(600, 0);
     int cut = -1;
@@ -32,7 +32,7 @@ TEST(timers, report_adds_up_and_changes_no_result)
     return part;
   };
 
-  for (Entry entry : {RECURSIVE, INTERNAL, REFINE2, REFINEK}) {
+  for (EntryPoint entry : {RECURSIVE, INTERNAL, REFINE2, REFINEK}) {
     std::string report, nothing;
     const std::vector<int> timed = run(entry, 32, &report), plain = run(entry, 0, &nothing);
     EXPECT_EQ(timed, plain);

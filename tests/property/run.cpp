@@ -3,7 +3,7 @@
 
 #include "property/run.h"
 
-#include "control/kapris.h"
+#include "control/entry.h"
 
 #include <ctime>
 #include <sstream>
@@ -20,6 +20,7 @@ extern "C" std::time_t time(std::time_t *where)
 
 Result RunCall(const Call &call)
 {
+  static const EntryPoint entries[NENTRIES] = {RECURSIVE, INTERNAL, KWAY, REFINE2, REFINEK};
   const Instance &instance = call.instance;
   const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
   const int n = instance.ncells, nnets = static_cast<int>(instance.nets.size());
@@ -28,17 +29,8 @@ Result RunCall(const Call &call)
   Result result = {call.part, -1};
 
   result.part.resize(static_cast<std::size_t>(n), -1);
-  if (call.entry == REFINE_2WAY) {
-    KAPRIS_2WayRefine(n, nnets, cellwgts, netptr.data(), netind.data(), netwgts, call.UBfactor,
+  entries[call.entry](n, nnets, cellwgts, netptr.data(), netind.data(), netwgts, call.nparts, call.UBfactor,
                       call.options.data(), result.part.data(), &result.cut);
-    return result;
-  }
-  const auto entry = call.entry == PART_RECURSIVE            ? KAPRIS_PartRecursive
-                     : call.entry == PART_RECURSIVE_INTERNAL ? KAPRIS_PartRecursiveInternal
-                     : call.entry == PART_KWAY               ? KAPRIS_PartKway
-                                                             : KAPRIS_KWayRefine;
-  entry(n, nnets, cellwgts, netptr.data(), netind.data(), netwgts, call.nparts, call.UBfactor,
-        call.options.data(), result.part.data(), &result.cut);
   return result;
 }
 

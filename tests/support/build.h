@@ -55,6 +55,24 @@ long SoedOf(const Instance &instance, const std::vector<int> &part);
 
 #define EXPECT_VALID(validator) EXPECT_STREQ(validator, nullptr)
 
+// What the validator says of a record while the field has that value; without it, the record is valid.
+struct Damage {
+  int *field;
+  int value;
+  const char *message;
+};
+
+template <class Validator>
+void ExpectNamed(const std::vector<Damage> &damages, Validator validator)
+{
+  for (auto [field, value, message] : damages) {
+    EXPECT_VALID(validator());
+    std::swap(*field, value);
+    EXPECT_STREQ(validator(), message);
+    std::swap(*field, value);
+  }
+}
+
 // Runs the statement with an error handler and expects this message; everything that it allocated is released.
 #define EXPECT_FATAL(statement, text)                                                                        \
   do {                                                                                                       \

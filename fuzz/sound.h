@@ -1,4 +1,4 @@
-// tests/cli/sound.h - what every reader of hypergraphs keeps to, whatever the text.
+// fuzz/sound.h - what every reader of hypergraphs keeps to, whatever the text.
 // SPDX-License-Identifier: MIT
 #pragma once
 

@@ -1,4 +1,4 @@
-// tests/cli/sound.cpp - what every reader of hypergraphs keeps to.
+// fuzz/sound.cpp - what every reader of hypergraphs keeps to.
 // SPDX-License-Identifier: MIT
 
 #include "sound.h"
