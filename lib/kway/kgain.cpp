@@ -5,7 +5,8 @@
 // nets touch with the gains of a move. Lists are searched from the front: they are short. Entries stand in
 // the order in which they were first met and the last entry fills a hole; both decide ties of refinement.
 //
-// A move makes the records of the cells around it stale; a record is computed when it is looked at. Its pref is that
+// At the start id and soloed of all cells are summed up net by net, which makes the records of most of them. A move makes
+// the records of the cells around it stale; a record is computed when it is looked at. Its pref is that
 // of the time when it became stale: nets that do not make their cells stale change it no more, but then a stale record
 // must be computed before such a net changes. Cells that would lose by any move have no list.
 //
@@ -155,10 +156,28 @@ const RInfo *CellRecord__(const Control *ctrl, HGraph *graph, int i)
   return &graph->crinfo[i];
 }
 
+// Net j is cut, or can never be: it does not count as internal to its pins, but as soloed to those alone in their part.
+static void TakeFromInside(HGraph *graph, int j)
+{
+  const NetInfo *net = &graph->nrinfo[j];
+  const bool solo = std::any_of(net->degrees, net->degrees + net->ndegrees,
+                                [](const NetDegree &entry) { return entry.npins == 1; });
+
+  for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++) {
+    const int c = graph->netind[k];
+    RInfo *cell = &graph->crinfo[c];
+    cell->id = SubWrap__(cell->id, graph->netwgt[j]);
+    if (solo && FindPart(net, graph->where[c])->npins == 1)
+      cell->soloed = AddWrap__(cell->soloed, net->weight);
+  }
+}
+
 void ComputeInitKwayGains__(const Control *ctrl, HGraph *graph)
 {
   iset__(ctrl->nparts, 0, graph->kpwgts);
   graph->mincut = graph->soed = 0;
+  for (int i = 0; i < graph->ncells; i++)
+    graph->crinfo[i] = {0, graph->adjwgt[i], 0, 0, graph->crinfo[i].degrees};
 
   for (int j = 0; j < graph->nnets; j++) {
     CheckpointAt__(ctrl, j);
@@ -170,11 +189,15 @@ void ComputeInitKwayGains__(const Control *ctrl, HGraph *graph)
       graph->mincut = AddWrap__(graph->mincut, graph->netwgt[j]);
       graph->soed = AddWrap__(graph->soed, MulWrap__(net->ndegrees, graph->netwgt[j]));
     }
+    if (net->ndegrees > 1 || NetSize__(graph, j) == 1)
+      TakeFromInside(graph, j);
   }
+
+  // Most cells would lose by any move: their records are done.
   for (int i = 0; i < graph->ncells; i++) {
     int *pwgt = &graph->kpwgts[graph->where[i]];
     *pwgt = AddWrap__(*pwgt, graph->cellwgt[i]);
-    graph->crinfo[i].stale = 1;
+    graph->crinfo[i].stale = graph->crinfo[i].soloed < graph->crinfo[i].id ? 0 : 1;
   }
 }
 
