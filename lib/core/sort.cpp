@@ -8,26 +8,35 @@
 #include "core.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <utility>
 
 namespace
 {
 
-// A side that is no longer than this (last index - first index) is left to the final insertion pass.
+// A side that is no longer than this (last index - first index) is not split any more.
 constexpr int SMALL_SIDE = 20;
 
 struct IncreasingKey {
+  static int Of(const KeyVal &a)
+  {
+    return a.key;
+  }
   bool operator()(const KeyVal &a, const KeyVal &b) const
   {
-    return a.key < b.key;
+    return Of(a) < Of(b);
   }
 };
 
 struct DecreasingKey {
+  static int Of(const KeyVal &a)
+  {
+    return ~a.key;
+  }
   bool operator()(const KeyVal &a, const KeyVal &b) const
   {
-    return a.key > b.key;
+    return Of(a) < Of(b);
   }
 };
 
@@ -85,6 +94,67 @@ void PartitionBlocks(KeyVal *a, KeyVal pivot, int *left, int *right, Less less)
   *right = firstlow < nlow ? r - low[firstlow] : r;
 }
 
+// The rest of the work: the same exchanges in a[l..r], of at most 64 entries, until l and r have passed each other.
+template <class Less>
+void PartitionRest(KeyVal *a, KeyVal pivot, int *left, int *right, Less less)
+{
+  const int first = *left, n = *right - first + 1;
+  std::uint64_t high = 0, low = 0; // those that may not stay on the left, on the right
+
+  for (int i = 0; i < n; i++) {
+    high |= static_cast<std::uint64_t>(!less(a[first + i], pivot)) << i;
+    low |= static_cast<std::uint64_t>(!less(pivot, a[first + i])) << i;
+  }
+  for (;;) {
+    const int l = high == 0 ? n : std::countr_zero(high), r = 63 - std::countl_zero(low);
+    if (l < r)
+      std::swap(a[first + l], a[first + r]);
+    if (l + 1 >= r) {
+      *left = first + l + (l <= r);
+      *right = first + r - (l <= r);
+      return;
+    }
+    // What has been exchanged stops the next look.
+    high = (high & (high - 1)) | std::uint64_t{1} << r;
+    low = (low ^ std::uint64_t{1} << r) | std::uint64_t{1} << l;
+  }
+}
+
+// Keys that are few enough for a comparison of each with each, so many at a time.
+constexpr int MAX_RANKED = 32, LANES = 4;
+typedef int Lanes __attribute__((vector_size(LANES * sizeof(int)))); // of gcc and clang, for all machines
+
+struct Ranked {
+  Lanes values[MAX_RANKED / LANES];
+  int n;
+};
+
+// A copy of n keys.
+template <class KeyAt>
+Ranked Rank(int n, KeyAt keyat)
+{
+  int keys[MAX_RANKED];
+  Ranked ranked;
+
+  for (int i = 0; i < n; i++)
+    keys[i] = keyat(i);
+  for (int i = n; i % LANES != 0; i++)
+    keys[i] = INT_MAX; // less than none
+  std::memcpy(ranked.values, keys, sizeof keys);
+  ranked.n = n;
+  return ranked;
+}
+
+// The number of keys that are less.
+inline int RankOf(const Ranked *ranked, int key)
+{
+  Lanes smaller = {0, 0, 0, 0};
+
+  for (int j = 0; j < ranked->n; j += LANES)
+    smaller -= ranked->values[j / LANES] < key;
+  return smaller[0] + smaller[1] + smaller[2] + smaller[3];
+}
+
 // Splits a[lo..hi] around its pivot; afterwards a[lo..*right] and a[*left..hi] are the two sides.
 template <class Less>
 void Partition(KeyVal *a, int lo, int hi, int *left, int *right, Less less)
@@ -93,28 +163,33 @@ void Partition(KeyVal *a, int lo, int hi, int *left, int *right, Less less)
   int l = lo + 1, r = hi - 1;
 
   PartitionBlocks(a, pivot, &l, &r, less);
-  do {
-    while (less(a[l], pivot))
-      l++;
-    while (less(pivot, a[r]))
-      r--;
-    if (l < r) {
-      std::swap(a[l], a[r]);
-      l++;
-      r--;
-    } else if (l == r) {
-      l++;
-      r--;
-      break;
-    }
-  } while (l <= r);
+  PartitionRest(a, pivot, &l, &r, less);
   *left = l;
   *right = r;
 }
 
-// Sorts a[0..n-1] up to sides of at most SMALL_SIDE + 1 elements.
+// Sorts a small side of the sorted array, a[lo..hi]; equal keys stay in their order. But the smallest of the first side
+// changes places with its first entry before that.
 template <class Less>
-void QuickSort(KeyVal *a, int n, Less less)
+void SortSide(KeyVal *a, int lo, int hi, Less less)
+{
+  const int n = hi - lo + 1;
+  KeyVal copy[SMALL_SIDE + 1];
+  unsigned char nequal[SMALL_SIDE + 1] = {}; // entries already written that have so many smaller ones
+
+  static_assert(SMALL_SIDE < MAX_RANKED);
+  if (lo == 0)
+    std::swap(*a, *std::min_element(a, a + n, less));
+  std::copy(a + lo, a + hi + 1, copy);
+  const Ranked ranked = Rank(n, [&](int i) { return Less::Of(copy[i]); });
+  for (int i = 0; i < n; i++) {
+    const int rank = RankOf(&ranked, Less::Of(copy[i]));
+    a[lo + rank + nequal[rank]++] = copy[i];
+  }
+}
+
+template <class Less>
+void SortKeys(KeyVal *a, int n, Less less)
 {
   // The larger side is pushed and the smaller continued, so the depth is at most log2 of n.
   struct {
@@ -122,19 +197,29 @@ void QuickSort(KeyVal *a, int n, Less less)
   } stack[8 * sizeof(int)], *top = stack;
   int lo = 0, hi = n - 1;
 
+  if (n <= SMALL_SIDE) {
+    if (n > 1)
+      SortSide(a, lo, hi, less);
+    return;
+  }
   for (;;) {
     int left, right;
 
     Partition(a, lo, hi, &left, &right, less);
-    if (right - lo <= SMALL_SIDE && hi - left <= SMALL_SIDE) {
+    const bool lowissmall = right - lo <= SMALL_SIDE, highissmall = hi - left <= SMALL_SIDE;
+    if (lowissmall)
+      SortSide(a, lo, right, less);
+    if (highissmall)
+      SortSide(a, left, hi, less);
+    if (lowissmall && highissmall) {
       if (top == stack)
         return;
       --top;
       lo = top->lo;
       hi = top->hi;
-    } else if (right - lo <= SMALL_SIDE) {
+    } else if (lowissmall) {
       lo = left;
-    } else if (hi - left <= SMALL_SIDE) {
+    } else if (highissmall) {
       hi = right;
     } else if (right - lo > hi - left) {
       *top++ = {lo, right};
@@ -144,30 +229,6 @@ void QuickSort(KeyVal *a, int n, Less less)
       hi = right;
     }
   }
-}
-
-// Straight insertion; the smallest of the first elements goes to the front and stops every later walk.
-template <class Less>
-void InsertionSort(KeyVal *a, int n, Less less)
-{
-  if (n < 2)
-    return;
-  std::swap(*a, *std::min_element(a, a + std::min(n, SMALL_SIDE + 1), less));
-  for (int i = 1; i < n; i++) {
-    KeyVal x = a[i];
-    int j = i;
-    for (; less(x, a[j - 1]); j--)
-      a[j] = a[j - 1];
-    a[j] = x;
-  }
-}
-
-template <class Less>
-void SortKeys(KeyVal *a, int n, Less less)
-{
-  if (n > SMALL_SIDE)
-    QuickSort(a, n, less);
-  InsertionSort(a, n, less);
 }
 
 } // namespace
@@ -186,27 +247,15 @@ void BucketSortKeysInc(int n, int maxkey, const int *keys, const int *order, int
   QVfree__(&counts);
 }
 
-// Ints that are few enough for a comparison of each with each, so many at a time.
-constexpr int MAX_RANKED = 32, LANES = 4;
-typedef int Lanes __attribute__((vector_size(LANES * sizeof(int)))); // of gcc and clang, for all machines
-
 // Writes each to the place that the number of smaller ones gives it.
 static void SortByRank(int n, int *a)
 {
-  Lanes values[MAX_RANKED / LANES];
-  int b[MAX_RANKED];
+  int copy[MAX_RANKED];
 
+  std::copy(a, a + n, copy);
+  const Ranked ranked = Rank(n, [&](int i) { return copy[i]; });
   for (int i = 0; i < n; i++)
-    b[i] = a[i];
-  for (int i = n; i % LANES != 0; i++)
-    b[i] = INT_MAX; // smaller than none
-  std::memcpy(values, b, sizeof values);
-  for (int i = 0; i < n; i++) {
-    Lanes smaller = {0, 0, 0, 0};
-    for (int j = 0; j < n; j += LANES)
-      smaller -= values[j / LANES] < b[i];
-    a[smaller[0] + smaller[1] + smaller[2] + smaller[3]] = b[i];
-  }
+    a[RankOf(&ranked, copy[i])] = copy[i];
 }
 
 static void Exchange(int *a, int low, int high)
