@@ -17,8 +17,10 @@ struct FMNet {
   int npins[2]; // on each side; with LOCKED_PIN where one cannot move, in passes that recompute all gains
   int pins[2];  // of each side, combined by exclusive or: where one is left, which
   int weight;
-  int size;
+  int size; // with UNCUT where all pins were on one side at the start of the pass
 };
+
+enum { UNCUT = INT_MIN };
 
 enum { LOCKED_PIN = INT_MIN };
 enum { FM_UNIT = sizeof(FMNet) / sizeof(int) }; // pins in the room of a record
@@ -137,6 +139,11 @@ inline const int *FM_Pins__(const FMNet *net)
   return reinterpret_cast<const int *>(net + 1);
 }
 
+inline int FM_Size__(const FMNet *net)
+{
+  return net->size & ~UNCUT;
+}
+
 // How a move changes gains. By the counts after the move of a cell to side to:
 //   pins left on from   a pin there                     a pin on to
 //   0                   -                               -w: moving it back would cut the net
@@ -219,7 +226,7 @@ inline FMChange *FM_FindFree__(const FMNet *net, const signed char *place, int s
   const FMChange change = FM_Change__(0, side, gain);
   const signed char here = static_cast<signed char>(side);
 
-  for (const int *pin = FM_Pins__(net), *end = pin + net->size; pin < end; pin += FM_UNIT) {
+  for (const int *pin = FM_Pins__(net), *end = pin + FM_Size__(net); pin < end; pin += FM_UNIT) {
     for (int k = 0; k < FM_UNIT; k++) {
       const unsigned c = static_cast<unsigned>(pin[k]);
       *changes = change | c;
@@ -253,8 +260,9 @@ inline void FM_UpdateFree__(FMState *fm, int c, int from, int to)
       continue;
     FM_MovePin__(net, c, from, to);
     net->npins[to] |= LOCKED_PIN;
-    // All other pins are on one side, where more than one is left: other nets of two pins have no record.
-    if (onto == 0 || onfrom == 1) {
+    // All other pins are on one side, where more than one is left: other nets of two pins have no record. When the last
+    // pin of a net follows all others, none of them is free.
+    if (onto == 0 || (onfrom == 1 && !(net->size & UNCUT))) {
       if (changes > fm->lastchange)
         changes = FM_Apply__(fm, changes);
       changes = onto == 0 ? FM_FindFree__(net, place, from, w, changes)
@@ -310,7 +318,7 @@ inline void FM_UpdateMove__(FMState *fm, int c, int from, int to)
       continue;
     change[from] = AddWrap__(nfrom == 1 ? w : 0, nto == 1 ? w : 0);
     change[to] = -AddWrap__(nfrom == 0 ? w : 0, nto == 2 ? w : 0);
-    for (const int *pin = FM_Pins__(net), *last = pin + net->size; pin < last; pin++)
+    for (const int *pin = FM_Pins__(net), *last = pin + FM_Size__(net); pin < last; pin++)
       update(*pin, change);
   }
 }

@@ -145,10 +145,10 @@ static void RewindNets(FMState *fm)
     const FMNetStart start = fm->starts[r];
     const int all = net->pins[0] ^ net->pins[1]; // which moves do not change
     net->npins[0] = start.npins;
-    net->npins[1] = net->size - start.npins;
+    net->npins[1] = FM_Size__(net) - start.npins;
     net->pins[0] = start.pins;
     net->pins[1] = start.pins ^ all;
-    net += Units(net->size);
+    net += Units(FM_Size__(net));
   }
   for (int n = 0; n <= fm->best; n++) {
     const int c = fm->swaps[n], to = FM_Side__(fm, c);
@@ -167,14 +167,14 @@ static void CountPins(const FMState *fm, FMNet *net)
   const int *pins = FM_Pins__(net);
   int npins = 0, all = 0; // on side 1
 
-  for (int k = 0; k < net->size; k++) {
+  for (int k = 0; k < FM_Size__(net); k++) {
     const int side = FM_Side__(fm, pins[k]);
     npins += side;
     all ^= pins[k] & -side;
   }
   net->pins[0] ^= net->pins[1] ^ all;
   net->pins[1] = all;
-  net->npins[0] = net->size - npins;
+  net->npins[0] = FM_Size__(net) - npins;
   net->npins[1] = npins;
 }
 
@@ -209,7 +209,10 @@ int FM_ComputeGains__(const HGraph *graph, FMState *fm, FMCounts counts)
       if (counts == FROM_PINS)
         CountPins(fm, net);
       *start++ = {net->npins[0], net->pins[0]};
-      if (net->npins[0] != 0 && net->npins[1] != 0) {
+      net->size = size;
+      if (net->npins[0] == 0 || net->npins[1] == 0) {
+        net->size |= UNCUT;
+      } else {
         cut = AddWrap__(cut, w);
         for (int k = 0; k < size; k++) {
           int *gain = &nodes[pins[k]].gain;
