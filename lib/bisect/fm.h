@@ -236,8 +236,9 @@ inline FMChange *FM_FindFree__(const FMNet *net, const signed char *place, int s
   return changes;
 }
 
-// The move of c in a pass that recomputes all gains: only those of free cells are kept up to date, and nets no more
-// once both sides have a locked pin: they stay cut until the pass ends, so no free cell can gain or lose by them.
+// The move of c in a pass that recomputes all gains: only those of free cells are kept up to date. Once both sides of a net
+// have a locked pin it stays cut until the pass ends, so no free cell can gain or lose by it any more: its counts, which
+// are negative then, ask for nothing.
 // First the changes are collected, then the cells are queued anew in the same order.
 inline void FM_UpdateFree__(FMState *fm, int c, int from, int to)
 {
@@ -248,21 +249,19 @@ inline void FM_UpdateFree__(FMState *fm, int c, int from, int to)
   while (link < end) {
     const int target = *link++;
     if (target < 0) {
-      const int u = ~target, w = MulWrap__(*link++, 2), side = place[u];
-      *changes = FM_Change__(u, side & 1, side == from ? w : SubWrap__(0, w));
+      const int u = ~target, w = MulWrap__(*link++, 2), side = place[u], loss = -(side == to);
+      *changes = FM_Change__(u, side & 1, SubWrap__(w ^ loss, loss)); // w, or -w if it is a loss
       changes += side < LOCKED;
       continue;
     }
 
     FMNet *net = &fm->nets[target];
     const int onfrom = net->npins[from], onto = net->npins[to], w = net->weight;
-    if ((onfrom & onto) < 0)
-      continue;
     FM_MovePin__(net, c, from, to);
     net->npins[to] |= LOCKED_PIN;
     // All other pins are on one side, where more than one is left: other nets of two pins have no record. When the last
     // pin of a net follows all others, none of them is free.
-    if (onto == 0 || (onfrom == 1 && !(net->size & UNCUT))) {
+    if ((onto == 0) | ((onfrom == 1) & (net->size >= 0))) {
       if (changes > fm->lastchange)
         changes = FM_Apply__(fm, changes);
       changes = onto == 0 ? FM_FindFree__(net, place, from, w, changes)
