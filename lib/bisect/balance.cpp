@@ -17,9 +17,9 @@ static int GivingSide(const FMState *fm)
   return fm->pwgts[1] < fm->minpwgt[1] ? 0 : -1;
 }
 
-static void MakeMoves(FMState *fm, int ncells)
+static void MakeMoves(const HGraph *graph, FMState *fm)
 {
-  for (int step = 0; step < ncells; step++) {
+  for (int step = 0; step < graph->ncells; step++) {
     const int from = GivingSide(fm);
     const int c = from == -1 ? -1 : PQueueGetMax__(&fm->queue[from]);
     if (c == -1)
@@ -31,6 +31,7 @@ static void MakeMoves(FMState *fm, int ncells)
       continue;
     fm->newcut = SubWrap__(fm->newcut, fm->nodes[c].gain);
     FM_MoveExactly__<UPDATE_QUEUE>(fm, c, from, 1 - from);
+    CHECK_VALID(CheckMove__(graph, fm, ALL_EXACT, step));
   }
 }
 
@@ -58,12 +59,12 @@ void Balance__(Control *ctrl, HGraph *graph)
   StopTimer__(ctrl, &ctrl->InitTmr);
 
   StartTimer__(ctrl, &ctrl->IterTmr);
-  MakeMoves(&fm, graph->ncells);
+  MakeMoves(graph, &fm);
   FM_Store__(graph, &fm);
   graph->mincut = fm.newcut;
   StopTimer__(ctrl, &ctrl->IterTmr);
 
   CHECK_VALID(CheckBisection__(graph));
-  CHECK_VALID(CheckGains__(graph, &fm));
+  CHECK_VALID(CheckGains__(graph, &fm, ALL_EXACT));
   FM_Free__(&fm);
 }

@@ -3,6 +3,7 @@
 
 #include "fm.h"
 
+#include <array>
 #include <vector>
 
 const char *CheckBisection__(const HGraph *graph)
@@ -22,38 +23,58 @@ const char *CheckBisection__(const HGraph *graph)
   return nullptr;
 }
 
-const char *CheckGains__(const HGraph *graph, const FMState *fm)
+const char *CheckGains__(const HGraph *graph, const FMState *fm, FMExactness exactness)
 {
-
   if (!HasPlainNets__(graph))
     return nullptr;
+  std::vector<std::array<int, 2>> npins(static_cast<std::size_t>(graph->nnets));
+  for (std::size_t j = 0; j < npins.size(); j++)
+    for (int p = graph->netptr[j]; p < graph->netptr[j + 1]; p++)
+      npins[j][static_cast<std::size_t>(FM_Side__(fm, graph->netind[p]))]++;
+
   for (int i = 0; i < graph->ncells; i++) {
-    const int *link = FM_Links__(fm, i).first;
+    const int *link = FM_Links__(fm, i).first, side = FM_Side__(fm, i);
     int gain = 0;
 
-    if (FM_Side__(fm, i) != graph->where[i])
-      return "place: not the side of the cell";
+    if (exactness == FREE_EXACT && fm->place[i] >= LOCKED)
+      continue;
     for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++) {
       const int j = graph->incind[k];
       if (graph->netwgt[j] == 0)
         continue;
-      int npins[2] = {0, 0};
-      for (int p = graph->netptr[j]; p < graph->netptr[j + 1]; p++)
-        npins[graph->where[graph->netind[p]]]++;
-      const int here = npins[graph->where[i]], there = npins[1 - graph->where[i]];
+      const auto &[on0, on1] = npins[static_cast<std::size_t>(j)];
+      const int here = side == 0 ? on0 : on1, there = side == 0 ? on1 : on0;
       gain = AddWrap__(gain, graph->netwgt[j] * ((there > 0 && here == 1) - (there == 0)));
       if (*link < 0) {
         link += 2;
         continue;
       }
       const FMNet *net = &fm->nets[*link++];
-      if (net->npins[0] != npins[0] || net->npins[1] != npins[1])
+      if ((net->npins[0] & ~LOCKED_PIN) != on0 || (net->npins[1] & ~LOCKED_PIN) != on1)
         return "nets: not the pins of the net on each side";
     }
     if (gain != fm->nodes[i].gain)
       return "gain: not the fall of the cut when the cell changes sides";
   }
   return nullptr;
+}
+
+const char *CheckMove__(const HGraph *graph, const FMState *fm, FMExactness exactness, int n)
+{
+  if (!IsSample__(n, graph->ncells) || !HasPlainNets__(graph))
+    return nullptr;
+
+  std::vector<int> sides;
+  int wgts[2] = {0, 0};
+  for (int i = 0; i < graph->ncells; i++) {
+    sides.push_back(FM_Side__(fm, i));
+    wgts[sides.back()] = AddWrap__(wgts[sides.back()], graph->cellwgt[i]);
+  }
+  if (wgts[0] != fm->pwgts[0] || wgts[1] != fm->pwgts[1])
+    return "pwgts: not the sums of the sides";
+  if (ComputeActualCut__(graph, sides.data()) != fm->newcut)
+    return "newcut: not the cut after the moves";
+  return CheckGains__(graph, fm, exactness);
 }
 
 const char *CheckQueue__(const PQueue *queue)

@@ -135,12 +135,12 @@ static FMVerdict FM_NotePoint__(FMState *fm, int n, int limit)
 }
 
 template <int variant>
-static void FM_MakeMoves__(Control *ctrl, FMState *fm, int ncells, int limit)
+static void FM_MakeMoves__(Control *ctrl, const HGraph *graph, FMState *fm, int limit)
 {
   int from = 0, cand[2];
 
   StartTimer__(ctrl, &ctrl->IterTmr);
-  for (int n = 0; n < ncells; n++) {
+  for (int n = 0; n < graph->ncells; n++) {
     CheckpointAt__(ctrl, n);
     from = FM_PickSide__<variant>(fm, from, cand);
     if (from == -1)
@@ -167,6 +167,7 @@ static void FM_MakeMoves__(Control *ctrl, FMState *fm, int ncells, int limit)
     } else {
       FM_UpdateFree__(fm, c, from, to);
     }
+    CHECK_VALID(CheckMove__(graph, fm, (variant & FM_EXACT) ? ALL_EXACT : FREE_EXACT, n));
   }
   StopTimer__(ctrl, &ctrl->IterTmr);
 }
@@ -190,7 +191,7 @@ static void FM_Rollback__(Control *ctrl, HGraph *graph, FMState *fm)
 
   CHECK_VALID(CheckBisection__(graph));
   if (variant & FM_EXACT)
-    CHECK_VALID(CheckGains__(graph, fm));
+    CHECK_VALID(CheckGains__(graph, fm, ALL_EXACT));
 }
 
 template <int variant>
@@ -207,7 +208,7 @@ static void FM_Run__(Control *ctrl, HGraph *graph, int npasses, float fraction)
   }
   for (int pass = 0; pass < npasses; pass++) {
     FM_StartPass__<variant>(ctrl, graph, &fm, pass, graph->mincut);
-    FM_MakeMoves__<variant>(ctrl, &fm, graph->ncells, limit);
+    FM_MakeMoves__<variant>(ctrl, graph, &fm, limit);
     FM_Rollback__<variant>(ctrl, graph, &fm);
     if (fm.bestcut == fm.initcut)
       break;

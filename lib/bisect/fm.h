@@ -339,5 +339,7 @@ inline void FM_Undo__(FMState *fm, int c)
   FM_MoveExactly__<UPDATE_GAINS>(fm, c, from, 1 - from);
 }
 
-// Validator: gains and counts of a level whose moves keep them exact.
-const char *CheckGains__(const HGraph *graph, const FMState *fm);
+// Validators: gains and counts; those, weights and cut after move n of a pass.
+enum FMExactness { FREE_EXACT, ALL_EXACT }; // whose gains are kept exact: those of free cells, or of all
+const char *CheckGains__(const HGraph *graph, const FMState *fm, FMExactness exactness);
+const char *CheckMove__(const HGraph *graph, const FMState *fm, FMExactness exactness, int n);

@@ -16,12 +16,12 @@ static void TraceStart(const Control *ctrl, const HGraph *graph, const FMState *
             fm->minpwgt[0], fm->minpwgt[1]);
 }
 
-static void MakeMoves(Control *ctrl, FMState *fm, int ncells, int side)
+static void MakeMoves(Control *ctrl, const HGraph *graph, FMState *fm, int side)
 {
   const int other = 1 - side;
 
   StartTimer__(ctrl, &ctrl->IterTmr);
-  for (int n = 0; n < ncells; n++) {
+  for (int n = 0; n < graph->ncells; n++) {
     CheckpointAt__(ctrl, n);
     const int c = PQueueGetMax__(&fm->queue[side]);
     if (c == -1)
@@ -43,6 +43,7 @@ static void MakeMoves(Control *ctrl, FMState *fm, int ncells, int side)
       Trace__("Gains from moving %8d from %2d: %4d, \tNewcut: %d\n", c, side, fm->nodes[c].gain, fm->newcut);
     fm->nodes[c].gain = SubWrap__(0, fm->nodes[c].gain);
     FM_UpdateMove__<UPDATE_QUEUE>(fm, c, side, other);
+    CHECK_VALID(CheckMove__(graph, fm, ALL_EXACT, n));
   }
   StopTimer__(ctrl, &ctrl->IterTmr);
 }
@@ -61,7 +62,7 @@ static void Rollback(Control *ctrl, HGraph *graph, FMState *fm, int side)
   StopTimer__(ctrl, &ctrl->WrapUpTmr);
 
   CHECK_VALID(CheckBisection__(graph));
-  CHECK_VALID(CheckGains__(graph, fm));
+  CHECK_VALID(CheckGains__(graph, fm, ALL_EXACT));
 }
 
 void Refine_OneWayFM__(Control *ctrl, HGraph *graph, int npasses)
@@ -83,7 +84,7 @@ void Refine_OneWayFM__(Control *ctrl, HGraph *graph, int npasses)
     TraceStart(ctrl, graph, &fm, pass, side);
     StopTimer__(ctrl, &ctrl->InitTmr);
 
-    MakeMoves(ctrl, &fm, graph->ncells, side);
+    MakeMoves(ctrl, graph, &fm, side);
     Rollback(ctrl, graph, &fm, side);
     // Both directions must have failed.
     if (pass % 2 == 1 && fm.bestcut == fm.initcut)

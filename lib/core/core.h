@@ -32,7 +32,8 @@
 #define CHECK_LIGHT(condition)  CHECK_AT__(1, condition)
 #define CHECK_NORMAL(condition) CHECK_AT__(2, condition)
 
-// For validators, which return the first broken invariant or NULL.
+// For validators, which return the first broken invariant or NULL. Those of a whole level look at it after a move n if
+// IsSample__: after all moves of a small level, few of a larger one.
 #define CHECK_VALID(validator)                                                                               \
   do {                                                                                                       \
     if constexpr (KAPRIS_CHECK_LEVEL >= 3) {                                                                 \
@@ -40,6 +41,13 @@
         CheckFailed__(broken__, __FILE__, __LINE__);                                                         \
     }                                                                                                        \
   } while (0)
+
+inline bool IsSample__(int n, int ncells)
+{
+  const std::int64_t size = ncells / 64;
+
+  return n % (1 + size * size) == 0;
+}
 
 // ----------------------------------------------------------------------------------------------------------
 // Errors (memory.cpp)

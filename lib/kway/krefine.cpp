@@ -167,6 +167,7 @@ static int RunPass(const Control *ctrl, HGraph *graph, const Limits *limits, con
     if (target == nullptr || !IsWorthMoving<objective>(graph, v, target))
       continue;
     MoveCell(ctrl, graph, v, *target);
+    CHECK_VALID(IsSample__(nmoves, graph->ncells) ? CheckKway__(ctrl, graph) : nullptr);
     nmoves++;
     Checkpoint__(ctrl); // a move takes long where nets are large and parts many
   }
