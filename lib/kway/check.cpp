@@ -11,21 +11,22 @@
 
 typedef std::map<int, int> PinsByPart;
 
-static PinsByPart CountPins(const HGraph *graph, int net)
+static std::vector<PinsByPart> CountPins(const HGraph *graph)
 {
-  PinsByPart pins;
+  std::vector<PinsByPart> nets(static_cast<std::size_t>(graph->nnets));
 
-  for (int k = graph->netptr[net]; k < graph->netptr[net + 1]; k++)
-    pins[graph->where[graph->netind[k]]]++;
-  return pins;
+  for (int j = 0; j < graph->nnets; j++)
+    for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++)
+      nets[static_cast<std::size_t>(j)][graph->where[graph->netind[k]]]++;
+  return nets;
 }
 
-static const char *CheckNets(const HGraph *graph)
+static const char *CheckNets(const HGraph *graph, const std::vector<PinsByPart> &nets)
 {
   int cut = 0, soed = 0;
 
   for (int j = 0; j < graph->nnets; j++) {
-    const PinsByPart pins = CountPins(graph, j);
+    const PinsByPart &pins = nets[static_cast<std::size_t>(j)];
     const NetInfo *net = &graph->nrinfo[j];
     const int nparts = static_cast<int>(pins.size());
 
@@ -48,7 +49,7 @@ static const char *CheckNets(const HGraph *graph)
 }
 
 // pref is left out: it may be out of date. So may the rest of a stale record.
-static const char *CheckCell(const HGraph *graph, int i)
+static const char *CheckCell(const HGraph *graph, const std::vector<PinsByPart> &nets, int i)
 {
   const RInfo *cell = &graph->crinfo[i];
   const int m = graph->where[i];
@@ -59,7 +60,7 @@ static const char *CheckCell(const HGraph *graph, int i)
     return nullptr;
   for (int k = graph->incptr[i]; k < graph->incptr[i + 1]; k++) {
     const int j = graph->incind[k], w = graph->netwgt[j];
-    const PinsByPart pins = CountPins(graph, j);
+    const PinsByPart &pins = nets[static_cast<std::size_t>(j)];
 
     if (NetSize__(graph, j) == 1)
       continue;
@@ -105,10 +106,13 @@ const char *CheckKway__(const Control *ctrl, const HGraph *graph)
   }
   if (!std::equal(wgts.begin(), wgts.end(), graph->kpwgts))
     return "kpwgts: not the sums of the parts";
-  if (const char *broken = CheckNets(graph))
+
+  const std::vector<PinsByPart> nets = CountPins(graph);
+
+  if (const char *broken = CheckNets(graph, nets))
     return broken;
   for (int i = 0; i < graph->ncells; i++)
-    if (const char *broken = CheckCell(graph, i))
+    if (const char *broken = CheckCell(graph, nets, i))
       return broken;
   return nullptr;
 }
