@@ -21,11 +21,13 @@ from tool import KAPRIS, ToolTest, fields, random_hypergraph, read, write
 FOREVER = ("--runs", "2000000000")
 
 
-def drain(terminal):
-    """What was written to a terminal, which may take its time to deliver."""
+def drain(terminal, until=None):
+    """What was written to a terminal, which may take its time to deliver, or the beginning with a wanted text."""
     text = b""
-    while select.select([terminal], [], [], 0.5)[0]:
+    while select.select([terminal], [], [], 60 if until else 0.5)[0]:
         text += os.read(terminal, 65536)
+        if until and until in text.decode():
+            break
     return text.decode()
 
 
@@ -121,14 +123,14 @@ class Solve(ToolTest):
             write("bad.json", text)
             self.fails(3, "bad.json:1:1: not a", "best", "a.json", "bad.json")
 
-    def interrupted(self, signals, *args, terminal=None):
+    def interrupted(self, signals, *args, terminal=None, await_work=lambda: time.sleep(0.1)):
         """Runs the command, sends the signals when it is at work, and returns it."""
         child = subprocess.Popen([KAPRIS, "partition", "c.hgr", "-k", "2", *FOREVER, *args],
                                  stdout=subprocess.PIPE, stderr=terminal or subprocess.PIPE, encoding="ascii")
         while "SigCgt:\t0000000000000000" in (status := read(f"/proc/{child.pid}/status")) or \
                 not int(re.search(r"SigCgt:\t(\w+)", status)[1], 16) & 1 << signal.SIGINT - 1:
             time.sleep(0.01)
-        time.sleep(0.7 if terminal else 0.1)
+        await_work()
         for number in signals:
             child.send_signal(number)
         child.wait(60)
@@ -151,8 +153,10 @@ class Solve(ToolTest):
         master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 60, 0, 0))
         begun = time.monotonic()
-        self.interrupted([signal.SIGINT], "--starts", "3", terminal=slave).stdout.close()
-        shown = drain(master).split("\r\x1b[K")
+        shown = []
+        self.interrupted([signal.SIGINT], "--starts", "3", terminal=slave,
+                         await_work=lambda: shown.append(drain(master, "best cut"))).stdout.close()
+        shown = "".join([*shown, drain(master)]).split("\r\x1b[K")
         lines = [line for line in shown if line]
         self.assertLessEqual(len(lines), 5 * (time.monotonic() - begun) + 2)
         self.assertTrue(any(re.match(r"(coarsening|refining|initial partition) \d+ cells, start 1/3, best cut \d+, [\d.]+ s", line)
