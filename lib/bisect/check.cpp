@@ -23,10 +23,8 @@ const char *CheckBisection__(const HGraph *graph)
   return nullptr;
 }
 
-const char *CheckGains__(const HGraph *graph, const FMState *fm, FMExactness exactness)
+static const char *CompareGains(const HGraph *graph, const FMState *fm, FMExactness exactness)
 {
-  if (!HasPlainNets__(graph))
-    return nullptr;
   std::vector<std::array<int, 2>> npins(static_cast<std::size_t>(graph->nnets));
   for (std::size_t j = 0; j < npins.size(); j++)
     for (int p = graph->netptr[j]; p < graph->netptr[j + 1]; p++)
@@ -59,6 +57,11 @@ const char *CheckGains__(const HGraph *graph, const FMState *fm, FMExactness exa
   return nullptr;
 }
 
+const char *CheckGains__(const HGraph *graph, const FMState *fm, FMExactness exactness)
+{
+  return HasPlainNets__(graph) ? CompareGains(graph, fm, exactness) : nullptr;
+}
+
 const char *CheckMove__(const HGraph *graph, const FMState *fm, FMExactness exactness, int n)
 {
   if (!IsSample__(n, graph->ncells) || !HasPlainNets__(graph))
@@ -74,7 +77,7 @@ const char *CheckMove__(const HGraph *graph, const FMState *fm, FMExactness exac
     return "pwgts: not the sums of the sides";
   if (ComputeActualCut__(graph, sides.data()) != fm->newcut)
     return "newcut: not the cut after the moves";
-  return CheckGains__(graph, fm, exactness);
+  return CompareGains(graph, fm, exactness);
 }
 
 const char *CheckQueue__(const PQueue *queue)

@@ -58,15 +58,15 @@ const char *CheckIncidence__(const HGraph *graph)
 bool HasPlainNets__(const HGraph *graph)
 {
   std::vector<int> seen(static_cast<std::size_t>(graph->ncells), -1);
+  int *lastnet = seen.data();
 
   for (int j = 0; j < graph->nnets; j++) {
     if (NetSize__(graph, j) == 1)
       return false;
     for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++) {
-      int &last = seen[static_cast<std::size_t>(graph->netind[k])];
-      if (last == j)
+      if (lastnet[graph->netind[k]] == j)
         return false;
-      last = j;
+      lastnet[graph->netind[k]] = j;
     }
   }
   return true;
