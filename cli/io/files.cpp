@@ -11,7 +11,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -29,30 +28,36 @@ std::string InputName(const std::string &path)
   return path == "-" ? "stdin" : path;
 }
 
-// Reads to the end of fd; false with errno set on failure.
-static bool ReadAll(int fd, std::string *text)
+// Reads to the end of fd; without bytes and with errno set on failure. A copy, since a mapped file that another program
+// shortens or rewrites meanwhile would end this one.
+static Text ReadAll(int fd)
 {
   struct stat info;
   size_t used = 0;
 
   if (fstat(fd, &info) != 0)
-    return false;
+    return {};
   // One byte more than the size, so that the read which finds the end needs no growth.
-  text->resize(S_ISREG(info.st_mode) ? static_cast<size_t>(info.st_size) + 1 : 65536);
+  size_t size = S_ISREG(info.st_mode) ? static_cast<size_t>(info.st_size) + 1 : 65536;
+  auto bytes = std::make_unique_for_overwrite<char[]>(size);
   for (;;) {
-    if (used == text->size())
-      text->resize(2 * used);
-    const ssize_t got = read(fd, text->data() + used, text->size() - used);
+    if (used == size) {
+      auto larger = std::make_unique_for_overwrite<char[]>(2 * size);
+      std::memcpy(larger.get(), bytes.get(), used);
+      bytes = std::move(larger);
+      size *= 2;
+    }
+    const ssize_t got = read(fd, bytes.get() + used, size - used);
     if (got < 0 && errno == EINTR)
       continue;
     if (got < 0)
-      return false;
+      return {};
     if (got == 0)
       break;
     used += static_cast<size_t>(got);
   }
-  text->resize(used);
-  return true;
+  const std::shared_ptr<const char[]> owner = std::move(bytes);
+  return {std::string_view(owner.get(), used), owner};
 }
 
 static int OpenToRead(const std::string &path)
@@ -64,54 +69,20 @@ static int OpenToRead(const std::string &path)
   return fd;
 }
 
-static std::string ReadAndClose(int fd, const std::string &path)
+Text OpenText(const std::string &path)
 {
-  std::string text;
-  const bool ok = ReadAll(fd, &text);
+  const int fd = OpenToRead(path);
+  const Text text = ReadAll(fd);
   const int error = errno;
 
   if (fd != STDIN_FILENO)
     close(fd);
-  if (!ok)
-    FailWithErrno("read", InputName(path), error);
-  return text;
-}
-
-static Text TextOf(std::string bytes)
-{
-  const auto owner = std::make_shared<const std::string>(std::move(bytes));
-
-  return {*owner, owner};
-}
-
-// Without bytes if fd cannot be mapped, as a pipe or an empty file.
-static Text MapText(int fd)
-{
-  struct stat info;
-
-  if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size == 0)
-    return {};
-  const size_t size = static_cast<size_t>(info.st_size);
-  void *bytes = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
-  if (bytes == MAP_FAILED)
-    return {};
-  return {std::string_view(static_cast<const char *>(bytes), size),
-          std::shared_ptr<const void>(bytes, [size](void *mapped) { munmap(mapped, size); })};
-}
-
-Text OpenText(const std::string &path)
-{
-  const int fd = OpenToRead(path);
-  // Standard input may have been read in part, which a mapping would not know.
-  Text text = fd == STDIN_FILENO ? Text{} : MapText(fd);
-
   if (text.owner == nullptr)
-    text = TextOf(ReadAndClose(fd, path));
-  else
-    close(fd);
-  if (IsGzip(text.bytes))
-    return TextOf(Decompress(InputName(path), text.bytes));
-  return text;
+    FailWithErrno("read", InputName(path), error);
+  if (!IsGzip(text.bytes))
+    return text;
+  const auto owner = std::make_shared<const std::string>(Decompress(InputName(path), text.bytes));
+  return {*owner, owner};
 }
 
 bool IsRegularFile(const std::string &path)

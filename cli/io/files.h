@@ -18,8 +18,7 @@ struct Text {
   std::shared_ptr<const void> owner;
 };
 
-// The bytes of a file, decompressed if they are gzip data, whatever the file's name; path "-" reads standard input. A
-// plain file is mapped into memory instead of read: it must not shrink meanwhile.
+// The bytes of a file, decompressed if they are gzip data, whatever the file's name; path "-" reads standard input.
 Text OpenText(const std::string &path);
 
 bool IsRegularFile(const std::string &path);
