@@ -29,18 +29,19 @@ static ExitStatus FlushResults(ExitStatus status)
   return status;
 }
 
-static const CLI::App *FindVerb(const CLI::App &app, const std::string &name)
+// In the parser's words, or better ones where it only says that a verb is missing.
+[[noreturn]] static void FailUsage(const CLI::App &app, const CLI::ParseError &error)
 {
-  for (const CLI::App *verb : app.get_subcommands([](const CLI::App *) { return true; }))
-    if (verb->get_name() == name)
-      return verb;
-  return nullptr;
-}
+  const std::vector<CLI::App *> verbs = app.get_subcommands();
+  const std::string verb = verbs.empty() ? "" : " " + verbs[0]->get_name();
+  std::string text = error.what();
 
-[[noreturn]] static void FailUsage(const std::string &text, const std::string &verb)
-{
-  throw Failure{EXIT_USAGE, fmt::format("{}\n'kapris{} --help' shows how to use it", text,
-                                        verb.empty() ? "" : " " + verb)};
+  if (verbs.empty() && dynamic_cast<const CLI::RequiredError *>(&error) != nullptr) {
+    const std::vector<std::string> words = app.remaining();
+    const auto word = std::find_if(words.begin(), words.end(), [](auto &arg) { return arg[0] != '-'; });
+    text = word == words.end() ? "a verb is missing" : fmt::format("there is no verb '{}'", *word);
+  }
+  throw Failure{EXIT_USAGE, fmt::format("{}\n'kapris{} --help' shows how to use it", text, verb)};
 }
 
 static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
@@ -48,12 +49,8 @@ static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
   CLI::App app("", "kapris");
   Run run;
   std::vector<std::string> args(argv + 1, argv + argc);
-  const std::string first = args.empty() ? "" : args[0];
 
   DescribeCommand(&app, &run, color);
-  // The parser itself would only say that a verb is missing.
-  if (!first.empty() && first[0] != '-' && FindVerb(app, first) == nullptr)
-    FailUsage(fmt::format("there is no verb '{}'", first), "");
   ExpandJson(&args);
   std::reverse(args.begin(), args.end()); // as the parser wants them
   try {
@@ -65,7 +62,7 @@ static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
       throw Failure{EXIT_FILES, "cannot write standard output"};
     return EXIT_DONE;
   } catch (const CLI::ParseError &error) {
-    FailUsage(error.what(), FindVerb(app, first) != nullptr ? first : "");
+    FailUsage(app, error);
   }
   return FlushResults(run());
 }

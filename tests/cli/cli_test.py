@@ -95,8 +95,8 @@ class Commands(ToolTest):
         write("parts", "0\n" * 6)
         partition = ("partition", "t.hgr")
         for message, *args in (
-                ("subcommand",),
-                ("'cut'", "cut"),
+                ("a verb is missing",),
+                ("no verb 'cut'", "--color", "never", "cut", "--wide"),
                 ("FILE", "partition"),
                 ("--parts", *partition),
                 ("--parts", *partition, "-k", "1"),
