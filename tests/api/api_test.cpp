@@ -53,11 +53,13 @@ TEST(api, invalid_arguments_are_named)
        {"vcycle: no such value", [&](auto *, auto *o) { set(&o->vcycle, 4); }},
        {"runs is 0, but it should be at least 1", [](auto *, auto *o) { o->runs = 0; }},
        {"reconst is 2, but it should be 0 or 1", [](auto *, auto *o) { o->reconst = 2; }},
+       {"records is -1, but it should be 0 or 1", [](auto *, auto *o) { o->records = -1; }},
        {"seed is 2147483648, but it should be at most 2147483647",
         [](auto *, auto *o) { o->seed = 2147483648; }},
        {"imbalance is -0.01, but it should be at least 0", [](auto *, auto *o) { o->imbalance = -0.01; }},
        {"imbalance is inf, but it should be at least 0", [](auto *, auto *o) { o->imbalance = INFINITY; }},
        {"starts is 0, but it should be at least 1", [](auto *, auto *o) { o->starts = 0; }},
+       {"first_start is -1, but it should be at least 0", [](auto *, auto *o) { o->first_start = -1; }},
        {"first_start is 2147483647, but first_start and starts, which is 1, should add up to at most "
         "2147483647",
         [](auto *, auto *o) { o->first_start = 2147483647; }},
