@@ -341,8 +341,9 @@ void RecordEnd__(const Control *ctrl, int trial, const HGraph *graph, int value,
 // ----------------------------------------------------------------------------------------------------------
 // Pruning (prune.cpp)
 
-// A copy with every cell and only the nets of at most ctrl->maxnetsize pins, its incidence built.
-HGraph *PruneHGraph__(const Control *ctrl, const HGraph *graph);
+// A copy with every cell and only the nets of at most ctrl->maxnetsize pins, its incidence built; graph itself, which has
+// its incidence, if no net is larger.
+HGraph *PruneHGraph__(const Control *ctrl, HGraph *graph);
 // The largest weight of a coarse cell; sets ctrl->heavycells.
 int ComputeMaxCellWgt__(Control *ctrl, int n, const int *cellwgt);
 int NumOfLargeNets__(int nnets, const int *netptr); // nets of four or more pins

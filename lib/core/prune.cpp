@@ -1,4 +1,4 @@
-// lib/core/prune.cpp - the copy without large nets on which the multilevel work is done, and the coarse-cell
+// lib/core/prune.cpp - the hypergraph without large nets on which the multilevel work is done, and the coarse-cell
 // cap.
 // SPDX-License-Identifier: MIT
 
@@ -8,9 +8,8 @@
 
 #include <algorithm>
 
-HGraph *PruneHGraph__(const Control *ctrl, const HGraph *graph)
+HGraph *PruneHGraph__(const Control *ctrl, HGraph *graph)
 {
-  HGraph *pruned = CreateHGraph__();
   int nnets = 0, npins = 0;
 
   for (int j = 0; j < graph->nnets; j++) {
@@ -20,7 +19,11 @@ HGraph *PruneHGraph__(const Control *ctrl, const HGraph *graph)
       npins += size;
     }
   }
+  // A copy has dropped no net, which traces show.
+  if (nnets == graph->nnets && graph->dropwgt == 0)
+    return graph;
 
+  HGraph *pruned = CreateHGraph__();
   pruned->ncells = graph->ncells;
   pruned->nfixed = graph->nfixed;
   pruned->nnets = nnets;

@@ -43,8 +43,8 @@ bool NoteCycled__(Trials *trials, int value, const int *where, int *part);
 static const int TRIAL_NPASSES = 10; // of the refinement on the full hypergraph
 static const int TRIAL_NCYCLES = 10;
 
-// Moves the partition of the pruned copy to the full hypergraph and refines it there if nets are missing in
-// the copy.
+// Moves the partition of the pruned copy to the full hypergraph, which may be the same, and refines it there if nets are
+// missing in the copy.
 template <class Scheme>
 void FinishOnFull__(Control *ctrl, HGraph *graph, HGraph *pruned)
 {
@@ -163,7 +163,8 @@ int RunTrials__(Control *ctrl, HGraph *graph, int *part)
     Scheme::TraceSummary(ctrl, trials.best, static_cast<double>(trials.sum) / ctrl->nruns,
                          Scheme::Balance(ctrl, graph, part));
   FreeTrials__(&trials);
-  FreeHGraph__(pruned);
+  if (pruned != graph)
+    FreeHGraph__(pruned);
   return trials.best;
 }
 
