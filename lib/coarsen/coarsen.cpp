@@ -126,7 +126,6 @@ template <bool restricted>
 static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
 {
   StartTimer__(ctrl, &ctrl->CoarsenTmr);
-  MatchWork work = AllocMatchWork(graph);
   float ratio = 0.8f;
   bool slow = false;
 
@@ -138,6 +137,8 @@ static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
   while (ctrl->coarsento < graph->ncells) {
     EnterPhase__(ctrl, PHASE_COARSEN, graph->ncells);
     SeparateIslands__(graph);
+    // Anew for each level: memory is at its peak when all levels are there, and the last ones need little.
+    MatchWork work = AllocMatchWork(graph);
     if constexpr (restricted) {
       MatchRestricted(ctrl, graph, &work);
       CarryPartition(graph);
@@ -146,6 +147,7 @@ static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
       Match(ctrl, graph, &work, graph->level, slow);
       StopTimer__(ctrl, &ctrl->AuxTmr1);
     }
+    FreeMatchWork(&work);
     DropMatching(graph);
     graph->coarser->level = graph->level + 1;
     graph = graph->coarser;
@@ -165,7 +167,6 @@ static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
   }
 
   TraceText(ctrl, "\n");
-  FreeMatchWork(&work);
   StopTimer__(ctrl, &ctrl->CoarsenTmr);
   return graph;
 }

@@ -157,14 +157,14 @@ int RunTrials__(Control *ctrl, HGraph *graph, int *part)
     ReportWork__(ctrl, graph);
   }
   ctrl->ctype = ctype;
+  if (pruned != graph)
+    FreeHGraph__(pruned);
   CycleKeptTrials__<Scheme>(ctrl, graph, &trials, part);
 
   if (traced)
     Scheme::TraceSummary(ctrl, trials.best, static_cast<double>(trials.sum) / ctrl->nruns,
                          Scheme::Balance(ctrl, graph, part));
   FreeTrials__(&trials);
-  if (pruned != graph)
-    FreeHGraph__(pruned);
   return trials.best;
 }
 
