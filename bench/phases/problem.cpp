@@ -101,10 +101,11 @@ const Problem &ProblemOf(const std::string &kind, int ncells)
   const Hgr hgr = GenerateHgr(kind, ncells);
   HGraph *full = CopyOf(hgr);
   const Control ctrl = ControlFor(full, 2);
-  problem = {name, kapris_cli::FormatHgr(hgr), PruneHGraph__(&ctrl, full), 0, {}, {}};
-  FreeHGraph__(full);
-
-  HGraph *graph = problem.graph;
+  CreateIncidentHGraph__(full);
+  HGraph *graph = PruneHGraph__(&ctrl, full);
+  if (graph != full)
+    FreeHGraph__(full);
+  problem = {name, kapris_cli::FormatHgr(hgr), graph, 0, {}, {}};
   problem.npins = graph->netptr[graph->nnets];
   HGraph *coarser = ContractOnce(problem);
   if (graph->nislands != 0)
