@@ -341,8 +341,8 @@ void RecordEnd__(const Control *ctrl, int trial, const HGraph *graph, int value,
 // ----------------------------------------------------------------------------------------------------------
 // Pruning (prune.cpp)
 
-// A copy with every cell and only the nets of at most ctrl->maxnetsize pins, its incidence built; graph itself, which has
-// its incidence, if no net is larger.
+// A copy with every cell and only the nets of at most ctrl->maxnetsize pins, its incidence built. If that is all of graph,
+// whose incidence must be built, graph itself: free the result only if it is another record.
 HGraph *PruneHGraph__(const Control *ctrl, HGraph *graph);
 // The largest weight of a coarse cell; sets ctrl->heavycells.
 int ComputeMaxCellWgt__(Control *ctrl, int n, const int *cellwgt);

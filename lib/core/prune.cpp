@@ -19,7 +19,7 @@ HGraph *PruneHGraph__(const Control *ctrl, HGraph *graph)
       npins += size;
     }
   }
-  // A copy has dropped no net, which traces show.
+  // The traces of coarsening begin at no dropped weight, so a hypergraph that has some is copied all the same.
   if (nnets == graph->nnets && graph->dropwgt == 0)
     return graph;
 
