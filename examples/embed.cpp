@@ -10,7 +10,7 @@ int main()
   // Net j connects the cells pins[net_starts[j]] .. pins[net_starts[j+1]-1].
   const std::vector<int> net_starts = {0, 3, 6, 9, 12, 14, 16, 19, 21, 23, 25};
   const std::vector<int> pins = {0, 1, 2, 3, 4, 5, 0, 2, 4, 1, 3, 5, 0, 5, 2, 3, 6, 7, 8, 6, 7, 5, 6, 4, 8};
-  const std::vector<int> cell_weights(9, 10);
+  const std::vector<std::int64_t> cell_weights(9, 10);
   const std::vector<double> part_shares = {2.0 / 3.0, 1.0 / 3.0};
 
   const kapris::Hypergraph hypergraph = {

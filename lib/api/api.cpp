@@ -235,14 +235,31 @@ static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
   SetFinalStatus(result, run);
 }
 
-static void Partition(const kapris_problem *problem, const kapris_options *options, bool refine,
+static const int *Narrow(const std::int64_t *weights, int n, const char *name)
+{
+  if (weights == nullptr || n < 1)
+    return nullptr;
+  int *narrow = imalloc__(n, "api: weights");
+  for (int i = 0; i < n; i++) {
+    if (weights[i] > INT_MAX || weights[i] < INT_MIN)
+      errexit__("%s[%d] is %lld, beyond 32 bits", name, i, static_cast<long long>(weights[i]));
+    narrow[i] = static_cast<int>(weights[i]);
+  }
+  return narrow;
+}
+
+static void Partition(const kapris_problem *given_problem, const kapris_options *options, bool refine,
                       const int *given, Ledger *ledger, LogOwner *log,
                       std::chrono::steady_clock::time_point began, kapris_result *result)
 {
-  if (problem == nullptr || options == nullptr)
-    errexit__("%s is null", problem == nullptr ? "problem" : "options");
+  if (given_problem == nullptr || options == nullptr)
+    errexit__("%s is null", given_problem == nullptr ? "problem" : "options");
   CheckOptions__(options);
   LedgerLimit__(options->memory_limit, -1);
+  NarrowProblem narrow = {*given_problem, nullptr, nullptr};
+  narrow.cell_weights = Narrow(given_problem->cell_weights, given_problem->ncells, "cell_weights");
+  narrow.net_weights = Narrow(given_problem->net_weights, given_problem->nnets, "net_weights");
+  const NarrowProblem *problem = &narrow;
   CheckProblem__(problem);
   if (refine)
     CheckGiven__(problem, given);

@@ -58,7 +58,7 @@ void CheckOptions__(const kapris_options *options)
     errexit__("time_limit is %g, but it should be at least 0", options->time_limit);
 }
 
-static void CheckShares(const kapris_problem *problem)
+static void CheckShares(const NarrowProblem *problem)
 {
   double sum = 0.0;
 
@@ -73,7 +73,7 @@ static void CheckShares(const kapris_problem *problem)
     errexit__("part_shares: the sum is %.9g, but it should be 1", sum);
 }
 
-static EntryArgs ArgsOf(const kapris_problem *problem, const int *part, const ArgNames *names)
+static EntryArgs ArgsOf(const NarrowProblem *problem, const int *part, const ArgNames *names)
 {
   return {problem->ncells,
           problem->nnets,
@@ -89,7 +89,7 @@ static EntryArgs ArgsOf(const kapris_problem *problem, const int *part, const Ar
           names};
 }
 
-void CheckProblem__(const kapris_problem *problem)
+void CheckProblem__(const NarrowProblem *problem)
 {
   static const ArgNames names = {"cell_weights", "net_starts", "pins", "net_weights", "fixed"};
 
@@ -104,7 +104,7 @@ void CheckProblem__(const kapris_problem *problem)
     CheckParts__(&args, -1);
 }
 
-void CheckGiven__(const kapris_problem *problem, const int *part)
+void CheckGiven__(const NarrowProblem *problem, const int *part)
 {
   static const ArgNames names = {"cell_weights", "net_starts", "pins", "net_weights", "part"};
   const EntryArgs args = ArgsOf(problem, part, &names);
@@ -119,7 +119,7 @@ void CheckGiven__(const kapris_problem *problem, const int *part)
 }
 
 // Copies the distinct pins of the nets that connect at least two cells.
-static void CleanNets(const kapris_problem *problem, CleanProblem *clean)
+static void CleanNets(const NarrowProblem *problem, CleanProblem *clean)
 {
   const int npins = problem->nnets > 0 ? problem->net_starts[problem->nnets] : 0;
   int *seen = ismalloc__(problem->ncells, -1, "api: seen");
@@ -153,7 +153,7 @@ static std::int64_t PartLimit(double imbalance, double share, std::int64_t total
   return limit >= 9e18 ? INT64_MAX : static_cast<std::int64_t>(std::ceil(limit * (1.0 - 1e-12)));
 }
 
-CleanProblem MakeCleanProblem__(const kapris_problem *problem, const kapris_options *options)
+CleanProblem MakeCleanProblem__(const NarrowProblem *problem, const kapris_options *options)
 {
   CleanProblem clean = {};
 

@@ -22,13 +22,18 @@ struct CleanProblem {
   std::int64_t total;   // cell weight
 };
 
+// The caller's problem with its weights in 32 bits.
+struct NarrowProblem : kapris_problem {
+  const int *cell_weights, *net_weights;
+};
+
 // These refuse through errexit__, naming the argument, the index and the value.
 void CheckOptions__(const kapris_options *options);
-void CheckProblem__(const kapris_problem *problem);
+void CheckProblem__(const NarrowProblem *problem);
 // The partition to improve.
-void CheckGiven__(const kapris_problem *problem, const int *part);
+void CheckGiven__(const NarrowProblem *problem, const int *part);
 
-CleanProblem MakeCleanProblem__(const kapris_problem *problem, const kapris_options *options);
+CleanProblem MakeCleanProblem__(const NarrowProblem *problem, const kapris_options *options);
 
 struct Measures {
   std::int64_t cut, soed;

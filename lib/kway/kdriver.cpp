@@ -8,7 +8,7 @@
 
 #include "coarsen/coarsen.h"
 #include "control/ctrl.h"
-#include "control/kapris.h"
+#include "kapris.h"
 #include "core/trials.h"
 #include "recursive/recursive.h"
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "api/call.h"
-#include "control/kapris.h"
+#include "kapris.h"
 
 #include <cmath>
 #include <cstring>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "api/kapris.hpp"
+#include "kapris.hpp"
 #include "support/build.h"
 
 #include <tuple>

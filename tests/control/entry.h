@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "control/kapris.h"
+#include "kapris.h"
 #include "support/build.h"
 
 typedef decltype(&KAPRIS_PartRecursive) EntryPoint;

@@ -2,7 +2,7 @@
 // is below the optimum, planted partitions are found, and refinement never worsens.
 // SPDX-License-Identifier: MIT
 
-#include "api/kapris.hpp"
+#include "kapris.hpp"
 #include "property/run.h"
 
 #include <algorithm>

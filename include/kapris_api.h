@@ -60,8 +60,8 @@ typedef struct kapris_problem {
   size_t size;             /* sizeof(kapris_problem), set by kapris_init_problem */
   int ncells;              /* >= 0 */
   int nnets;               /* >= 0 */
-  const int *cell_weights; /* [ncells], or NULL: all 1 */
-  const int *net_weights;  /* [nnets], or NULL: all 1 */
+  const int64_t *cell_weights; /* [ncells] >= 0, or NULL: all 1 */
+  const int64_t *net_weights;  /* [nnets] >= 0, or NULL: all 1 */
   const int *net_starts; /* [nnets + 1]: pins of net j are pins[net_starts[j]] .. pins[net_starts[j+1] - 1] */
   const int *pins;       /* [net_starts[nnets]] cell numbers */
   int nparts;            /* >= 2 */

@@ -70,8 +70,8 @@ struct Hypergraph {
   int ncells = 0;                         // >= 0
   std::span<const int> net_starts = {};   // number of nets + 1 offsets into pins, from 0; or empty: no nets
   std::span<const int> pins = {};         // [net_starts.back()] cell numbers, those of net 0 first
-  std::span<const int> cell_weights = {}; // [ncells] >= 0, or empty: all 1
-  std::span<const int> net_weights = {};  // [number of nets] >= 0, or empty: all 1
+  std::span<const std::int64_t> cell_weights = {}; // [ncells] >= 0, or empty: all 1
+  std::span<const std::int64_t> net_weights = {};  // [number of nets] >= 0, or empty: all 1
 };
 
 // What the parts should be. The arrays belong to the caller, as above.
