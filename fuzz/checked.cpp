@@ -61,6 +61,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     call.part.clear();
     Try(call);
   }
-  Expect(Ledger__()->blocks == 0 ? "" : "memory was not released");
+  Expect(CurrentLedger()->blocks == 0 ? "" : "memory was not released");
   return 0;
 }

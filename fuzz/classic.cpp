@@ -65,7 +65,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
   Bytes bytes = {data, data + size};
   const bool corrupt = bytes.Below(4) == 0;
   Call call = DecodeCall(&bytes);
-  const std::uint64_t serial = Ledger__()->serial;
+  const std::uint64_t serial = CurrentLedger()->serial;
 
   if (corrupt)
     CorruptCall(&bytes, &call);
@@ -74,8 +74,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     Expect(Broken(call));
   } catch (const FatalError &error) {
     Expect(corrupt && error.kind == FATAL_INPUT ? "" : error.message);
-    LedgerRelease__(serial);
+    ReleaseLedger(serial);
   }
-  Expect(Ledger__()->blocks == 0 ? "" : "memory was not released");
+  Expect(CurrentLedger()->blocks == 0 ? "" : "memory was not released");
   return 0;
 }

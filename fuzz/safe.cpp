@@ -84,7 +84,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     CorruptCall(&bytes, &call);
   Connect(&call);
   const ResultPtr made = SolveConnected(call);
-  Expect(Ledger__()->blocks == 0 ? "" : "memory was not released");
+  Expect(CurrentLedger()->blocks == 0 ? "" : "memory was not released");
   if (made->part == nullptr) {
     Expect(corrupt && made->status == KAPRIS_INVALID_ARGUMENT ? "" : made->message);
     return 0;

@@ -22,7 +22,7 @@ static void TimeIncidence(benchmark::State &state, const Problem &problem)
 {
   const HGraph *graph = problem.graph;
   HGraph *copy =
-      CopyHGraph__(graph->ncells, graph->nnets, graph->cellwgt, graph->netptr, graph->netind, graph->netwgt);
+      CopyHGraph(graph->ncells, graph->nnets, graph->cellwgt, graph->netptr, graph->netind, graph->netwgt);
 
   Time(
       state, problem, NoSetup, [&] { CreateIncidentHGraph__(copy); },
@@ -97,7 +97,7 @@ static void TimeContraction(benchmark::State &state, const Problem &problem)
   // Coarsening keeps only the map of the cells.
   graph->mptr = imalloc__(std::int64_t{ncoarse} + 1, "bench: mptr");
   graph->mind = imalloc__(graph->ncells, "bench: mind");
-  ListMembers__(graph->ncells, ncoarse, graph->cellmap, graph->mptr, graph->mind);
+  ListMembers(graph->ncells, ncoarse, graph->cellmap, graph->mptr, graph->mind);
   Time(
       state, problem, NoSetup, [&] { CreateCoarseHGraph__(&ctrl, graph, ncoarse); }, free_coarser);
   FreeLevels(problem, nullptr);

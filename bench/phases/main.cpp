@@ -30,7 +30,7 @@ int main(int argc, char **argv)
   if (benchmark::ReportUnrecognizedArguments(argc, argv))
     return 2;
 
-  PushErrorHandler__();
+  PushErrorHandler();
   try {
     benchmark::RunSpecifiedBenchmarks();
   } catch (const FatalError &error) {
@@ -40,7 +40,7 @@ int main(int argc, char **argv)
     std::fprintf(stderr, "bench_phases: %s\n", error.what());
     return 1;
   }
-  PopErrorHandler__();
+  PopErrorHandler();
   benchmark::Shutdown();
   return 0;
 }

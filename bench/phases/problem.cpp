@@ -44,7 +44,7 @@ void FreeLevels(const Problem &problem, HGraph *coarsest)
     FreeHGraph__(coarsest);
     coarsest = finer;
   }
-  FreeCycleState__(problem.graph);
+  FreeCycleState(problem.graph);
   problem.graph->coarser = nullptr;
 }
 
@@ -70,18 +70,18 @@ static Hgr GenerateHgr(const std::string &kind, int ncells)
 
 static HGraph *CopyOf(const Hgr &hgr)
 {
-  return CopyHGraph__(hgr.ncells, hgr.nnets, nullptr, hgr.netptr.data(), hgr.netind.data(), nullptr);
+  return CopyHGraph(hgr.ncells, hgr.nnets, nullptr, hgr.netptr.data(), hgr.netind.data(), nullptr);
 }
 
 static std::vector<int> ProjectedPartition(const HGraph *graph, const HGraph *coarser, int nparts)
 {
   Control ctrl = ControlFor(coarser, nparts);
-  HGraph *copy = CopyHGraph__(coarser->ncells, coarser->nnets, coarser->cellwgt, coarser->netptr,
+  HGraph *copy = CopyHGraph(coarser->ncells, coarser->nnets, coarser->cellwgt, coarser->netptr,
                               coarser->netind, coarser->netwgt);
   std::vector<int> cpart(static_cast<std::size_t>(coarser->ncells)), part;
 
   ctrl.ubfactor = nparts == 2 ? 0.05f : 0.01f; // of each bisection
-  PartitionByBisection__(&ctrl, copy, 0, cpart.data());
+  PartitionByBisection(&ctrl, copy, 0, cpart.data());
   FreeHGraph__(copy);
   for (int i = 0; i < graph->ncells; i++)
     part.push_back(cpart[static_cast<std::size_t>(graph->cellmap[i])]);

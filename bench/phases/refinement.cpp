@@ -94,7 +94,7 @@ template <int rtype>
 static void TimeKwayPass(benchmark::State &state, const Problem &problem)
 {
   TimeKway(state, problem, rtype,
-           [](Control *ctrl, HGraph *graph) { RefineObjectiveKway__(ctrl, graph, 1); });
+           [](Control *ctrl, HGraph *graph) { RefineObjectiveKway(ctrl, graph, 1); });
 }
 
 const std::vector<PhaseTiming> refinement_phases = {

@@ -1,16 +1,18 @@
 // lib/api/api.cpp - the safe interface: one frame around everything that can fail.
 // SPDX-License-Identifier: MIT
 //
-//   check    options and problem                              CheckOptions__, CheckProblem__
-//   clean    nets that change no objective                    MakeCleanProblem__
-//   run      the starts, on the threads of the call           RunStarts__
+//   check    options and problem                              CheckOptions, CheckProblem
+//   clean    nets that change no objective                    MakeCleanProblem
+//   run      the starts, on the threads of the call           RunStarts
 //   deliver  the best partition into memory of the caller     Deliver
 // Everything between the first and the last step lives in a ledger of this call: it bounds the memory, knows the peak,
 // and gives all blocks back at the end, whichever way the call ended. What outlives the call, the result, is allocated
 // apart from it.
 
 #include "kapris_api.h"
-#include "run.h"
+
+#include "base/random.h"
+#include "starts/run.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -20,6 +22,8 @@
 #include <exception>
 #include <memory>
 #include <new>
+
+using namespace kapris::safe;
 
 void kapris_init_problem(kapris_problem *problem)
 {
@@ -114,18 +118,18 @@ struct ThreadGuard {
   RandomState random;
 
   ThreadGuard(Ledger *used, TraceSink traces)
-      : ledger(LedgerUse__(used)), sink(TraceUse__(traces)), random(SaveRandom__())
+      : ledger(UseLedger(used)), sink(UseTraceSink(traces)), random(SaveRandom())
   {
-    PushErrorHandler__();
+    PushErrorHandler();
   }
 
   ~ThreadGuard()
   {
-    PopErrorHandler__();
-    LedgerRelease__(0);
-    RestoreRandom__(&random);
-    TraceUse__(sink);
-    LedgerUse__(ledger);
+    PopErrorHandler();
+    ReleaseLedger(0);
+    RestoreRandom(&random);
+    UseTraceSink(sink);
+    UseLedger(ledger);
   }
 
   ThreadGuard(const ThreadGuard &) = delete;
@@ -135,7 +139,7 @@ struct ThreadGuard {
 struct PoolCloser {
   void operator()(TaskPool *pool) const
   {
-    StopPool__(pool);
+    StopPool(pool);
   }
 };
 
@@ -168,7 +172,7 @@ static void SetStatus(kapris_result *result, kapris_status status, const char *m
 {
   result->status = status;
   std::snprintf(result->message, sizeof result->message, "%s", message);
-  // Those of the classic interface end their sentence and their line.
+  // Those of the plain interface end their sentence and their line.
   std::size_t length = std::strlen(result->message);
   while (length > 0 && (result->message[length - 1] == '\n' || result->message[length - 1] == '.'))
     result->message[--length] = '\0';
@@ -222,10 +226,10 @@ static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
   result->part_limits = NewArray<std::int64_t>(problem->nparts);
   icopy__(problem->ncells, run->best.part, result->part);
   // Starts that were cut short have left all that they held, perhaps up to the memory limit.
-  LedgerRelease__(serial);
+  ReleaseLedger(serial);
   std::copy_n(problem->limits, problem->nparts, result->part_limits);
 
-  const Measures measures = Measure__(problem, result->part, result->part_weights);
+  const Measures measures = Measure(problem, result->part, result->part_weights);
   result->cut = measures.cut;
   result->soed = measures.soed;
   result->connectivity = measures.soed - measures.cut; // a net counts 0 while it is whole
@@ -235,42 +239,25 @@ static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
   SetFinalStatus(result, run);
 }
 
-static const int *Narrow(const std::int64_t *weights, int n, const char *name)
-{
-  if (weights == nullptr || n < 1)
-    return nullptr;
-  int *narrow = imalloc__(n, "api: weights");
-  for (int i = 0; i < n; i++) {
-    if (weights[i] > INT_MAX || weights[i] < INT_MIN)
-      errexit__("%s[%d] is %lld, beyond 32 bits", name, i, static_cast<long long>(weights[i]));
-    narrow[i] = static_cast<int>(weights[i]);
-  }
-  return narrow;
-}
-
-static void Partition(const kapris_problem *given_problem, const kapris_options *options, bool refine,
+static void Partition(const kapris_problem *problem, const kapris_options *options, bool refine,
                       const int *given, Ledger *ledger, LogOwner *log,
                       std::chrono::steady_clock::time_point began, kapris_result *result)
 {
-  if (given_problem == nullptr || options == nullptr)
-    errexit__("%s is null", given_problem == nullptr ? "problem" : "options");
-  CheckOptions__(options);
-  LedgerLimit__(options->memory_limit, -1);
-  NarrowProblem narrow = {*given_problem, nullptr, nullptr};
-  narrow.cell_weights = Narrow(given_problem->cell_weights, given_problem->ncells, "cell_weights");
-  narrow.net_weights = Narrow(given_problem->net_weights, given_problem->nnets, "net_weights");
-  const NarrowProblem *problem = &narrow;
-  CheckProblem__(problem);
+  if (problem == nullptr || options == nullptr)
+    errexit__("%s is null", problem == nullptr ? "problem" : "options");
+  CheckOptions(options);
+  LimitLedger(options->memory_limit, -1);
+  CheckProblem(problem);
   if (refine)
-    CheckGiven__(problem, given);
-  const CleanProblem clean = MakeCleanProblem__(problem, options);
-  result->seconds_prepare = SecondsSince__(began);
+    CheckGiven(problem, given);
+  const CleanProblem clean = MakeCleanProblem(problem, options);
+  result->seconds_prepare = SecondsSince(began);
 
   // There is never more to do at once than one bisection per part of every start.
   const std::int64_t nthreads =
       std::min<std::int64_t>(options->threads, static_cast<std::int64_t>(options->starts) * clean.nparts);
   const std::unique_ptr<TaskPool, PoolCloser> pool(
-      StartPool__(static_cast<int>(nthreads), ledger, TraceSink{WriteLog, log}));
+      StartPool(static_cast<int>(nthreads), ledger, TraceSink{WriteLog, log}));
   Run run = {};
   run.problem = &clean;
   run.options = options;
@@ -288,8 +275,8 @@ static void Partition(const kapris_problem *given_problem, const kapris_options 
   if (options->records)
     run.trials.resize(static_cast<std::size_t>(options->starts));
   const std::uint64_t serial = ledger->serial;
-  RunStarts__(&run, given);
-  result->seconds_starts = SecondsSince__(began) - result->seconds_prepare;
+  RunStarts(&run, given);
+  result->seconds_starts = SecondsSince(began) - result->seconds_prepare;
 
   Deliver(&run, serial, result);
   if (options->records)
@@ -345,7 +332,7 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
     made->ntrials = made->nlevels = 0;
   }
   made->peak_bytes = ledger.peak;
-  made->seconds = SecondsSince__(began);
+  made->seconds = SecondsSince(began);
   return made->status;
 }
 

@@ -3,48 +3,50 @@
 
 #include "coarsen.h"
 
-#include "control/ctrl.h"
-
 #include <algorithm>
 #include <set>
 #include <vector>
 
-const char *CheckMatching__(const Control *ctrl, const HGraph *graph, int ngroups)
+namespace kapris::KAPRIS_ENGINE
 {
+
+const char *CheckMatching(const Control *ctrl, const HGraph *graph, const Grouping *groups)
+{
+  const int ngroups = groups->ngroups;
   std::vector<bool> listed(static_cast<std::size_t>(graph->ncells), false);
 
-  if (graph->mptr[0] != 0 || graph->mptr[ngroups] != graph->ncells)
+  if (groups->mptr[0] != 0 || groups->mptr[ngroups] != graph->ncells)
     return "mptr: the groups do not hold every cell";
   for (int g = 0; g < ngroups; g++) {
-    std::int64_t wgt = 0;
+    Weight wgt = 0;
 
-    if (graph->mptr[g + 1] <= graph->mptr[g])
+    if (groups->mptr[g + 1] <= groups->mptr[g])
       return "mptr: a group is empty";
-    for (int k = graph->mptr[g]; k < graph->mptr[g + 1]; k++) {
-      const int v = graph->mind[k];
+    for (int k = groups->mptr[g]; k < groups->mptr[g + 1]; k++) {
+      const int v = groups->mind[k];
       if (v < 0 || v >= graph->ncells || listed[static_cast<std::size_t>(v)])
         return "mind: an entry is no cell or listed twice";
       listed[static_cast<std::size_t>(v)] = true;
-      if (graph->cellmap[v] != g)
+      if (groups->cellmap[v] != g)
         return "cellmap: disagrees with the groups";
-      wgt += graph->cellwgt[v];
+      wgt = AddWrap(wgt, graph->cellwgt[v]);
     }
-    if (g < graph->nfixed ? graph->mptr[g + 1] != g + 1 || graph->mind[g] != g
-                          : graph->mptr[g + 1] - graph->mptr[g] > 1 && wgt > ctrl->maxcellwgt)
+    if (g < graph->nfixed ? groups->mptr[g + 1] != g + 1 || groups->mind[g] != g
+                          : groups->mptr[g + 1] - groups->mptr[g] > 1 && wgt > ctrl->maxcellwgt)
       return "groups: an anchor is not alone, or a group is too heavy";
   }
   return nullptr;
 }
 
-const char *CheckContraction__(const HGraph *graph)
+const char *CheckContraction(const HGraph *graph, const HGraph *coarser, const Cell *cellmap,
+                             const Net *netmap)
 {
-  const HGraph *coarser = graph->coarser;
-  std::vector<std::int64_t> wgt(static_cast<std::size_t>(coarser->ncells), 0);
-  std::vector<int> netwgt(static_cast<std::size_t>(coarser->nnets), 0);
-  int dropwgt = graph->dropwgt;
+  std::vector<Weight> wgt(static_cast<std::size_t>(coarser->ncells), 0);
+  std::vector<Weight> netwgt(static_cast<std::size_t>(coarser->nnets), 0);
+  Weight dropwgt = graph->dropwgt;
 
   for (int i = 0; i < graph->ncells; i++)
-    wgt[static_cast<std::size_t>(graph->cellmap[i])] += graph->cellwgt[i];
+    wgt[static_cast<std::size_t>(cellmap[i])] += graph->cellwgt[i];
   for (int c = 0; c < coarser->ncells; c++)
     if (wgt[static_cast<std::size_t>(c)] != coarser->cellwgt[c])
       return "cellwgt: a coarse cell does not weigh what its members weigh";
@@ -52,19 +54,19 @@ const char *CheckContraction__(const HGraph *graph)
   for (int i = 0; i < graph->nnets; i++) {
     std::set<int> pins;
     for (int k = graph->netptr[i]; k < graph->netptr[i + 1]; k++)
-      pins.insert(graph->cellmap[graph->netind[k]]);
-    const int m = graph->netmap[i];
+      pins.insert(cellmap[graph->netind[k]]);
+    const int m = netmap[i];
     if ((m == -1) != (pins.size() == 1))
       return "netmap: a net was dropped that spans two coarse cells, or kept within one";
     if (m == -1) {
-      dropwgt = AddWrap__(dropwgt, graph->netwgt[i]);
+      dropwgt = AddWrap(dropwgt, graph->netwgt[i]);
       continue;
     }
     if (!std::equal(pins.begin(), pins.end(), coarser->netind + coarser->netptr[m],
                     coarser->netind + coarser->netptr[m + 1]))
       return "netmap: a coarse net has other pins than its fine net";
-    int &sum = netwgt[static_cast<std::size_t>(m)];
-    sum = AddWrap__(sum, graph->netwgt[i]);
+    Weight &sum = netwgt[static_cast<std::size_t>(m)];
+    sum = AddWrap(sum, graph->netwgt[i]);
   }
   if (dropwgt != coarser->dropwgt)
     return "dropwgt: not the weight of the dropped nets";
@@ -85,3 +87,5 @@ const char *CheckContraction__(const HGraph *graph)
   }
   return nullptr;
 }
+
+} // namespace kapris::KAPRIS_ENGINE

@@ -4,16 +4,20 @@
 //
 // Per level:
 //   islands   set aside                                         SeparateIslands__
-//   match     by the scheme of ctype; contracts as well         Match... , CMatch...
+//   match     by the scheme of ctype                            Match... , CMatch...
+//   contract  the groups                                        CreateCoarseHGraph__
 //   carry     the partition (restricted only)                   CarryPartition
 //   progress  a level must shrink below 0.8 of the one before   IsSlow
 // The free form forgives the first slow level and asks for 0.86 from then on; the restricted form does not.
 
 #include "match.h"
 
-#include "control/ctrl.h"
+#include "core/constants.h"
 
 #include <algorithm>
+
+namespace kapris::KAPRIS_ENGINE
+{
 
 static MatchWork AllocMatchWork(const HGraph *graph)
 {
@@ -23,7 +27,7 @@ static MatchWork AllocMatchWork(const HGraph *graph)
   work.scores = fmalloc__(graph->ncells, "Coarsen: scores");
   std::fill_n(work.scores, graph->ncells, NO_SCORE);
   work.perm = imalloc__(n, "Coarsen: perm");
-  work.vpairs = QVarray__<KeyVal>(n, "Coarsen: vpairs");
+  work.vpairs = QVarray<KeyVal>(n, "Coarsen: vpairs");
   work.keys = reinterpret_cast<int *>(work.vpairs);
   work.order = work.keys + graph->ncells;
   work.cand = imalloc__(graph->ncells, "Coarsen: cand");
@@ -41,142 +45,132 @@ static void TraceLevel(const Control *ctrl, const HGraph *graph)
     return;
 
   const double ncells = graph->ncells, nnets = graph->nnets;
-  const int netwgt = iasum__(graph->nnets, graph->netwgt);
-  Trace__("[%6d %6d %6.2f %6.2f %6.2f %6.2f, %6d %6d %6d %6.2f]\n", graph->ncells, graph->nnets,
-          graph->incptr[graph->ncells] / ncells, graph->netptr[graph->nnets] / nnets, nnets / ncells,
-          NumOfLargeNets__(graph->nnets, graph->netptr) / ncells, netwgt, graph->dropwgt,
-          AddWrap__(netwgt, graph->dropwgt), netwgt / ncells);
+  const Weight netwgt = iasum__(graph->nnets, graph->netwgt);
+  Trace("[%6d %6d %6.2f %6.2f %6.2f %6.2f, %6lld %6lld %6lld %6.2f]\n", graph->ncells, graph->nnets,
+        graph->incptr[graph->ncells] / ncells, graph->netptr[graph->nnets] / nnets, nnets / ncells,
+        NumOfLargeNets__(graph->nnets, graph->netptr) / ncells, Shown(netwgt), Shown(graph->dropwgt),
+        Shown(AddWrap(netwgt, graph->dropwgt)), static_cast<double>(netwgt) / ncells);
 }
 
 static void TraceText(const Control *ctrl, const char *text)
 {
   if (ctrl->dbglvl & DBG_COARSEN)
-    Trace__("%s", text);
+    Trace("%s", text);
 }
 
 // slow = a level has already shrunk too little; depth = contractions so far.
-static void Match(Control *ctrl, HGraph *graph, MatchWork *work, int depth, bool slow)
+static Grouping Match(const Control *ctrl, const HGraph *graph, MatchWork *work, int depth, bool slow)
 {
   switch (ctrl->ctype) {
-  case 1:
-    Match_EdgesStars__(ctrl, graph, work, depth < 4);
-    break;
-  case 2:
-    Match_EdgesStars__(ctrl, graph, work, 0);
-    break;
-  case 3:
-    Match_EdgesStars__(ctrl, graph, work, 1);
-    break;
-  case 4:
-    if (slow)
-      Match_Edges__(ctrl, graph, work);
-    else
-      Match_Hedges_PHedges_Edges__(ctrl, graph, work);
-    break;
-  case 5:
-    Match_Edges__(ctrl, graph, work);
-    break;
-  default:
-    errexit__("Unknown matching type! %d\n", ctrl->ctype);
+  case MATCH_ALTERNATE:
+    return Match_EdgesStars__(ctrl, graph, work, depth < STRONG_LEVELS);
+  case MATCH_DEGREE:
+    return Match_EdgesStars__(ctrl, graph, work, 0);
+  case MATCH_STRONG:
+    return Match_EdgesStars__(ctrl, graph, work, 1);
+  case MATCH_NETS:
+    return slow ? Match_Edges__(ctrl, graph, work) : Match_Hedges_PHedges_Edges__(ctrl, graph, work);
+  case MATCH_PAIRS:
+    return Match_Edges__(ctrl, graph, work);
   }
+  errexit__("Unknown matching type! %d\n", ctrl->ctype);
 }
 
-static void MatchRestricted(Control *ctrl, HGraph *graph, MatchWork *work)
+static Grouping MatchRestricted(const Control *ctrl, RestrictedMatching matching, const Level *level,
+                                MatchWork *work)
 {
-  switch (ctrl->ctype) {
-  case 0:
-    CMatch_EdgesStars__(ctrl, graph, work);
-    break;
-  case 1:
-    CMatch_Edges__(ctrl, graph, work);
-    break;
-  default:
-    errexit__("Unknown matching type! %d\n", ctrl->ctype);
-  }
+  return matching == MATCH_PART_STARS ? CMatch_EdgesStars__(ctrl, level->graph, level->part.where, work)
+                                      : CMatch_Edges__(ctrl, level->graph, level->part.where, work);
+}
+
+static void Contract(const Control *ctrl, Level *level, Grouping *groups)
+{
+  CHECK_VALID(CheckMatching(ctrl, level->graph, groups));
+  level->cellmap = groups->cellmap;
+  level->coarser = CreateLevel(level, CreateCoarseHGraph__(ctrl, level->graph, groups));
+  QVfree__(&groups->mptr, &groups->mind);
+  // What only matching needs. The finest level is matched again by the next trial.
+  if (level->finer != nullptr)
+    QVfree__(&level->own->edgewgt);
 }
 
 // Moves the part vector to the coarser level: no group spans two parts.
-static void CarryPartition(HGraph *graph)
+static void CarryPartition(Level *level)
 {
-  int *cwhere = imalloc__(graph->coarser->ncells, "CCoarsen: cwhere");
+  int *cwhere = imalloc__(level->coarser->graph->ncells, "CCoarsen: cwhere");
 
-  for (int i = 0; i < graph->ncells; i++)
-    cwhere[graph->cellmap[i]] = graph->where[i];
-  QVfree__(&graph->where);
-  graph->coarser->where = cwhere;
-}
-
-// What only matching and contraction need. The finest level is matched again by the next trial, and keeps its weights.
-static void DropMatching(HGraph *graph)
-{
-  QVfree__(&graph->mptr, &graph->mind, &graph->netmap);
-  if (graph->finer != nullptr)
-    QVfree__(&graph->edgewgt);
+  for (int i = 0; i < level->graph->ncells; i++)
+    cwhere[level->cellmap[i]] = level->part.where[i];
+  QVfree__(&level->part.where);
+  level->coarser->part.where = cwhere;
 }
 
 // Single precision on purpose: the product decides whether coarsening goes on.
-static bool IsSlow(const HGraph *coarser, float ratio)
+static bool IsSlow(const Level *coarser, float ratio)
 {
-  const int ncells = coarser->ncells, nfiner = coarser->finer->ncells;
+  const int ncells = coarser->graph->ncells, nfiner = coarser->finer->graph->ncells;
 
   return static_cast<float>(ncells) > static_cast<float>(nfiner) * ratio || ncells == nfiner;
 }
 
-template <bool restricted>
-static HGraph *RunCoarsening(Control *ctrl, HGraph *graph)
+// match(level, work, slow) groups the cells of a level.
+template <bool restricted, class MatchLevel>
+static Level *RunCoarsening(const Control *ctrl, int coarsento, Level *level, MatchLevel match)
 {
-  StartTimer__(ctrl, &ctrl->CoarsenTmr);
-  float ratio = 0.8f;
+  const Stopwatch stopwatch(ctrl, &Timers::CoarsenTmr);
+  float ratio = SLOW_RATIO;
   bool slow = false;
 
-  graph->level = 0;
+  level->level = 0;
   TraceText(ctrl, "----------------------------------------------------------\n");
-  TraceLevel(ctrl, graph);
-  RecordLevel__(ctrl, PHASE_COARSEN, graph, -1);
+  TraceLevel(ctrl, level->graph);
+  RecordLevel(ctrl, PHASE_COARSEN, level, -1);
 
-  while (ctrl->coarsento < graph->ncells) {
-    EnterPhase__(ctrl, PHASE_COARSEN, graph->ncells);
-    SeparateIslands__(graph);
+  while (coarsento < level->graph->ncells) {
+    EnterPhase(ctrl, PHASE_COARSEN, level->graph->ncells);
+    SeparateIslands__(level);
     // Anew for each level: memory is at its peak when all levels are there, and the last ones need little.
-    MatchWork work = AllocMatchWork(graph);
-    if constexpr (restricted) {
-      MatchRestricted(ctrl, graph, &work);
-      CarryPartition(graph);
-    } else {
-      StartTimer__(ctrl, &ctrl->AuxTmr1);
-      Match(ctrl, graph, &work, graph->level, slow);
-      StopTimer__(ctrl, &ctrl->AuxTmr1);
+    MatchWork work = AllocMatchWork(level->graph);
+    {
+      const Stopwatch ofmatching(ctrl, restricted ? nullptr : &Timers::AuxTmr1);
+      Grouping groups = match(level, &work, slow);
+      Contract(ctrl, level, &groups);
     }
+    if (restricted)
+      CarryPartition(level);
     FreeMatchWork(&work);
-    DropMatching(graph);
-    graph->coarser->level = graph->level + 1;
-    graph = graph->coarser;
-    TraceLevel(ctrl, graph);
-    RecordLevel__(ctrl, PHASE_COARSEN, graph, -1);
+    level = level->coarser;
+    TraceLevel(ctrl, level->graph);
+    RecordLevel(ctrl, PHASE_COARSEN, level, -1);
 
-    if (IsSlow(graph, ratio)) {
-      if (restricted || slow || ctrl->ctype == 5) {
+    if (IsSlow(level, ratio)) {
+      if (restricted || slow || ctrl->ctype == MATCH_PAIRS) {
         if (ctrl->dbglvl & DBG_COARSEN)
-          Trace__("\nSlow progress in coarsening. Aborted at %d nodes\n", graph->ncells);
+          Trace("\nSlow progress in coarsening. Aborted at %d nodes\n", level->graph->ncells);
         break;
       }
       TraceText(ctrl, "-----------------------------------\n");
-      ratio = static_cast<float>(ratio * 1.075);
+      ratio = static_cast<float>(ratio * SLOW_GROWTH);
       slow = true;
     }
   }
 
   TraceText(ctrl, "\n");
-  StopTimer__(ctrl, &ctrl->CoarsenTmr);
-  return graph;
+  return level;
 }
 
-HGraph *Coarsen__(Control *ctrl, HGraph *graph)
+Level *Coarsen__(const Control *ctrl, Level *level)
 {
-  return RunCoarsening<false>(ctrl, graph);
+  return RunCoarsening<false>(ctrl, ctrl->coarsento, level, [ctrl](const Level *l, MatchWork *work, bool slow) {
+    return Match(ctrl, l->graph, work, l->level, slow);
+  });
 }
 
-HGraph *CCoarsen__(Control *ctrl, HGraph *graph)
+Level *CCoarsen__(const Control *ctrl, RestrictedMatching matching, Level *level)
 {
-  return RunCoarsening<true>(ctrl, graph);
+  return RunCoarsening<true>(ctrl, COARSEST_CYCLE, level, [&](const Level *l, MatchWork *work, bool) {
+    return MatchRestricted(ctrl, matching, l, work);
+  });
 }
+
+} // namespace kapris::KAPRIS_ENGINE

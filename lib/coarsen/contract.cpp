@@ -9,21 +9,28 @@
 
 #include "coarsen.h"
 
-#include "control/ctrl.h"
+#include "base/sort.h"
 
 #include <algorithm>
+
+namespace kapris::KAPRIS_ENGINE
+{
 
 namespace
 {
 
 struct NetList {
   int nnets;
-  int *netptr, *netind, *netwgt;
+  Pin *netptr;
+  Cell *netind;
+  Weight *netwgt;
 };
 
 struct NetView {
   int nnets;
-  const int *netptr, *netind, *netwgt;
+  const Pin *netptr;
+  const Cell *netind;
+  const Weight *netwgt;
 };
 
 struct MergeLabels {
@@ -62,10 +69,10 @@ static NetList MergeSameNets(const NetView *nets, int *netmap, const MergeLabels
 {
   const int n = nets->nnets;
   const int *netptr = nets->netptr;
-  KeyVal *cand = QVarray__<KeyVal>(n, "CreateCoarseHGraph: cand");
+  KeyVal *cand = QVarray<KeyVal>(n, "CreateCoarseHGraph: cand");
   int *seen = ismalloc__(n, 0, labels->seen);
   NetList merged = {0, imalloc__(static_cast<std::int64_t>(n) + 1, labels->netptr),
-                    imalloc__(netptr[n], labels->netind), imalloc__(n, labels->netwgt)};
+                    imalloc__(netptr[n], labels->netind), wmalloc(n, labels->netwgt)};
 
   for (int j = 0; j < n; j++) {
     const unsigned size = static_cast<unsigned>(netptr[j + 1] - netptr[j]);
@@ -97,7 +104,7 @@ static NetList MergeSameNets(const NetView *nets, int *netmap, const MergeLabels
         break;
       if (SamePins(nets, net, other)) {
         seen[j] = 1;
-        merged.netwgt[m] = AddWrap__(merged.netwgt[m], nets->netwgt[other]);
+        merged.netwgt[m] = AddWrap(merged.netwgt[m], nets->netwgt[other]);
         if (netmap != nullptr)
           netmap[other] = m;
       }
@@ -109,12 +116,12 @@ static NetList MergeSameNets(const NetView *nets, int *netmap, const MergeLabels
 
 // The nets as sets of coarse cells in increasing order, without those that fall into one coarse cell; their
 // weight is added to *dropwgt and their netmap entry stays -1. htable is all -1 on entry.
-static NetList MapNets(const HGraph *graph, int *htable, int *dropwgt)
+static NetList MapNets(const HGraph *graph, const Cell *cellmap, Net *netmap, int *htable, Weight *dropwgt)
 {
   NetList nets = {
       0, imalloc__(static_cast<std::int64_t>(graph->nnets) + 1, "CreateCoarseHGraph: coarser->netptr"),
       imalloc__(graph->netptr[graph->nnets], "CreateCoarseHGraph: coarser->netind"),
-      imalloc__(graph->nnets, "CreateCoarseHGraph: coarser->netwgt")};
+      wmalloc(graph->nnets, "CreateCoarseHGraph: coarser->netwgt")};
 
   nets.netptr[0] = 0;
   for (int i = 0; i < graph->nnets; i++) {
@@ -122,17 +129,17 @@ static NetList MapNets(const HGraph *graph, int *htable, int *dropwgt)
     int npins = 0;
 
     for (int k = graph->netptr[i]; k < graph->netptr[i + 1]; k++) {
-      const int c = graph->cellmap[graph->netind[k]];
+      const int c = cellmap[graph->netind[k]];
       pins[npins] = c;
       npins += htable[c] != i;
       htable[c] = i;
     }
     if (npins == 1) {
-      *dropwgt = AddWrap__(*dropwgt, graph->netwgt[i]);
+      *dropwgt = AddWrap(*dropwgt, graph->netwgt[i]);
       continue;
     }
-    SortDistinct__(npins, pins);
-    graph->netmap[i] = nets.nnets;
+    SortDistinct(npins, pins);
+    netmap[i] = nets.nnets;
     nets.netwgt[nets.nnets++] = graph->netwgt[i];
     nets.netptr[nets.nnets] = nets.netptr[nets.nnets - 1] + npins;
   }
@@ -140,33 +147,37 @@ static NetList MapNets(const HGraph *graph, int *htable, int *dropwgt)
 }
 
 // Asks for what is read after member number k: members and their nets lie anywhere.
-__attribute__((always_inline)) static inline void AskForNets(const HGraph *graph, int k)
+__attribute__((always_inline)) static inline void AskForNets(const HGraph *graph, const Cell *mind,
+                                                                     const Net *netmap, int k)
 {
   if (k + 16 >= graph->ncells)
     return;
-  __builtin_prefetch(&graph->incptr[graph->mind[k + 16]]);
-  __builtin_prefetch(&graph->incind[graph->incptr[graph->mind[k + 8]]]);
-  const int v = graph->mind[k + 4];
+  __builtin_prefetch(&graph->incptr[mind[k + 16]]);
+  __builtin_prefetch(&graph->incind[graph->incptr[mind[k + 8]]]);
+  const int v = mind[k + 4];
   for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
-    __builtin_prefetch(&graph->netmap[graph->incind[i]]);
+    __builtin_prefetch(&netmap[graph->incind[i]]);
 }
 
 // The nets of a coarse cell appear in the order in which its members first name them. Each is written, and stays if it
 // is new: a branch on that could not be foretold.
-static void BuildCoarseCells(const HGraph *graph, HGraph *coarser, int *htable)
+static void BuildCoarseCells(const HGraph *graph, const Grouping *groups, const Net *netmap, HGraph *coarser,
+                             int *htable)
 {
+  const int *mptr = groups->mptr;
+  const Cell *mind = groups->mind;
   int *seen = htable + 1; // the last cell that named a net; dropped nets, -1, count as named by all
   int nincs = 0;
 
   coarser->incptr[0] = 0;
   for (int c = 0; c < coarser->ncells; c++) {
     seen[-1] = c;
-    for (int k = graph->mptr[c]; k < graph->mptr[c + 1]; k++) {
-      const int v = graph->mind[k];
-      AskForNets(graph, k);
+    for (int k = mptr[c]; k < mptr[c + 1]; k++) {
+      const int v = mind[k];
+      AskForNets(graph, mind, netmap, k);
       coarser->cellwgt[c] += graph->cellwgt[v];
       for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
-        const int m = graph->netmap[graph->incind[i]];
+        const int m = netmap[graph->incind[i]];
         coarser->incind[nincs] = m;
         nincs += seen[m] != c;
         seen[m] = c;
@@ -174,19 +185,19 @@ static void BuildCoarseCells(const HGraph *graph, HGraph *coarser, int *htable)
     }
     coarser->incptr[c + 1] = nincs;
     for (int i = coarser->incptr[c]; i < nincs; i++)
-      coarser->adjwgt[c] = AddWrap__(coarser->adjwgt[c], coarser->netwgt[coarser->incind[i]]);
+      coarser->adjwgt[c] = AddWrap(coarser->adjwgt[c], coarser->netwgt[coarser->incind[i]]);
   }
 }
 
-void CreateCoarseHGraph__(Control *ctrl, HGraph *graph, int ncoarse)
+HGraph *CreateCoarseHGraph__(const Control *ctrl, const HGraph *graph, const Grouping *groups)
 {
   static const MergeLabels labels = {"CreateCoarseHGraph: dnetptr", "CreateCoarseHGraph: dnetind",
                                      "CreateCoarseHGraph: dnetwgt", "CreateCoarseHGraph: dseen"};
+  const Stopwatch stopwatch(ctrl, &Timers::AuxTmr2);
+  const int ncoarse = groups->ngroups;
+  Net *netmap = ismalloc__(graph->nnets, -1, "CreateCoarseHGraph: graph->netmap");
+  HGraph *coarser = CreateHGraph__();
 
-  StartTimer__(ctrl, &ctrl->AuxTmr2);
-  graph->netmap = ismalloc__(graph->nnets, -1, "CreateCoarseHGraph: graph->netmap");
-  HGraph *coarser = graph->coarser = CreateHGraph__();
-  coarser->finer = graph;
   coarser->ncells = ncoarse;
   coarser->nfixed = graph->nfixed;
   coarser->dropwgt = graph->dropwgt;
@@ -197,13 +208,13 @@ void CreateCoarseHGraph__(Control *ctrl, HGraph *graph, int ncoarse)
       std::max<std::int64_t>({graph->ncells, static_cast<std::int64_t>(graph->nnets) + 1, ncoarse});
   int *htable = ismalloc__(nentries, -1, "CreateCoarseHGraph: htable");
 
-  NetList mapped = MapNets(graph, htable, &coarser->dropwgt);
+  NetList mapped = MapNets(graph, groups->cellmap, netmap, htable, &coarser->dropwgt);
   int *dnetmap = imalloc__(mapped.nnets, "CreateCoarseHGraph: dnetmap");
   const NetView view = {mapped.nnets, mapped.netptr, mapped.netind, mapped.netwgt};
   const NetList merged = MergeSameNets(&view, dnetmap, &labels, ProductKey());
   for (int i = 0; i < graph->nnets; i++)
-    if (graph->netmap[i] != -1)
-      graph->netmap[i] = dnetmap[graph->netmap[i]];
+    if (netmap[i] != -1)
+      netmap[i] = dnetmap[netmap[i]];
   QVfree__(&mapped.netptr, &mapped.netind, &mapped.netwgt, &dnetmap);
 
   coarser->nnets = merged.nnets;
@@ -212,24 +223,24 @@ void CreateCoarseHGraph__(Control *ctrl, HGraph *graph, int ncoarse)
   coarser->netwgt = merged.netwgt;
   coarser->edgewgt = fmalloc__(merged.nnets, "CreateCoarseHGraph: coarser->edgewgt");
   for (int j = 0; j < merged.nnets; j++)
-    coarser->edgewgt[j] = EdgeWeight__(merged.netwgt[j], NetSize__(coarser, j));
+    coarser->edgewgt[j] = EdgeWeight(merged.netwgt[j], NetSize(coarser, j));
 
   coarser->incptr = imalloc__(static_cast<std::int64_t>(ncoarse) + 1, "CreateCoarseHGraph: coarser->incptr");
   coarser->incind = imalloc__(static_cast<std::int64_t>(merged.netptr[merged.nnets]) + 1,
                               "CreateCoarseHGraph: coarser->incind");
-  coarser->cellwgt = ismalloc__(ncoarse, 0, "CreateCoarseHGraph: coarser->cellwgt");
-  coarser->adjwgt = ismalloc__(ncoarse, 0, "CreateCoarseHGraph: coarser->adjwgt");
+  coarser->cellwgt = wsmalloc(ncoarse, 0, "CreateCoarseHGraph: coarser->cellwgt");
+  coarser->adjwgt = wsmalloc(ncoarse, 0, "CreateCoarseHGraph: coarser->adjwgt");
   iset__(nentries, -1, htable);
-  BuildCoarseCells(graph, coarser, htable);
-  QVfree__(&htable);
+  BuildCoarseCells(graph, groups, netmap, coarser, htable);
 
-  CHECK_VALID(CheckHGraph__(coarser));
-  CHECK_VALID(CheckContraction__(graph));
-  StopTimer__(ctrl, &ctrl->AuxTmr2);
+  CHECK_VALID(CheckHGraph(coarser));
+  CHECK_VALID(CheckContraction(graph, coarser, groups->cellmap, netmap));
+  QVfree__(&htable, &netmap);
+  return coarser;
 }
 
-void CollapseSameHEdges__(int nnets, const int *netptr, int *netind, const int *netwgt, int *outnnets,
-                          int **outnetptr, int **outnetind, int **outnetwgt)
+void CollapseSameHEdges__(int nnets, const Pin *netptr, Cell *netind, const Weight *netwgt, int *outnnets,
+                          Pin **outnetptr, Cell **outnetind, Weight **outnetwgt)
 {
   static const MergeLabels labels = {"CollapseSameHEdges: dnetptr", "CollapseSameHEdges: dnetind",
                                      "CollapseSameHEdges: dnetwgt", "CollapseSameHEdges: dseen"};
@@ -244,3 +255,5 @@ void CollapseSameHEdges__(int nnets, const int *netptr, int *netind, const int *
   *outnetind = merged.netind;
   *outnetwgt = merged.netwgt;
 }
+
+} // namespace kapris::KAPRIS_ENGINE

@@ -1,129 +1,141 @@
-// lib/coarsen/islands.cpp - cells on no net: set aside, dealt to the parts, and put back.
+// lib/coarsen/islands.cpp - cells on no net: set aside, and put back.
 // SPDX-License-Identifier: MIT
 //
 // A level with k kept cells and m islands keeps k+m entries in its per-cell arrays: the kept cells first, in
 // their old order, then the islands, the one of the lowest old number last. Projection through the finer
 // level's cellmap therefore still reaches every cell.
+//
+// Other trials may be at work on the hypergraph of a finest level, so it is not renumbered: the level gets another one,
+// which shares with it what does not depend on the numbers of the cells.
 
 #include "coarsen.h"
 
-#include "control/ctrl.h"
-
-// Moves the entry at index i to map[i]; aux has room for n entries.
-static void PermuteEntries(int n, const int *map, int *x, int *aux)
+namespace kapris::KAPRIS_ENGINE
 {
-  if (x == nullptr)
-    return;
+
+// A copy of x, of n entries, with the entry at index i at map[i].
+template <class T>
+static T *Permuted(int n, const Cell *map, const T *x)
+{
+  T *permuted = QVarray<T>(n, "SeparateIslands: aux");
+
   for (int i = 0; i < n; i++)
-    aux[map[i]] = x[i];
-  icopy__(n, aux, x);
+    permuted[map[i]] = x[i];
+  return permuted;
 }
 
-static void PermuteCells(HGraph *graph, int n, const int *map, int *aux)
+template <class T>
+static void Permute(int n, const Cell *map, T **x)
 {
-  PermuteEntries(n, map, graph->where, aux);
-  PermuteEntries(n, map, graph->cellwgt, aux);
-  PermuteEntries(n, map, graph->adjwgt, aux);
-  for (int k = 0; k < graph->netptr[graph->nnets]; k++)
-    graph->netind[k] = map[graph->netind[k]];
+  T *permuted = Permuted(n, map, *x);
+
+  QVfree__(x);
+  *x = permuted;
 }
 
-void SeparateIslands__(HGraph *graph)
+// Where each cell goes; returns how many are kept.
+static int MapIslands(const HGraph *graph, Cell *map)
 {
   const int n = graph->ncells;
-  const int *incptr = graph->incptr;
-  int *map = imalloc__(n, "SeparateIslands: ncells");
   int nkept = graph->nfixed, last = n;
 
   for (int i = 0; i < graph->nfixed; i++)
     map[i] = i;
   for (int i = graph->nfixed; i < n; i++)
-    map[i] = incptr[i + 1] > incptr[i] ? nkept++ : --last;
+    map[i] = graph->incptr[i + 1] > graph->incptr[i] ? nkept++ : --last;
+  return nkept;
+}
 
-  graph->nislands = n - nkept;
-  graph->ncells = nkept;
-  if (graph->nislands == 0) {
+// Islands have empty lists, so dropping their entries keeps the lists of the others in place.
+static void DropEmptyLists(const Cell *map, int n, int nkept, int nfixed, Pin *incptr)
+{
+  for (int i = nfixed, end = nfixed; i < n; i++)
+    if (map[i] < nkept)
+      incptr[++end] = incptr[i + 1];
+}
+
+// The hypergraph of a finest level, renumbered.
+static HGraph *Renumbered(const HGraph *graph, const Cell *map)
+{
+  const int n = graph->ncells, npins = graph->netptr[graph->nnets];
+  HGraph *view = CreateHGraph__();
+
+  *view = *graph;
+  view->incptr = imalloc__(static_cast<std::int64_t>(n) + 1, "SeparateIslands: incptr");
+  icopy__(static_cast<std::int64_t>(n) + 1, graph->incptr, view->incptr);
+  view->cellwgt = Permuted(n, map, graph->cellwgt);
+  view->adjwgt = Permuted(n, map, graph->adjwgt);
+  view->netind = imalloc__(npins, "SeparateIslands: netind");
+  for (int k = 0; k < npins; k++)
+    view->netind[k] = map[graph->netind[k]];
+  return view;
+}
+
+static void FreeRenumbered(HGraph *view)
+{
+  view->incind = view->netptr = nullptr;
+  view->netwgt = nullptr;
+  view->edgewgt = nullptr;
+  FreeHGraph__(view);
+}
+
+static void RenumberOwn(HGraph *graph, const Cell *map)
+{
+  const int n = graph->ncells;
+
+  Permute(n, map, &graph->cellwgt);
+  Permute(n, map, &graph->adjwgt);
+  for (int k = 0; k < graph->netptr[graph->nnets]; k++)
+    graph->netind[k] = map[graph->netind[k]];
+}
+
+void SeparateIslands__(Level *level)
+{
+  const HGraph *graph = level->graph;
+  const int n = graph->ncells;
+  Cell *map = imalloc__(n, "SeparateIslands: ncells");
+  const int nkept = MapIslands(graph, map);
+
+  if (nkept == n) {
     QVfree__(&map);
     return;
   }
+  if (level->finer == nullptr)
+    level->own = Renumbered(graph, map);
+  else
+    RenumberOwn(level->own, map);
+  HGraph *own = level->own;
+  level->graph = own;
+  DropEmptyLists(map, n, nkept, own->nfixed, own->incptr);
+  own->nislands = n - nkept;
+  own->ncells = nkept;
+  if (level->part.where != nullptr)
+    Permute(n, map, &level->part.where);
 
-  // Islands have empty lists, so dropping their entries keeps the lists of the others in place.
-  for (int i = graph->nfixed, end = graph->nfixed; i < n; i++)
-    if (map[i] < nkept)
-      graph->incptr[++end] = graph->incptr[i + 1];
-
-  int *aux = imalloc__(n, "SeparateIslands: aux");
-  PermuteCells(graph, n, map, aux);
-  QVfree__(&aux);
-
-  if (graph->finer == nullptr) {
-    graph->islandmap = imalloc__(n, "SeparateIslands: graph->islandmap");
-    icopy__(n, map, graph->islandmap);
+  if (level->finer == nullptr) {
+    level->islandmap = map;
   } else {
-    for (int i = 0; i < graph->finer->ncells; i++)
-      graph->finer->cellmap[i] = map[graph->finer->cellmap[i]];
+    for (int i = 0; i < level->finer->graph->ncells; i++)
+      level->finer->cellmap[i] = map[level->finer->cellmap[i]];
+    QVfree__(&map);
   }
-  QVfree__(&map);
-  CHECK_VALID(CheckHGraph__(graph));
+  CHECK_VALID(CheckLevel(level));
 }
 
-void PartitionIslands__(const Control *ctrl, HGraph *graph)
+void CombineIslands__(Level *level)
 {
-  // By weight alone, or by weight in proportion to the shares of the sides.
-  const double share0 = ctrl->context != nullptr ? ctrl->part0frac : 0.5;
-
-  for (int i = graph->ncells; i < graph->ncells + graph->nislands; i++) {
-    const int p = graph->pwgts[0] * (1.0 - share0) >= graph->pwgts[1] * share0 ? 1 : 0;
-    graph->where[i] = p;
-    graph->pwgts[p] += graph->cellwgt[i];
-  }
-}
-
-// The part of the smallest weight in proportion to its share; the lowest number among equals.
-static int LightestPart(const Control *ctrl, const int *kpwgts)
-{
-  if (ctrl->context == nullptr)
-    return iamin__(ctrl->nparts, kpwgts);
-
-  const double *shares = ctrl->context->shares;
-  int lightest = 0;
-  for (int p = 1; p < ctrl->nparts; p++)
-    if (kpwgts[p] * shares[lightest] < kpwgts[lightest] * shares[p])
-      lightest = p;
-  return lightest;
-}
-
-void PartitionIslandsKway__(const Control *ctrl, HGraph *graph)
-{
-  for (int i = graph->ncells; i < graph->ncells + graph->nislands; i++) {
-    const int p = LightestPart(ctrl, graph->kpwgts);
-    graph->where[i] = p;
-    graph->kpwgts[p] += graph->cellwgt[i];
-  }
-}
-
-void CombineIslands__(HGraph *graph)
-{
-  if (graph->nislands == 0)
+  if (level->islandmap == nullptr)
     return;
 
-  const int nkept = graph->ncells, n = nkept + graph->nislands;
-  int *imap = imalloc__(n, "CombineIslands: imap");
-  int *aux = imalloc__(n, "CombineIslands: aux");
-
+  const int n = level->outer->ncells;
+  int *where = imalloc__(n, "CombineIslands: aux");
   for (int i = 0; i < n; i++)
-    imap[graph->islandmap[i]] = i;
-
-  // The degrees at their old places, then starts again; the lists themselves never moved.
-  iset__(n, 0, aux);
-  for (int i = 0; i < nkept; i++)
-    aux[imap[i]] = graph->incptr[i + 1] - graph->incptr[i];
-  for (int i = 0; i < n; i++)
-    graph->incptr[i + 1] = graph->incptr[i] + aux[i];
-
-  PermuteCells(graph, n, imap, aux);
-  QVfree__(&imap, &aux);
-  graph->ncells = n;
-  graph->nislands = 0;
-  CHECK_VALID(CheckIncidence__(graph));
+    where[i] = level->part.where[level->islandmap[i]];
+  QVfree__(&level->part.where, &level->islandmap);
+  level->part.where = where;
+  FreeRenumbered(level->own);
+  level->own = nullptr;
+  level->graph = level->outer;
 }
+
+} // namespace kapris::KAPRIS_ENGINE

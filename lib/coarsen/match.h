@@ -4,7 +4,11 @@
 
 #include "coarsen.h"
 
-#include "control/ctrl.h"
+#include "base/random.h"
+#include "base/sort.h"
+
+namespace kapris::KAPRIS_ENGINE
+{
 
 constexpr float NO_SCORE = -1.0f; // of a cell that a search has not met; scores are not negative
 
@@ -18,6 +22,13 @@ struct MatchWork {
   int *cand;      // [ncells] the candidates of one search; a cell has fewer than ncells: none is ever dropped
 };
 
+// What a search looks at.
+struct MatchView {
+  const HGraph *graph;
+  const Cell *cellmap;
+  const int *where; // restricted searches: the part of each cell
+};
+
 // What tells the partner searches apart; bits of a template argument.
 enum FinderRules {
   FIND_PAIR = 0,
@@ -28,25 +39,25 @@ enum FinderRules {
 // The best partner of the unmatched cell v, or -1: the cell that shares the most edge weight with v and keeps
 // the group within ctrl->maxcellwgt. wgts (stars only) holds the weight of each group, one slot ahead: slot 0
 // is that of an unmatched cell.
-int FindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v);
-int FindCellStar__(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts, int v);
+int FindCell__(const Control *ctrl, const MatchView *view, MatchWork *work, int v);
+int FindCellStar__(const Control *ctrl, const MatchView *view, MatchWork *work, const Weight *wgts, int v);
 
 // Writes a visiting key for every cell, small for a strong connection; returns one more than the largest.
 int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *work, int *keys);
 
-// Each scheme groups all cells of graph and contracts the groups into graph->coarser.
-void Match_Edges__(Control *ctrl, HGraph *graph, MatchWork *work);
+// Each scheme groups all cells of graph.
+Grouping Match_Edges__(const Control *ctrl, const HGraph *graph, MatchWork *work);
 // connorder 1 visits strongly connected cells first, 0 cells of few nets first.
-void Match_EdgesStars__(Control *ctrl, HGraph *graph, MatchWork *work, int connorder);
-void CMatch_Edges__(Control *ctrl, HGraph *graph, MatchWork *work);
-void CMatch_EdgesStars__(Control *ctrl, HGraph *graph, MatchWork *work);
-void Match_Hedges_PHedges_Edges__(Control *ctrl, HGraph *graph, MatchWork *work);
+Grouping Match_EdgesStars__(const Control *ctrl, const HGraph *graph, MatchWork *work, int connorder);
+Grouping CMatch_Edges__(const Control *ctrl, const HGraph *graph, const int *where, MatchWork *work);
+Grouping CMatch_EdgesStars__(const Control *ctrl, const HGraph *graph, const int *where, MatchWork *work);
+Grouping Match_Hedges_PHedges_Edges__(const Control *ctrl, const HGraph *graph, MatchWork *work);
 
-// Asks for what a walk over all cells, in the order of cellat, will read after number i: the nets of a cell lie anywhere, and so do
-// their pins. Each step needs what the one before it has asked for some cells earlier. Always inlined: a function
+// Asks for what a walk over all cells, in the order of cellat, will read after number i: the nets of a cell lie
+// anywhere, and so do their pins. Each step needs what the one before it has asked for some cells earlier. Always inlined: a function
 // without a visible effect would be dropped.
 template <class CellAt>
-__attribute__((always_inline)) inline void LookAhead__(const HGraph *graph, int i, CellAt cellat)
+__attribute__((always_inline)) inline void LookAhead(const HGraph *graph, int i, CellAt cellat)
 {
   if (i + 16 >= graph->ncells)
     return;
@@ -60,46 +71,42 @@ __attribute__((always_inline)) inline void LookAhead__(const HGraph *graph, int 
     __builtin_prefetch(&graph->netind[graph->netptr[graph->incind[k]]]);
 }
 
-// Groups of cells as they are formed: group g holds mind[mptr[g]] .. mind[mptr[g+1]-1].
-struct Grouping {
-  int *cellmap, *mptr, *mind;
-  int ngroups, nmembers;
-};
+// Allocates the arrays of a grouping of graph under the given labels; the anchors become groups of their own.
+Grouping StartGrouping(const HGraph *graph, const char *maplabel, const char *ptrlabel, const char *indlabel);
 
-// Allocates the matching arrays of graph under the given labels; the anchors become groups of their own.
-Grouping StartGrouping__(HGraph *graph, const char *maplabel, const char *ptrlabel, const char *indlabel);
-
-inline void AddMember__(Grouping *groups, int cell)
+inline void AddMember(Grouping *groups, int cell)
 {
   groups->cellmap[cell] = groups->ngroups;
   groups->mind[groups->nmembers++] = cell;
 }
 
-inline void CloseGroup__(Grouping *groups)
+inline void CloseGroup(Grouping *groups)
 {
   groups->mptr[++groups->ngroups] = groups->nmembers;
 }
 
 // Fills mptr and mind from cellmap by counting; members appear in increasing cell number.
-void ListMembers__(int ncells, int ngroups, const int *cellmap, int *mptr, int *mind);
+void ListMembers(int ncells, Grouping *groups);
 
 // Fills out with the cells by increasing number of nets (capped), equal numbers in random order.
-void OrderByDegree__(const Control *ctrl, const HGraph *graph, int *keys, int *random, int *out);
+void OrderByDegree(const Control *ctrl, const HGraph *graph, int *keys, int *random, int *out);
 
 // Groups the cells that are still unmatched, in the order of perm, with the partner that find names or alone.
 template <class Find>
-void PairUp__(const Control *ctrl, const HGraph *graph, const MatchWork *work, Grouping *groups, Find find)
+void PairUp(const Control *ctrl, const HGraph *graph, const MatchWork *work, Grouping *groups, Find find)
 {
   for (int i = 0; i < graph->ncells; i++) {
-    CheckpointAt__(ctrl, i);
+    CheckpointAt(ctrl, i);
     const int v = work->perm[i];
-    LookAhead__(graph, i, [&](int k) { return work->perm[k]; });
+    LookAhead(graph, i, [&](int k) { return work->perm[k]; });
     if (groups->cellmap[v] != UNMATCHED)
       continue;
     const int u = find(v);
-    AddMember__(groups, v);
+    AddMember(groups, v);
     if (u != -1)
-      AddMember__(groups, u);
-    CloseGroup__(groups);
+      AddMember(groups, u);
+    CloseGroup(groups);
   }
 }
+
+} // namespace kapris::KAPRIS_ENGINE

@@ -16,8 +16,13 @@
 
 #include "match.h"
 
+#include "core/constants.h"
+
 #include <bit>
 #include <utility>
+
+namespace kapris::KAPRIS_ENGINE
+{
 
 // ----------------------------------------------------------------------------------------------------------
 // Partner search
@@ -71,13 +76,16 @@ static inline int TakeBest(const MatchWork *work, int ncand, float *score, Quali
 }
 
 template <int rules>
-static inline int FindPartner(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts,
+static inline int FindPartner(const Control *ctrl, const MatchView *view, MatchWork *work, const Weight *wgts,
                               int v)
 {
-  const int *cellmap = graph->cellmap, *cellwgt = graph->cellwgt, *where = graph->where;
-  const int limit = SubWrap__(ctrl->maxcellwgt, cellwgt[v]);
+  const HGraph *graph = view->graph;
+  const Cell *cellmap = view->cellmap;
+  const int *where = view->where;
+  const Weight *cellwgt = graph->cellwgt;
+  const Weight limit = SubWrap(ctrl->maxcellwgt, cellwgt[v]);
   const int ncand = CollectCandidates(graph, work, v, [&](int e) {
-    return (rules & FIND_RESTRICTED) && NetSize__(graph, e) > ctrl->maxnetsize;
+    return (rules & FIND_RESTRICTED) && NetSize(graph, e) > ctrl->maxnetsize;
   });
 
   float score = 0.0f;
@@ -93,26 +101,26 @@ static inline int FindPartner(const Control *ctrl, const HGraph *graph, MatchWor
       });
 }
 
-int FindCell__(const Control *ctrl, const HGraph *graph, MatchWork *work, int v)
+int FindCell__(const Control *ctrl, const MatchView *view, MatchWork *work, int v)
 {
-  return FindPartner<FIND_PAIR>(ctrl, graph, work, nullptr, v);
+  return FindPartner<FIND_PAIR>(ctrl, view, work, nullptr, v);
 }
 
-int FindCellStar__(const Control *ctrl, const HGraph *graph, MatchWork *work, const int *wgts, int v)
+int FindCellStar__(const Control *ctrl, const MatchView *view, MatchWork *work, const Weight *wgts, int v)
 {
-  return FindPartner<FIND_STAR>(ctrl, graph, work, wgts, v);
+  return FindPartner<FIND_STAR>(ctrl, view, work, wgts, v);
 }
 
 int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *work, int *keys)
 {
-  const int *cellwgt = graph->cellwgt;
+  const Weight *cellwgt = graph->cellwgt;
   int maxkey = 0;
 
   for (int v = 0; v < graph->ncells; v++) {
-    CheckpointAt__(ctrl, v);
-    LookAhead__(graph, v, [](int k) { return k; });
-    const int limit = SubWrap__(ctrl->maxcellwgt, cellwgt[v]);
-    const int ncand = CollectCandidates(graph, work, v, [&](int e) { return graph->edgewgt[e] < 0.1; });
+    CheckpointAt(ctrl, v);
+    LookAhead(graph, v, [](int k) { return k; });
+    const Weight limit = SubWrap(ctrl->maxcellwgt, cellwgt[v]);
+    const int ncand = CollectCandidates(graph, work, v, [&](int e) { return graph->edgewgt[e] < WEAK_EDGE; });
     float score = 0.0f;
     const int best = TakeBest(
         work, ncand, &score, [&](int u) { return cellwgt[u] <= limit; },
@@ -120,7 +128,7 @@ int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *wor
 
     keys[v] = -1;
     if (best != -1) {
-      keys[v] = Truncate__(100.0 / score);
+      keys[v] = Truncate(100.0 / score);
       if (keys[v] > maxkey)
         maxkey = keys[v];
     }
@@ -134,36 +142,40 @@ int ComputeAllWeights__(const Control *ctrl, const HGraph *graph, MatchWork *wor
 // ----------------------------------------------------------------------------------------------------------
 // Grouping
 
-Grouping StartGrouping__(HGraph *graph, const char *maplabel, const char *ptrlabel, const char *indlabel)
+Grouping StartGrouping(const HGraph *graph, const char *maplabel, const char *ptrlabel, const char *indlabel)
 {
-  graph->mptr = imalloc__(static_cast<std::int64_t>(graph->ncells) + 1, ptrlabel);
-  graph->mind = imalloc__(graph->ncells, indlabel);
-  graph->cellmap = ismalloc__(graph->ncells, UNMATCHED, maplabel);
+  Grouping groups = {};
 
-  Grouping groups = {graph->cellmap, graph->mptr, graph->mind, 0, 0};
+  groups.mptr = imalloc__(static_cast<std::int64_t>(graph->ncells) + 1, ptrlabel);
+  groups.mind = imalloc__(graph->ncells, indlabel);
+  groups.cellmap = ismalloc__(graph->ncells, UNMATCHED, maplabel);
   groups.mptr[0] = 0;
   for (int i = 0; i < graph->nfixed; i++) {
-    AddMember__(&groups, i);
-    CloseGroup__(&groups);
+    AddMember(&groups, i);
+    CloseGroup(&groups);
   }
   return groups;
 }
 
-static Grouping StartEdgeGrouping(HGraph *graph)
+static Grouping StartEdgeGrouping(const HGraph *graph)
 {
-  return StartGrouping__(graph, "Match_Edges: graph->cellmap", "Match_Edges: graph->mptr",
-                         "Match_Edges: graph->mind");
+  return StartGrouping(graph, "Match_Edges: graph->cellmap", "Match_Edges: graph->mptr",
+                       "Match_Edges: graph->mind");
 }
 
-void ListMembers__(int ncells, int ngroups, const int *cellmap, int *mptr, int *mind)
+void ListMembers(int ncells, Grouping *groups)
 {
+  const int ngroups = groups->ngroups;
+  const Cell *cellmap = groups->cellmap;
+  int *mptr = groups->mptr;
+
   iset__(static_cast<std::int64_t>(ngroups) + 1, 0, mptr);
   for (int i = 0; i < ncells; i++)
     mptr[cellmap[i] + 1]++;
   for (int g = 0; g < ngroups; g++)
     mptr[g + 1] += mptr[g];
   for (int i = 0; i < ncells; i++)
-    mind[mptr[cellmap[i]]++] = i;
+    groups->mind[mptr[cellmap[i]]++] = i;
   // Every start has advanced to the next one's place.
   for (int g = ngroups; g > 0; g--)
     mptr[g] = mptr[g - 1];
@@ -178,7 +190,7 @@ static void DegreeKeys(const Control *ctrl, const HGraph *graph, int *keys)
   }
 }
 
-void OrderByDegree__(const Control *ctrl, const HGraph *graph, int *keys, int *random, int *out)
+void OrderByDegree(const Control *ctrl, const HGraph *graph, int *keys, int *random, int *out)
 {
   RandomPermute__(random, graph->ncells, 1);
   DegreeKeys(ctrl, graph, keys);
@@ -189,25 +201,24 @@ void OrderByDegree__(const Control *ctrl, const HGraph *graph, int *keys, int *r
 // Pairs
 
 template <int rules>
-static void MatchPairs(Control *ctrl, HGraph *graph, MatchWork *work)
+static Grouping MatchPairs(const Control *ctrl, const HGraph *graph, const int *where, MatchWork *work)
 {
   Grouping groups = StartEdgeGrouping(graph);
+  const MatchView view = {graph, groups.cellmap, where};
 
-  OrderByDegree__(ctrl, graph, work->keys, work->order, work->perm);
-  PairUp__(ctrl, graph, work, &groups,
-           [&](int v) { return FindPartner<rules>(ctrl, graph, work, nullptr, v); });
-  CHECK_VALID(CheckMatching__(ctrl, graph, groups.ngroups));
-  CreateCoarseHGraph__(ctrl, graph, groups.ngroups);
+  OrderByDegree(ctrl, graph, work->keys, work->order, work->perm);
+  PairUp(ctrl, graph, work, &groups, [&](int v) { return FindPartner<rules>(ctrl, &view, work, nullptr, v); });
+  return groups;
 }
 
-void Match_Edges__(Control *ctrl, HGraph *graph, MatchWork *work)
+Grouping Match_Edges__(const Control *ctrl, const HGraph *graph, MatchWork *work)
 {
-  MatchPairs<FIND_PAIR>(ctrl, graph, work);
+  return MatchPairs<FIND_PAIR>(ctrl, graph, nullptr, work);
 }
 
-void CMatch_Edges__(Control *ctrl, HGraph *graph, MatchWork *work)
+Grouping CMatch_Edges__(const Control *ctrl, const HGraph *graph, const int *where, MatchWork *work)
 {
-  MatchPairs<FIND_PAIR | FIND_RESTRICTED>(ctrl, graph, work);
+  return MatchPairs<FIND_PAIR | FIND_RESTRICTED>(ctrl, graph, where, work);
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -215,29 +226,29 @@ void CMatch_Edges__(Control *ctrl, HGraph *graph, MatchWork *work)
 
 // Fills cellmap; returns the number of groups.
 template <int rules>
-static int JoinStars(const Control *ctrl, HGraph *graph, MatchWork *work)
+static int JoinStars(const Control *ctrl, const HGraph *graph, const int *where, Cell *cellmap, MatchWork *work)
 {
-  int *cellmap = graph->cellmap;
-  const int *cellwgt = graph->cellwgt;
+  const MatchView view = {graph, cellmap, where};
+  const Weight *cellwgt = graph->cellwgt;
   // One slot ahead, so that the group of an unmatched cell, -1, reads the leading 0.
-  int *wgts = ismalloc__(static_cast<std::int64_t>(graph->ncells) + 1, 0, "Match_EdgesStars: wgts");
-  int *groupwgt = wgts + 1;
+  Weight *wgts = wsmalloc(static_cast<std::int64_t>(graph->ncells) + 1, 0, "Match_EdgesStars: wgts");
+  Weight *groupwgt = wgts + 1;
   int ngroups = graph->nfixed, joins = 0;
 
   // No cell ever joins an anchor.
   for (int i = 0; i < graph->nfixed; i++)
-    groupwgt[i] = INT_MAX;
+    groupwgt[i] = MAX_WEIGHT;
 
   for (int i = 0; i < graph->ncells; i++) {
-    CheckpointAt__(ctrl, i);
+    CheckpointAt(ctrl, i);
     const int v = work->perm[i];
-    LookAhead__(graph, i, [&](int k) { return work->perm[k]; });
+    LookAhead(graph, i, [&](int k) { return work->perm[k]; });
     if (cellmap[v] != UNMATCHED)
       continue;
 
     int u = -1;
-    if (0.4 * graph->ncells > joins)
-      u = FindPartner<rules>(ctrl, graph, work, wgts, v);
+    if (MAX_JOINED * graph->ncells > joins)
+      u = FindPartner<rules>(ctrl, &view, work, wgts, v);
     if (u == -1) {
       cellmap[v] = ngroups;
       groupwgt[ngroups++] = cellwgt[v];
@@ -255,42 +266,42 @@ static int JoinStars(const Control *ctrl, HGraph *graph, MatchWork *work)
   return ngroups;
 }
 
-template <int rules>
-static void MatchStars(Control *ctrl, HGraph *graph, MatchWork *work, int connorder)
+// The order in which cells look for a star to join, into perm.
+static void OrderForStars(const Control *ctrl, const HGraph *graph, MatchWork *work, int connorder)
 {
-  constexpr bool timed = !(rules & FIND_RESTRICTED);
-
-  StartEdgeGrouping(graph);
-
-  if (timed)
-    StartTimer__(ctrl, &ctrl->AuxTmr3);
   if (connorder) {
-    OrderByDegree__(ctrl, graph, work->keys, work->perm, work->order);
+    OrderByDegree(ctrl, graph, work->keys, work->perm, work->order);
     const int maxkey = ComputeAllWeights__(ctrl, graph, work, work->keys);
     BucketSortKeysInc(graph->ncells, maxkey + 1, work->keys, work->order, work->perm);
   } else {
-    OrderByDegree__(ctrl, graph, work->keys, work->order, work->perm);
+    OrderByDegree(ctrl, graph, work->keys, work->order, work->perm);
   }
-  if (timed)
-    StopTimer__(ctrl, &ctrl->AuxTmr3);
-
-  if (timed)
-    StartTimer__(ctrl, &ctrl->AuxTmr4);
-  const int ngroups = JoinStars<rules>(ctrl, graph, work);
-  if (timed)
-    StopTimer__(ctrl, &ctrl->AuxTmr4);
-
-  ListMembers__(graph->ncells, ngroups, graph->cellmap, graph->mptr, graph->mind);
-  CHECK_VALID(CheckMatching__(ctrl, graph, ngroups));
-  CreateCoarseHGraph__(ctrl, graph, ngroups);
 }
 
-void Match_EdgesStars__(Control *ctrl, HGraph *graph, MatchWork *work, int connorder)
+Grouping Match_EdgesStars__(const Control *ctrl, const HGraph *graph, MatchWork *work, int connorder)
 {
-  MatchStars<FIND_STAR>(ctrl, graph, work, connorder);
+  Grouping groups = StartEdgeGrouping(graph);
+
+  {
+    const Stopwatch stopwatch(ctrl, &Timers::AuxTmr3);
+    OrderForStars(ctrl, graph, work, connorder);
+  }
+  {
+    const Stopwatch stopwatch(ctrl, &Timers::AuxTmr4);
+    groups.ngroups = JoinStars<FIND_STAR>(ctrl, graph, nullptr, groups.cellmap, work);
+  }
+  ListMembers(graph->ncells, &groups);
+  return groups;
 }
 
-void CMatch_EdgesStars__(Control *ctrl, HGraph *graph, MatchWork *work)
+Grouping CMatch_EdgesStars__(const Control *ctrl, const HGraph *graph, const int *where, MatchWork *work)
 {
-  MatchStars<FIND_STAR | FIND_RESTRICTED>(ctrl, graph, work, 0);
+  Grouping groups = StartEdgeGrouping(graph);
+
+  OrderForStars(ctrl, graph, work, 0);
+  groups.ngroups = JoinStars<FIND_STAR | FIND_RESTRICTED>(ctrl, graph, where, groups.cellmap, work);
+  ListMembers(graph->ncells, &groups);
+  return groups;
 }
+
+} // namespace kapris::KAPRIS_ENGINE

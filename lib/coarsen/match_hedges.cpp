@@ -4,22 +4,37 @@
 //   order    nets, heaviest first, among equal weights the smaller   OrderNets
 //   whole    nets whose pins are all unmatched                       GroupNets<true>
 //   partial  nets of which more than half are unmatched              GroupNets<false>
-//   pairs    of what is left                                         PairUp__
+//   pairs    of what is left                                         PairUp
 // Cost: one sort of the nets, two sweeps over the pins, and the pair searches.
 
 #include "match.h"
 
+#include <algorithm>
+
+namespace kapris::KAPRIS_ENGINE
+{
+
+// The key decides results: it wraps around, and the order of equal keys is that of the sort. In the wide form weights
+// leave no room for a size beside them, and nothing depends on either.
 static void OrderNets(const HGraph *graph, MatchWork *work)
 {
   RandomPermute__(work->perm, graph->nnets, 1);
-  for (int i = 0; i < graph->nnets; i++) {
-    const int e = work->perm[i];
-    work->vpairs[i].key = SubWrap__(MulWrap__(graph->netwgt[e], graph->ncells), NetSize__(graph, e));
-    work->vpairs[i].val = e;
+  if constexpr (IS_WIDE) {
+    std::stable_sort(work->perm, work->perm + graph->nnets, [graph](Net a, Net b) {
+      return graph->netwgt[a] != graph->netwgt[b] ? graph->netwgt[a] > graph->netwgt[b]
+                                                  : NetSize(graph, a) < NetSize(graph, b);
+    });
+  } else {
+    for (int i = 0; i < graph->nnets; i++) {
+      const int e = work->perm[i];
+      work->vpairs[i].key =
+          static_cast<int>(SubWrap(MulWrap(graph->netwgt[e], graph->ncells), NetSize(graph, e)));
+      work->vpairs[i].val = e;
+    }
+    dkeysort__(graph->nnets, work->vpairs);
+    for (int i = 0; i < graph->nnets; i++)
+      work->perm[i] = work->vpairs[i].val;
   }
-  dkeysort__(graph->nnets, work->vpairs);
-  for (int i = 0; i < graph->nnets; i++)
-    work->perm[i] = work->vpairs[i].val;
 }
 
 // Makes a group of the unmatched pins of each net that has enough of them and not too much weight. Pins are
@@ -45,22 +60,24 @@ static void GroupNets(const Control *ctrl, const HGraph *graph, const int *nets,
 
     for (int k = first; k < end; k++)
       if (groups->cellmap[graph->netind[k]] == UNMATCHED)
-        AddMember__(groups, graph->netind[k]);
-    CloseGroup__(groups);
+        AddMember(groups, graph->netind[k]);
+    CloseGroup(groups);
   }
 }
 
-void Match_Hedges_PHedges_Edges__(Control *ctrl, HGraph *graph, MatchWork *work)
+Grouping Match_Hedges_PHedges_Edges__(const Control *ctrl, const HGraph *graph, MatchWork *work)
 {
-  Grouping groups = StartGrouping__(graph, "HGraphMatch: graph->cellmap", "HGraphMatch: graph->mptr",
-                                    "HGraphMatch: graph->mind");
+  Grouping groups = StartGrouping(graph, "HGraphMatch: graph->cellmap", "HGraphMatch: graph->mptr",
+                                  "HGraphMatch: graph->mind");
+  const MatchView view = {graph, groups.cellmap, nullptr};
 
   OrderNets(graph, work);
   GroupNets<true>(ctrl, graph, work->perm, &groups);
   GroupNets<false>(ctrl, graph, work->perm, &groups);
 
-  OrderByDegree__(ctrl, graph, work->keys, work->order, work->perm);
-  PairUp__(ctrl, graph, work, &groups, [&](int v) { return FindCell__(ctrl, graph, work, v); });
-  CHECK_VALID(CheckMatching__(ctrl, graph, groups.ngroups));
-  CreateCoarseHGraph__(ctrl, graph, groups.ngroups);
+  OrderByDegree(ctrl, graph, work->keys, work->order, work->perm);
+  PairUp(ctrl, graph, work, &groups, [&](int v) { return FindCell__(ctrl, &view, work, v); });
+  return groups;
 }
+
+} // namespace kapris::KAPRIS_ENGINE

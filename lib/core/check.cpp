@@ -1,11 +1,14 @@
-// lib/core/check.cpp - validators of the hypergraph record, written from the definitions.
+// lib/core/check.cpp - validators of the hypergraph and of its levels, written from the definitions.
 // SPDX-License-Identifier: MIT
 
-#include "core.h"
+#include "level.h"
 
 #include <vector>
 
-const char *CheckHGraph__(const HGraph *graph)
+namespace kapris::KAPRIS_ENGINE
+{
+
+const char *CheckHGraph(const HGraph *graph)
 {
   if (graph->ncells < 0 || graph->nnets < 0 || graph->nislands < 0)
     return "hypergraph: a count is negative";
@@ -23,12 +26,10 @@ const char *CheckHGraph__(const HGraph *graph)
   for (int i = 0; i < graph->ncells + graph->nislands; i++)
     if (graph->cellwgt[i] < 0)
       return "cellwgt: a cell weight is negative";
-  if (graph->coarser != nullptr && graph->coarser->finer != graph)
-    return "coarser: its finer level is another record";
   return nullptr;
 }
 
-const char *CheckIncidence__(const HGraph *graph)
+const char *CheckIncidence(const HGraph *graph)
 {
   // Nets by cell, in the order in which the pins name them.
   std::vector<std::vector<int>> nets(static_cast<std::size_t>(graph->ncells));
@@ -40,14 +41,14 @@ const char *CheckIncidence__(const HGraph *graph)
   for (int i = 0; i < graph->ncells; i++) {
     const std::vector<int> &expected = nets[static_cast<std::size_t>(i)];
     const int first = graph->incptr[i];
-    int adjwgt = 0;
+    Weight adjwgt = 0;
 
     if (graph->incptr[i + 1] - first != static_cast<int>(expected.size()))
       return "incptr: a cell's list has another length than its pins";
     for (std::size_t k = 0; k < expected.size(); k++) {
       if (graph->incind[first + static_cast<int>(k)] != expected[k])
         return "incind: a cell's nets are not those that name it, in increasing order";
-      adjwgt = AddWrap__(adjwgt, graph->netwgt[expected[k]]);
+      adjwgt = AddWrap(adjwgt, graph->netwgt[expected[k]]);
     }
     if (adjwgt != graph->adjwgt[i])
       return "adjwgt: not the sum of the incident net weights";
@@ -55,13 +56,13 @@ const char *CheckIncidence__(const HGraph *graph)
   return nullptr;
 }
 
-bool HasPlainNets__(const HGraph *graph)
+bool HasPlainNets(const HGraph *graph)
 {
   std::vector<int> seen(static_cast<std::size_t>(graph->ncells), -1);
   int *lastnet = seen.data();
 
   for (int j = 0; j < graph->nnets; j++) {
-    if (NetSize__(graph, j) == 1)
+    if (NetSize(graph, j) == 1)
       return false;
     for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++) {
       if (lastnet[graph->netind[k]] == j)
@@ -71,3 +72,31 @@ bool HasPlainNets__(const HGraph *graph)
   }
   return true;
 }
+
+const char *CheckLevel(const Level *level)
+{
+  if (level->coarser != nullptr && level->coarser->finer != level)
+    return "coarser: its finer level is another record";
+  return CheckHGraph(level->graph);
+}
+
+const char *CheckBisection(const Level *level)
+{
+  const HGraph *graph = level->graph;
+  const Partition *part = &level->part;
+  Weight wgts[2] = {0, 0};
+
+  for (int i = 0; i < graph->ncells; i++) {
+    if (part->where[i] != 0 && part->where[i] != 1)
+      return "where: a cell is on no side";
+    wgts[part->where[i]] = AddWrap(wgts[part->where[i]], graph->cellwgt[i]);
+  }
+  if (wgts[0] != part->pwgts[0] || wgts[1] != part->pwgts[1])
+    return "pwgts: not the sums of the sides";
+  // Moving the pin of a single-pin net, or a cell that a net lists twice, miscounts the running cut.
+  if (HasPlainNets(graph) && ComputeActualCut__(graph, part->where) != part->mincut)
+    return "mincut: not the cut of where";
+  return nullptr;
+}
+
+} // namespace kapris::KAPRIS_ENGINE

@@ -1,11 +1,14 @@
 // lib/core/hgraph.cpp - creation and release of hypergraph records, and the incidence lists.
 // SPDX-License-Identifier: MIT
 
-#include "core.h"
+#include "hgraph.h"
+
+namespace kapris::KAPRIS_ENGINE
+{
 
 HGraph *CreateHGraph__()
 {
-  HGraph *graph = QVarray__<HGraph>(1, "CreateCoarseHGraph: graph");
+  HGraph *graph = QVarray<HGraph>(1, "CreateCoarseHGraph: graph");
 
   InitHGraph__(graph);
   return graph;
@@ -16,17 +19,18 @@ void InitHGraph__(HGraph *graph)
   *graph = HGraph{};
   graph->ncells = graph->nnets = -1;
   graph->nfixed = -1;
-  graph->level = -1;
-  graph->pwgts[0] = graph->pwgts[1] = -1;
 }
 
-static int *CopyOrOnes(int n, const int *weights, int *copy)
+static void CopyOrOnes(int n, const Weight *weights, Weight *copy)
 {
-  return weights == nullptr ? iset__(n, 1, copy) : icopy__(n, weights, copy);
+  if (weights == nullptr)
+    iset__(n, 1, copy);
+  else
+    icopy__(n, weights, copy);
 }
 
-HGraph *CopyHGraph__(int ncells, int nnets, const int *cellwgts, const int *netptr, const int *netind,
-                     const int *netwgts)
+HGraph *CopyHGraph(int ncells, int nnets, const Weight *cellwgts, const Pin *netptr, const Cell *netind,
+                   const Weight *netwgts)
 {
   const int npins = nnets > 0 ? netptr[nnets] : 0;
   HGraph *graph = CreateHGraph__();
@@ -34,8 +38,8 @@ HGraph *CopyHGraph__(int ncells, int nnets, const int *cellwgts, const int *netp
   graph->ncells = ncells;
   graph->nnets = nnets;
   graph->nfixed = 0;
-  graph->cellwgt = imalloc__(ncells, "KAPRIS: graph->cellwgt");
-  graph->netwgt = imalloc__(nnets, "KAPRIS: graph->netwgt");
+  graph->cellwgt = wmalloc(ncells, "KAPRIS: graph->cellwgt");
+  graph->netwgt = wmalloc(nnets, "KAPRIS: graph->netwgt");
   graph->netptr = ismalloc__(static_cast<std::int64_t>(nnets) + 1, 0, "KAPRIS: graph->netptr");
   graph->netind = imalloc__(npins, "KAPRIS: graph->netind");
   CopyOrOnes(ncells, cellwgts, graph->cellwgt);
@@ -43,30 +47,12 @@ HGraph *CopyHGraph__(int ncells, int nnets, const int *cellwgts, const int *netp
   if (nnets > 0)
     icopy__(static_cast<std::int64_t>(nnets) + 1, netptr, graph->netptr);
   icopy__(npins, netind, graph->netind);
-  CHECK_VALID(CheckHGraph__(graph));
+  CHECK_VALID(CheckHGraph(graph));
   return graph;
-}
-
-void FreeCycleState__(HGraph *graph)
-{
-  while (graph->crdata != nullptr) {
-    KDegreeBlock *block = graph->crdata;
-    graph->crdata = block->next;
-    QVfree__(&block);
-  }
-  QVfree__(&graph->cellmap, &graph->netmap, &graph->mptr, &graph->mind, &graph->islandmap, &graph->kpwgts,
-           &graph->nrinfo, &graph->crinfo, &graph->nrdata);
-}
-
-void FreeRootHGraph__(HGraph *graph)
-{
-  FreeCycleState__(graph);
-  QVfree__(&graph->where);
 }
 
 void FreeHGraph__(HGraph *graph)
 {
-  FreeRootHGraph__(graph);
   QVfree__(&graph->incptr, &graph->incind, &graph->netptr, &graph->netind, &graph->cellwgt, &graph->netwgt,
            &graph->adjwgt, &graph->edgewgt);
   QVfree__(&graph);
@@ -85,10 +71,10 @@ void CreateIncidentHGraph__(HGraph *graph)
   const int ncells = graph->ncells, nnets = graph->nnets;
   const int npins = graph->netptr[nnets];
 
-  int *incptr = graph->incptr =
+  Pin *incptr = graph->incptr =
       ismalloc__(static_cast<std::int64_t>(ncells) + 1, 0, "CreateIncidentHGraph: incptr");
-  int *incind = graph->incind = imalloc__(npins, "CreateIncidentHGraph: graph->incind");
-  int *adjwgt = graph->adjwgt = ismalloc__(ncells, 0, "CreateIncidentHGraph: adjwgt");
+  Net *incind = graph->incind = imalloc__(npins, "CreateIncidentHGraph: graph->incind");
+  Weight *adjwgt = graph->adjwgt = wsmalloc(ncells, 0, "CreateIncidentHGraph: adjwgt");
   graph->edgewgt = fmalloc__(nnets, "CreateIncidentHGraph: graph->edgewgt");
 
   for (int k = 0; k < npins; k++)
@@ -101,12 +87,14 @@ void CreateIncidentHGraph__(HGraph *graph)
     for (int k = graph->netptr[j]; k < graph->netptr[j + 1]; k++) {
       int c = graph->netind[k];
       incind[incptr[c]++] = j;
-      adjwgt[c] = AddWrap__(adjwgt[c], graph->netwgt[j]);
+      adjwgt[c] = AddWrap(adjwgt[c], graph->netwgt[j]);
     }
     // A net of one pin has no pair; 0 / 0 would be no number.
-    graph->edgewgt[j] = NetSize__(graph, j) > 1 ? EdgeWeight__(graph->netwgt[j], NetSize__(graph, j)) : 0.0f;
+    graph->edgewgt[j] = NetSize(graph, j) > 1 ? EdgeWeight(graph->netwgt[j], NetSize(graph, j)) : 0.0f;
   }
   ShiftRight(ncells, incptr);
 
-  CHECK_VALID(CheckIncidence__(graph));
+  CHECK_VALID(CheckIncidence(graph));
 }
+
+} // namespace kapris::KAPRIS_ENGINE

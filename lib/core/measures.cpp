@@ -1,19 +1,22 @@
 // lib/core/measures.cpp - quality of a partition, recomputed from the pins or from the pin counts.
 // SPDX-License-Identifier: MIT
 
-#include "core.h"
+#include "hgraph.h"
 
 #include <cmath>
 
-int ComputeActualCut__(const HGraph *graph, const int *part)
+namespace kapris::KAPRIS_ENGINE
 {
-  int cut = 0;
+
+Weight ComputeActualCut__(const HGraph *graph, const int *part)
+{
+  Weight cut = 0;
 
   for (int j = 0; j < graph->nnets; j++) {
     const int first = graph->netptr[j];
     for (int k = first + 1; k < graph->netptr[j + 1]; k++) {
       if (part[graph->netind[k]] != part[graph->netind[first]]) {
-        cut = AddWrap__(cut, graph->netwgt[j]);
+        cut = AddWrap(cut, graph->netwgt[j]);
         break;
       }
     }
@@ -21,12 +24,12 @@ int ComputeActualCut__(const HGraph *graph, const int *part)
   return cut;
 }
 
-int ComputeActualSOED__(const HGraph *graph, const int *part)
+Weight ComputeActualSOED__(const HGraph *graph, const int *part)
 {
   const int maxpart = graph->ncells > 0 ? part[iamax__(graph->ncells, part)] : 0;
   // Marked with the net number, so nothing is cleared between nets.
   int *htable = ismalloc__(static_cast<std::int64_t>(maxpart) + 1, -1, "htable");
-  int soed = 0;
+  Weight soed = 0;
 
   for (int j = 0; j < graph->nnets; j++) {
     int touched = 0;
@@ -38,7 +41,7 @@ int ComputeActualSOED__(const HGraph *graph, const int *part)
       }
     }
     if (touched > 1)
-      soed = AddWrap__(soed, MulWrap__(touched, graph->netwgt[j]));
+      soed = AddWrap(soed, MulWrap(touched, graph->netwgt[j]));
   }
   QVfree__(&htable);
   return soed;
@@ -51,6 +54,20 @@ float ComputeBalance__(const HGraph *graph, const int *part)
   if (graph->ncells < 1)
     return std::nanf("");
   for (int i = 0; i < graph->ncells; i++)
-    wgts[part[i]] += graph->cellwgt[i];
+    wgts[part[i]] += static_cast<double>(graph->cellwgt[i]);
   return static_cast<float>((wgts[0] < wgts[1] ? wgts[0] : wgts[1]) / (wgts[0] + wgts[1]));
 }
+
+float ComputeBalanceKway__(const HGraph *graph, int nparts, const int *part)
+{
+  Weight *kpwgts = wsmalloc(nparts, 0, "ComputeBalanceKway: kpwgts");
+
+  for (int i = 0; i < graph->ncells; i++)
+    kpwgts[part[i]] += graph->cellwgt[i];
+  const double largest = static_cast<double>(kpwgts[iamax__(nparts, kpwgts)]);
+  const double total = static_cast<double>(iasum__(nparts, kpwgts));
+  QVfree__(&kpwgts);
+  return static_cast<float>(nparts * largest / total);
+}
+
+} // namespace kapris::KAPRIS_ENGINE

@@ -2,18 +2,19 @@
 // cap.
 // SPDX-License-Identifier: MIT
 
-#include "core.h"
-
-#include "control/ctrl.h"
+#include "hgraph.h"
 
 #include <algorithm>
 
-HGraph *PruneHGraph__(const Control *ctrl, HGraph *graph)
+namespace kapris::KAPRIS_ENGINE
+{
+
+HGraph *PruneHGraph__(const Control *ctrl, const HGraph *graph)
 {
   int nnets = 0, npins = 0;
 
   for (int j = 0; j < graph->nnets; j++) {
-    int size = NetSize__(graph, j);
+    int size = NetSize(graph, j);
     if (size <= ctrl->maxnetsize) {
       nnets++;
       npins += size;
@@ -21,7 +22,7 @@ HGraph *PruneHGraph__(const Control *ctrl, HGraph *graph)
   }
   // The traces of coarsening begin at no dropped weight, so a hypergraph that has some is copied all the same.
   if (nnets == graph->nnets && graph->dropwgt == 0)
-    return graph;
+    return nullptr;
 
   HGraph *pruned = CreateHGraph__();
   pruned->ncells = graph->ncells;
@@ -29,12 +30,12 @@ HGraph *PruneHGraph__(const Control *ctrl, HGraph *graph)
   pruned->nnets = nnets;
   pruned->netptr = imalloc__(static_cast<std::int64_t>(nnets) + 1, "PruneHGraph: snetptr");
   pruned->netind = imalloc__(npins, "PruneHGraph: snetind");
-  pruned->netwgt = imalloc__(nnets, "PruneHGraph: sgraph->netwgt");
+  pruned->netwgt = wmalloc(nnets, "PruneHGraph: sgraph->netwgt");
 
   nnets = npins = 0;
   pruned->netptr[0] = 0;
   for (int j = 0; j < graph->nnets; j++) {
-    int size = NetSize__(graph, j);
+    int size = NetSize(graph, j);
     if (size <= ctrl->maxnetsize) {
       icopy__(size, graph->netind + graph->netptr[j], pruned->netind + npins);
       pruned->netwgt[nnets++] = graph->netwgt[j];
@@ -43,28 +44,28 @@ HGraph *PruneHGraph__(const Control *ctrl, HGraph *graph)
   }
 
   CreateIncidentHGraph__(pruned);
-  pruned->cellwgt = imalloc__(graph->ncells, "PruneHGraph: sgraph->cellwgt");
+  pruned->cellwgt = wmalloc(graph->ncells, "PruneHGraph: sgraph->cellwgt");
   icopy__(graph->ncells, graph->cellwgt, pruned->cellwgt);
-  CHECK_VALID(CheckHGraph__(pruned));
+  CHECK_VALID(CheckHGraph(pruned));
   return pruned;
 }
 
-int ComputeMaxCellWgt__(Control *ctrl, int n, const int *cellwgt)
+void ComputeMaxCellWgt__(Control *ctrl, int n, const Weight *cellwgt)
 {
-  int total = iasum__(n, cellwgt);
+  Weight total = iasum__(n, cellwgt);
   // On hypergraphs of one cell or none there is nothing to coarsen and coarsento is not positive.
-  const int cap = AddWrap__(total, total) / std::max(ctrl->coarsento, 1);
+  const Weight cap = AddWrap(total, total) / std::max(ctrl->coarsento, 1);
   int nheavy = 0;
 
   for (int i = 0; i < n; i++) {
     if (cellwgt[i] > cap) {
       nheavy++;
-      total = SubWrap__(total, cellwgt[i]);
+      total = SubWrap(total, cellwgt[i]);
     }
   }
   ctrl->heavycells = nheavy > 0;
   // Each heavy cell takes one of the coarsento places; the rest of the weight shares the others.
-  return AddWrap__(total, total) / std::max(ctrl->coarsento - nheavy, 1);
+  ctrl->maxcellwgt = AddWrap(total, total) / std::max(ctrl->coarsento - nheavy, 1);
 }
 
 int NumOfLargeNets__(int nnets, const int *netptr)
@@ -75,3 +76,5 @@ int NumOfLargeNets__(int nnets, const int *netptr)
     n += netptr[j + 1] - netptr[j] >= 4;
   return n;
 }
+
+} // namespace kapris::KAPRIS_ENGINE

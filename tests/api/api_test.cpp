@@ -208,14 +208,14 @@ TEST(api, the_calling_thread_goes_on_as_if_nothing_had_happened)
        {std::make_tuple(good, KAPRIS_OK), std::make_tuple(starved, KAPRIS_MEMORY_LIMIT),
         std::make_tuple(wrong, KAPRIS_INVALID_ARGUMENT)}) {
     InitRandom__(5);
-    RandomDraw__();
-    const int second = RandomDraw__();
+    RandomDraw();
+    const int second = RandomDraw();
     InitRandom__(5);
-    RandomDraw__();
+    RandomDraw();
     testing::internal::CaptureStdout();
     EXPECT_EQ(Solve(call)->status, status);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(RandomDraw__(), second);
+    EXPECT_EQ(RandomDraw(), second);
 
     testing::internal::CaptureStdout();
     EXPECT_EQ(ClassicPart(miscounted), usual);

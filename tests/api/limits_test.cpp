@@ -144,7 +144,7 @@ TEST(limits, a_memory_limit_is_kept_or_the_call_fails_cleanly)
   for (int threads : {1, 3}) {
     Call call = MakeCall(Circuit(60), 5);
     const ResultPtr unlimited = Solve(call);
-    const std::size_t blocks = Ledger__()->blocks;
+    const std::size_t blocks = CurrentLedger()->blocks;
     int nfailures = 0;
 
     call.options.threads = threads;
@@ -152,7 +152,7 @@ TEST(limits, a_memory_limit_is_kept_or_the_call_fails_cleanly)
     for (std::size_t limit = 1;; limit += 1 + limit / 16) {
       call.options.memory_limit = limit;
       const ResultPtr result = Solve(call);
-      EXPECT_EQ(Ledger__()->blocks, blocks);
+      EXPECT_EQ(CurrentLedger()->blocks, blocks);
       EXPECT_LE(result->peak_bytes, limit);
       if (result->status == KAPRIS_OK) {
         EXPECT_EQ(FiguresOf(result), FiguresOf(unlimited));
@@ -195,7 +195,7 @@ TEST(limits, any_allocation_may_fail)
         else
           ASSERT_EQ(status, KAPRIS_OUT_OF_MEMORY) << "allocation " << n;
         EXPECT_TRUE(status == KAPRIS_OK || result == nullptr || result->part == nullptr);
-        EXPECT_EQ(Ledger__()->blocks, 0u);
+        EXPECT_EQ(CurrentLedger()->blocks, 0u);
       });
       EXPECT_EQ(FiguresOf(attempt().second), usual);
     }

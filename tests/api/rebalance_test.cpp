@@ -61,23 +61,23 @@ static BalanceVerdict Rebalanced(Task *task, Ints *part)
                             task->bysoed,
                             nullptr,
                             nullptr};
-  const std::size_t blocks = Ledger__()->blocks;
+  const std::size_t blocks = CurrentLedger()->blocks;
 
-  EXPECT_EQ(TotalExcess__(&problem, before.data()), ExcessOf(*task, before));
+  EXPECT_EQ(TotalExcess(&problem, before.data()), ExcessOf(*task, before));
   for (int steps = 0; steps < 8; steps++) {
     Ints stopped = before;
     int left = steps;
     problem.owner = &left;
     problem.proceed = [](void *owner) { return (*static_cast<int *>(owner))-- > 0; };
-    const std::uint64_t serial = Ledger__()->serial;
-    const BalanceVerdict ended = Rebalance__(&problem, stopped.data());
+    const std::uint64_t serial = CurrentLedger()->serial;
+    const BalanceVerdict ended = Rebalance(&problem, stopped.data());
     EXPECT_EQ(ended == INTERRUPTED, left < 0); // asked once too often
-    LedgerRelease__(serial);                   // as the end of a stopped call does
+    ReleaseLedger(serial);                   // as the end of a stopped call does
     EXPECT_LE(ExcessOf(*task, stopped), ExcessOf(*task, before));
   }
   problem.proceed = nullptr;
-  const BalanceVerdict verdict = Rebalance__(&problem, part->data());
-  EXPECT_EQ(Ledger__()->blocks, blocks);
+  const BalanceVerdict verdict = Rebalance(&problem, part->data());
+  EXPECT_EQ(CurrentLedger()->blocks, blocks);
   for (std::size_t i = 0; i < part->size(); i++) {
     if ((*part)[i] < 0 || (*part)[i] >= problem.nparts) {
       ADD_FAILURE() << "cell " << i << " is in part " << (*part)[i];
@@ -110,17 +110,17 @@ TEST(rebalance, leaves_a_balanced_partition_alone_without_allocating)
 {
   Task task = {{4, {{0, 1}, {2, 3}}, {3, 1, 1, 3}, {}}, {4, 4}};
   Ints part = {0, 1, 0, 1}; // both nets cut for no need
-  const std::uint64_t serial = Ledger__()->serial;
+  const std::uint64_t serial = CurrentLedger()->serial;
 
   EXPECT_EQ(Rebalanced(&task, &part), BALANCED);
   EXPECT_EQ(part, Ints({0, 1, 0, 1}));
-  EXPECT_EQ(Ledger__()->serial, serial);
+  EXPECT_EQ(CurrentLedger()->serial, serial);
 
   Task thousands = {{5000, {}, {}, {}}, Limits(5000, 1)};
   part.resize(5000);
   std::iota(part.begin(), part.end(), 0);
   EXPECT_EQ(Rebalanced(&thousands, &part), BALANCED);
-  EXPECT_EQ(Ledger__()->serial, serial);
+  EXPECT_EQ(CurrentLedger()->serial, serial);
   part[4000] = 3000;
   EXPECT_EQ(Rebalanced(&thousands, &part), BALANCED);
   EXPECT_EQ(part[4000] + part[3000], 7000);

@@ -145,6 +145,6 @@ TEST(fm, passes_decide_by_gain_room_and_balance)
     Level level(row.instance, row.sides, row.ubfactor);
     EXPECT_EQ(level.Moves(row.refine, row.npasses), row.moves);
     EXPECT_EQ(level.Sides(), row.after);
-    EXPECT_VALID(CheckBisection__(level.graph));
+    EXPECT_VALID(CheckBisection(level.graph));
   }
 }

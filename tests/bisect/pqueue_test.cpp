@@ -83,7 +83,7 @@ TEST(pqueue, agrees_with_a_list_over_random_operations)
         list.erase(at);
       if (!remove && !same)
         list.insert(list.begin(), {gain, item});
-      ASSERT_STREQ(CheckQueue__(&queue), nullptr) << step;
+      ASSERT_STREQ(CheckQueue(&queue), nullptr) << step;
       ASSERT_EQ(queue.nnodes, static_cast<int>(list.size())) << step;
     }
   }

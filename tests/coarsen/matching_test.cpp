@@ -75,8 +75,8 @@ TEST_F(matching, validators_name_the_damaged_field)
   };
 
   ExpectNamed(damages, [&] {
-    const char *broken = CheckMatching__(&ctrl, g, 4);
-    return broken != nullptr ? broken : CheckContraction__(g);
+    const char *broken = CheckMatching(&ctrl, g, 4);
+    return broken != nullptr ? broken : CheckContraction(g);
   });
   FreeHGraph__(g->coarser);
   FreeHGraph__(g);

@@ -152,22 +152,22 @@ TEST(errors, without_a_handler_the_message_goes_to_standard_error_and_the_proces
 {
   Call call("nparts 1");
 
-  PopErrorHandler__(); // that of all tests
+  PopErrorHandler(); // that of all tests
   EXPECT_EXIT(call.Run(KWAY), testing::ExitedWithCode(0), testing::Eq("Nparts should be at least 2.\n\n"));
-  PushErrorHandler__();
+  PushErrorHandler();
 }
 
 TEST(errors, every_allocation_may_fail_and_the_next_call_is_right)
 {
   long ncalls = 0;
 
-  PushErrorHandler__();
+  PushErrorHandler();
   for (EntryPoint entry : {RECURSIVE, INTERNAL, KWAY, REFINE2, REFINEK}) {
     const Call valid(entry == REFINE2 ? "" : "nparts 3 options 1 1 1 1 1 0 1 7 0 part 2 1 1");
     Call right = valid, call = valid;
     right.Run(entry);
-    const std::uint64_t serial = Ledger__()->serial;
-    const std::size_t blocks = Ledger__()->blocks;
+    const std::uint64_t serial = CurrentLedger()->serial;
+    const std::size_t blocks = CurrentLedger()->blocks;
     const auto attempt = [&] {
       FatalError error = {FATAL_INPUT, ""};
       try {
@@ -183,17 +183,17 @@ TEST(errors, every_allocation_may_fail_and_the_next_call_is_right)
     ncalls += FailEach(attempt, [&](const FatalError &error, long) {
       EXPECT_EQ(std::string(error.message).find("Memory allocation failed for "), 0u) << error.message;
       EXPECT_EQ(error.kind, FATAL_MEMORY);
-      LedgerRelease__(serial);
-      EXPECT_EQ(Ledger__()->blocks, blocks);
+      ReleaseLedger(serial);
+      EXPECT_EQ(CurrentLedger()->blocks, blocks);
       Call next = valid;
       next.Run(entry);
       EXPECT_EQ(next.at("cut")[0], CutOf({3, {{0, 1}, {1, 2}}, {}, {}}, next.at("part")));
       EXPECT_TRUE(entry == KWAY || next == right); // the clock seeds KAPRIS_PartKway
       call = valid;
     });
-    EXPECT_EQ(Ledger__()->blocks, blocks);
+    EXPECT_EQ(CurrentLedger()->blocks, blocks);
   }
-  PopErrorHandler__();
+  PopErrorHandler();
   std::printf("%ld calls met a failing allocation\n", ncalls);
   EXPECT_GT(ncalls, 5 * 2 * 10);
 }

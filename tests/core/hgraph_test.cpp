@@ -20,10 +20,10 @@ TEST(hgraph, validators_name_the_damaged_field)
   };
 
   ExpectNamed(damages, [&] {
-    const char *broken = CheckHGraph__(g);
-    return broken != nullptr ? broken : CheckIncidence__(g);
+    const char *broken = CheckHGraph(g);
+    return broken != nullptr ? broken : CheckIncidence(g);
   });
   g->coarser = g;
-  EXPECT_STREQ(CheckHGraph__(g), "coarser: its finer level is another record");
+  EXPECT_STREQ(CheckHGraph(g), "coarser: its finer level is another record");
   FreeHGraph__(g);
 }

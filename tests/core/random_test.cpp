@@ -28,12 +28,12 @@ TEST(random, draws_what_the_C_library_draws_for_the_seed)
   for (std::int64_t seed : {0L, 1L, 7L, 2147483647L, 2147483648L, 4294967295L, 4294967296L + 7}) {
     InitRandom__(seed);
     // A new thread draws the sequence of seed 1 and disturbs no other.
-    std::thread([] { EXPECT_EQ(Draws(RandomDraw__), LibraryDraws(1)); }).join();
-    EXPECT_EQ(Draws(RandomDraw__), LibraryDraws(seed)) << seed;
+    std::thread([] { EXPECT_EQ(Draws(RandomDraw), LibraryDraws(1)); }).join();
+    EXPECT_EQ(Draws(RandomDraw), LibraryDraws(seed)) << seed;
   }
   const std::time_t now = std::time(nullptr);
   InitRandom__(-1);
-  const std::vector<int> draws = Draws(RandomDraw__);
+  const std::vector<int> draws = Draws(RandomDraw);
   EXPECT_TRUE(draws == LibraryDraws(now) || draws == LibraryDraws(now + 1));
 }
 #endif

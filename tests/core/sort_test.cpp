@@ -111,7 +111,7 @@ TEST(sort, distinct_values_of_any_number)
       sorted = values;
       for (std::size_t i = 1; i < values.size(); i++)
         std::swap(values[i], values[static_cast<std::size_t>(random.Below(static_cast<int>(i) + 1))]);
-      SortDistinct__(n, values.data());
+      SortDistinct(n, values.data());
       ASSERT_EQ(values, sorted) << n;
     }
 }

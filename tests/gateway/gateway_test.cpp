@@ -175,7 +175,7 @@ TEST(gateway, ends_with_the_library)
 {
   EXPECT_EXIT(
       {
-        PopErrorHandler__();
+        PopErrorHandler();
         CallGateway(1, {Text("PartRecursive"), Sparse(2, {{0}, {7}}), Number(2)});
       },
       testing::ExitedWithCode(0), "netind.1. is 7, but a pin should be at least 0 and below ncells");
@@ -203,7 +203,7 @@ TEST(gateway, any_allocation_may_fail)
   long nhost = 0;
 
   const long ncalls = FailEach(attempt, [&](const FatalError &error, long n) {
-    LedgerRelease__(0);
+    ReleaseLedger(0);
     if (error.kind == FATAL_MEMORY) {
       EXPECT_EQ(std::string(error.message).find("Memory allocation failed for "), 0u) << error.message;
     } else {

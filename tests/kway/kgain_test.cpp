@@ -15,7 +15,7 @@ TEST(kgain, validator_names_the_damaged_field)
   SetWhere(g, {0, 0, 1, 1, 2, 1});
   ComputeInitKwayGains__(&ctrl, g);
   for (int i = 0; i < g->ncells; i++)
-    CellRecord__(&ctrl, g, i);
+    CellRecord(&ctrl, g, i);
   const char *cell = "crinfo: not the internal and soloed weight and the number of other parts";
   const std::vector<Damage> damages = {
       {&g->where[3], 3, "where: a cell is in no part"},
@@ -33,6 +33,6 @@ TEST(kgain, validator_names_the_damaged_field)
       {&g->crinfo[2].degrees[1].pid, 1, "crdata: not the gains of a move"},
   };
 
-  ExpectNamed(damages, [&] { return CheckKway__(&ctrl, g); });
+  ExpectNamed(damages, [&] { return CheckKway(&ctrl, g); });
   FreeHGraph__(g);
 }

@@ -59,9 +59,9 @@ std::string WrongIn(const Call &call, const Result &result, const std::string &p
 
 std::string Broken(const Call &call)
 {
-  const std::size_t blocks = Ledger__()->blocks;
+  const std::size_t blocks = CurrentLedger()->blocks;
   std::string printed;
   const Result result = RunTraced(call, &printed);
 
-  return Ledger__()->blocks != blocks ? "memory was not released" : WrongIn(call, result, printed);
+  return CurrentLedger()->blocks != blocks ? "memory was not released" : WrongIn(call, result, printed);
 }

@@ -40,13 +40,13 @@ namespace
 struct Capture {
   TraceSink before;
 
-  explicit Capture(std::string *printed) : before(TraceUse__({Append, printed}))
+  explicit Capture(std::string *printed) : before(UseTraceSink({Append, printed}))
   {
   }
 
   ~Capture()
   {
-    TraceUse__(before);
+    UseTraceSink(before);
   }
 
   static void Append(void *owner, const char *text)

@@ -12,11 +12,11 @@
 struct Watch : testing::EmptyTestEventListener {
   void OnTestEnd(const testing::TestInfo &) override
   {
-    EXPECT_EQ(Ledger__()->blocks, 0u);
+    EXPECT_EQ(CurrentLedger()->blocks, 0u);
   }
 };
 static const bool watched =
-    (PushErrorHandler__(), testing::UnitTest::GetInstance()->listeners().Append(new Watch), true);
+    (PushErrorHandler(), testing::UnitTest::GetInstance()->listeners().Append(new Watch), true);
 
 std::vector<int> Instance::NetPtr() const
 {
@@ -82,7 +82,7 @@ HGraph *HGraphOf(const Instance &instance)
   graph->cellwgt = Copy(instance.cellwgt.empty() ? ones : instance.cellwgt, "test: cellwgt");
   graph->netwgt = Copy(instance.netwgt.empty() ? ones : instance.netwgt, "test: netwgt");
   CreateIncidentHGraph__(graph);
-  EXPECT_VALID(CheckHGraph__(graph));
+  EXPECT_VALID(CheckHGraph(graph));
   return graph;
 }
 

@@ -76,15 +76,15 @@ void ExpectNamed(const std::vector<Damage> &damages, Validator validator)
 // Runs the statement with an error handler and expects this message; everything that it allocated is released.
 #define EXPECT_FATAL(statement, text)                                                                        \
   do {                                                                                                       \
-    const std::uint64_t serial__ = Ledger__()->serial;                                                       \
-    std::string message__ = "no error";                                                                      \
-    PushErrorHandler__();                                                                                    \
+    const std::uint64_t serial_ = CurrentLedger()->serial;                                                       \
+    std::string message_ = "no error";                                                                      \
+    PushErrorHandler();                                                                                    \
     try {                                                                                                    \
       statement;                                                                                             \
     } catch (const FatalError &error) {                                                                      \
-      message__ = error.message;                                                                             \
+      message_ = error.message;                                                                             \
     }                                                                                                        \
-    PopErrorHandler__();                                                                                     \
-    LedgerRelease__(serial__);                                                                               \
-    EXPECT_EQ(message__, text);                                                                              \
+    PopErrorHandler();                                                                                     \
+    ReleaseLedger(serial_);                                                                               \
+    EXPECT_EQ(message_, text);                                                                              \
   } while (0)

@@ -1,0 +1,71 @@
+// lib/core/constants.h - the numbers that the method is tuned with. All of them decide results.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "weight.h"
+
+namespace kapris::KAPRIS_ENGINE
+{
+
+// ----------------------------------------------------------------------------------------------------------
+// Coarsening
+
+// Nets with more pins are left out of coarsening: they say little of which cells belong together and cost much.
+constexpr int MAX_NET_SIZE = 50;
+// A hypergraph of so many cells is small enough to be bisected directly.
+constexpr int COARSEST_BISECTION = 100;
+// So many cells per part are left for the first partition into all parts.
+constexpr int COARSEST_PER_PART = 200;
+// V-cycles stop earlier: their coarsest level is already partitioned, and only its refinement is still to come.
+constexpr int COARSEST_CYCLE = 1000;
+// A level is slow when it keeps more of the cells than this share of the level before ...
+constexpr float SLOW_RATIO = 0.8f;
+// ... or, once one has been slow, this many times that.
+constexpr double SLOW_GROWTH = 1.075;
+// Stars are joined until so large a share of the cells has joined one: more would leave levels too few steps apart.
+constexpr double MAX_JOINED = 0.4;
+// The first so many levels visit strongly connected cells first, where the scheme takes turns.
+constexpr int STRONG_LEVELS = 4;
+// Nets that give each pair of their pins less weight than this do not count towards how strongly a cell is connected.
+constexpr double WEAK_EDGE = 0.1;
+
+// ----------------------------------------------------------------------------------------------------------
+// Refinement
+
+// Passes over a level, at most; most levels end earlier, after a pass without gain.
+constexpr int MAX_PASSES = 10;
+// Early-exit passes end after this share of the cells has moved without a better cut, and there are so many of them.
+constexpr float EARLY_EXIT = 0.1f;
+constexpr int EARLY_EXIT_PASSES = 3;
+// So many of the coarsest levels are cheap enough for full passes.
+constexpr int FULL_LEVELS = 2;
+// V-cycles of a partition, at most; they end after so many in a row without a better value.
+constexpr int MAX_CYCLES = 10;
+constexpr int IDLE_CYCLES = 2;
+
+// ----------------------------------------------------------------------------------------------------------
+// Trials
+
+// First bisections of a coarsest level of which the best is kept: more where a polish of all parts builds on it.
+constexpr int INITIAL_TRIALS = 10;
+constexpr int INITIAL_TRIALS_POLISHED = 20;
+// Trials come close to the best one within this factor, or this distance.
+constexpr double CLOSE_FACTOR = 1.2;
+constexpr int CLOSE_DISTANCE = 20;
+// With more trials than MANY_TRIALS, so many partitions wait for V-cycles after the last trial.
+constexpr int MANY_TRIALS = 10;
+constexpr int MOST_KEPT = 3;
+// The first partition into all parts is the better one of so many.
+constexpr int NESTED_TRIALS = 2;
+// More parts than these are not polished: each cell would know of too many parts.
+constexpr int MAX_POLISHED_PARTS = 64;
+
+// ----------------------------------------------------------------------------------------------------------
+// Balance
+
+// Added to a product of shares and counts before it is truncated, so that whole-number products stay whole.
+constexpr double WHOLE_MARGIN = 0.4;
+// A part may sink below its share by at least this factor, however tight its limit: else nothing could move.
+constexpr double LEAST_FACTOR = 1.05;
+
+} // namespace kapris::KAPRIS_ENGINE

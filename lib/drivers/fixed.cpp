@@ -1,0 +1,81 @@
+// lib/drivers/fixed.cpp - partitions around pre-assigned cells.
+// SPDX-License-Identifier: MIT
+
+#include "drivers.h"
+
+#include "coarsen/coarsen.h"
+
+namespace kapris::KAPRIS_ENGINE
+{
+
+namespace
+{
+
+// Takes partitions of the compressed hypergraph and hands those of the full one on.
+struct Projector {
+  const Control *ctrl;
+  int ncells;
+  const Cell *cellmap;
+  int *part;
+};
+
+} // namespace
+
+static void TakeCompressed(void *taker, const int *cpart)
+{
+  const Projector *projector = static_cast<Projector *>(taker);
+
+  ProjectFixedCells__(projector->ctrl, projector->ncells, projector->cellmap, projector->part, cpart);
+  Announce(projector->ctrl, projector->part);
+}
+
+// The partition of the call as one of the compressed hypergraph.
+static void CompressPartition(const Control *ctrl, int ncells, const Cell *cellmap, int *cpart)
+{
+  for (int i = 0; i < ncells; i++)
+    cpart[cellmap[i]] = ctrl->initial[i];
+  for (int p = 0; p < ctrl->nparts; p++)
+    cpart[p] = p;
+}
+
+static Weight PartitionCompressed(const Control *ctrl, HGraph *graph, int *part,
+                                  Weight (*partition)(const Control *, HGraph *, int *part))
+{
+  Cell *cellmap;
+  int *orgpart = imalloc__(graph->ncells, "orgpart");
+
+  icopy__(graph->ncells, part, orgpart);
+  // The cells of a coarse cell list its nets in the order of the incidence.
+  CreateIncidentHGraph__(graph);
+  HGraph *compressed = CompressFixedCells__(ctrl, graph, part, &cellmap);
+  QVfree__(&graph->incptr, &graph->incind, &graph->adjwgt, &graph->edgewgt);
+  int *fpart = imalloc__(compressed->ncells, "MultilevelPartition: fpart");
+
+  Projector projector = {ctrl, graph->ncells, cellmap, part};
+  Hooks hooks = *ctrl->hooks;
+  Control inner = *ctrl;
+  hooks.taker = &projector;
+  if (hooks.incumbent != nullptr)
+    hooks.incumbent = TakeCompressed;
+  inner.hooks = &hooks;
+  if (ctrl->initial != nullptr)
+    CompressPartition(ctrl, graph->ncells, cellmap, fpart);
+
+  const Weight value = partition(&inner, compressed, fpart);
+
+  ProjectFixedCells__(ctrl, graph->ncells, cellmap, part, fpart);
+  for (int i = 0; i < graph->ncells; i++)
+    if (orgpart[i] != -1 && orgpart[i] != part[i])
+      Trace("Fixing failed: %d %d %d\n", i, orgpart[i], part[i]);
+  QVfree__(&fpart, &orgpart, &cellmap);
+  FreeHGraph__(compressed);
+  return value;
+}
+
+Weight PartitionAroundFixed(const Control *ctrl, HGraph *graph, int *part,
+                            Weight (*partition)(const Control *, HGraph *, int *part))
+{
+  return ctrl->fixed ? PartitionCompressed(ctrl, graph, part, partition) : partition(ctrl, graph, part);
+}
+
+} // namespace kapris::KAPRIS_ENGINE

@@ -1,0 +1,216 @@
+// lib/starts/run.cpp - the starts of one call, and which of their partitions is the best.
+// SPDX-License-Identifier: MIT
+//
+// A start is a complete partitioning with a seed of its own:
+//   engine    by the scheme, with the context of the call   RunEngine
+//   balance   if a part is above its limit                  BringWithinLimits
+//   compare   under a total order, so that neither the number of threads nor their timing decides   Consider
+// Before the first one there is a candidate already: the given partition, or a simple one.
+
+#include "run.h"
+
+#include "rebalance/rebalance.h"
+#include "start.h"
+
+namespace kapris::safe
+{
+
+// ----------------------------------------------------------------------------------------------------------
+// Candidates
+
+// Returns whether it came to an end of its own. Whether a part above its limit has been repaired is for the measures to
+// tell.
+static bool BringWithinLimits(Start *start, int *part)
+{
+  const Run *run = start->run;
+  const CleanProblem *problem = run->problem;
+  const BalanceProblem balance = {problem->ncells,  problem->nnets,
+                                  problem->cellwgt, problem->netwgt,
+                                  problem->netptr,  problem->netind,
+                                  problem->nparts,  problem->limits,
+                                  problem->fixed,   run->options->objective == KAPRIS_SOED,
+                                  Proceed,        start};
+
+  Enter(start, PHASE_BALANCE, problem->ncells);
+  const BalanceVerdict verdict = Rebalance(&balance, part);
+  if (verdict == IMPOSSIBLE)
+    start->run->impossible = true;
+  return verdict != INTERRUPTED;
+}
+
+// Makes the partition the best of the call if it is. Takes over part.
+static Measures Consider(Run *run, int index, int *part)
+{
+  Candidate candidate = {part, Measure(run->problem, part, nullptr), index};
+  const Measures measures = candidate.measures;
+  const std::lock_guard<std::mutex> guard(run->lock);
+
+  if (index != SIMPLE_PARTITION && IsBetter(run->options, &candidate, &run->shown))
+    run->shown = {nullptr, measures, index};
+  if (IsBetter(run->options, &candidate, &run->best))
+    std::swap(candidate, run->best);
+  QVfree__(&candidate.part);
+  return measures;
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// One start
+
+// The first start of all has the seed of the call; the others follow from it and their number (splitmix64).
+static std::int64_t SeedOf(const Run *run, int number)
+{
+  if (number == 0)
+    return run->seed;
+  std::uint64_t z =
+      static_cast<std::uint64_t>(run->seed) + static_cast<std::uint64_t>(number) * 0x9e3779b97f4a7c15u;
+  z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
+  z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
+  return static_cast<std::int64_t>((z ^ (z >> 31)) & INT_MAX);
+}
+
+static void RecordStart(kapris_start *record, const Measures *measures, bool completed)
+{
+  record->cut = measures->cut;
+  record->soed = measures->soed;
+  record->imbalance = measures->imbalance;
+  record->balanced = measures->balanced;
+  record->completed = completed;
+}
+
+// The records go to the call: those of this start's levels if its partition is the best so far, and so will those of
+// a later one that beats it.
+static void EndStart(Start *start)
+{
+  Run *run = start->run;
+
+  Enter(start, PHASE_END, 0);
+  run->done += 1.0 - start->done;
+  const std::lock_guard<std::mutex> guard(run->lock);
+  for (int phase = 0; phase < NPHASES; phase++)
+    run->seconds[phase] += start->seconds[phase];
+  run->nstartsdone++;
+  if (!run->options->records)
+    return;
+  run->trials[static_cast<std::size_t>(start->index)] = std::move(start->records.trials);
+  if (run->best.start == start->index)
+    run->levels = TakeLevels(&start->records);
+}
+
+static void RunStart(Run *run, int index)
+{
+  const auto began = std::chrono::steady_clock::now();
+  kapris_start *record = &run->starts[index];
+  int *part = imalloc__(run->problem->ncells, "api: part");
+  Start start = {run, index, imalloc__(run->problem->ncells, "api: incumbent"), false, {0}, {0}, {0.0},
+                 {},  {}};
+
+  Enter(&start, PHASE_OTHER, 0);
+  record->number = run->options->first_start + index;
+  record->seed = SeedOf(run, record->number);
+  try {
+    RunEngine(&start, record->seed, part);
+    const bool completed = BringWithinLimits(&start, part);
+    const Measures measures = Consider(run, index, part);
+    RecordStart(record, &measures, completed);
+    QVfree__(&start.incumbent);
+  } catch (const StopRun &) {
+    // What the engine had allocated goes back when the call ends.
+    QVfree__(&part);
+    if (start.hasincumbent) {
+      const Measures measures = Consider(run, index, start.incumbent);
+      RecordStart(record, &measures, false);
+    } else {
+      QVfree__(&start.incumbent);
+    }
+  }
+  record->seconds = SecondsSince(began);
+  EndStart(&start);
+}
+
+namespace
+{
+
+struct StartTask {
+  Run *run;
+  int index;
+  Task *task;
+};
+
+} // namespace
+
+// Keeps the exception that is being handled, if it is the first, and stops the other starts.
+static void SetError(Run *run)
+{
+  const std::lock_guard<std::mutex> guard(run->lock);
+
+  if (!run->error)
+    run->error = std::current_exception();
+  run->stop = FAILED;
+}
+
+static void RunStartTask(void *argument)
+{
+  const StartTask *start = static_cast<StartTask *>(argument);
+
+  try {
+    RunStart(start->run, start->index);
+  } catch (...) {
+    LeavePhase();
+    SetError(start->run);
+  }
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// All of them
+
+// A given partition, which no result may fall behind, and what it is within the limits, from which the starts go on.
+static void ConsiderGiven(Run *run, const int *given)
+{
+  const int ncells = run->problem->ncells;
+  Start start = {run, GIVEN_PARTITION, nullptr, false, {0}, {0}, {0.0}, {}, {}};
+
+  Consider(run, GIVEN_PARTITION, icopy__(ncells, given, imalloc__(ncells, "api: part")));
+  run->initial = icopy__(ncells, given, imalloc__(ncells, "api: initial"));
+  BringWithinLimits(&start, run->initial);
+  Enter(&start, PHASE_END, 0);
+  run->seconds[PHASE_BALANCE] += start.seconds[PHASE_BALANCE];
+  Consider(run, GIVEN_PARTITION, icopy__(ncells, run->initial, imalloc__(ncells, "api: part")));
+}
+
+static void MakeFirstCandidate(Run *run, const int *given)
+{
+  if (given != nullptr) {
+    ConsiderGiven(run, given);
+    return;
+  }
+  int *part = imalloc__(run->problem->ncells, "api: part");
+  FillPartsInOrder(run->problem, part);
+  Consider(run, SIMPLE_PARTITION, part);
+}
+
+void RunStarts(Run *run, const int *given)
+{
+  const int nstarts = run->options->starts;
+
+  MakeFirstCandidate(run, given);
+  StartTask *tasks = QVarray<StartTask>(nstarts, "api: tasks");
+  int nforked = 1;
+  for (int i = 0; i < nstarts; i++)
+    tasks[i] = {run, i, nullptr};
+  // The first one is for this thread.
+  try {
+    for (; nforked < nstarts; nforked++)
+      tasks[nforked].task = ForkTask(run->pool, RunStartTask, &tasks[nforked]);
+    RunStartTask(&tasks[0]);
+  } catch (...) {
+    SetError(run);
+  }
+  // Whatever has happened: the tasks use what is on this stack.
+  for (int i = 1; i < nforked; i++)
+    JoinTask(run->pool, tasks[i].task);
+  QVfree__(&tasks);
+  if (run->error)
+    std::rethrow_exception(run->error);
+}
+
+} // namespace kapris::safe

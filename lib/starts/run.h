@@ -1,0 +1,53 @@
+// lib/starts/run.h - the starts of one call; for this folder and the safe interface.
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "candidate.h"
+#include "pool.h"
+#include "problem.h"
+
+#include <atomic>
+#include <chrono>
+#include <exception>
+#include <vector>
+
+namespace kapris::safe
+{
+
+// Why a call ends early.
+enum StopReason { GOES_ON, TIME_IS_UP, CANCELLED, FAILED };
+
+struct Run {
+  const CleanProblem *problem;
+  const kapris_options *options;
+  std::int64_t seed;
+  std::chrono::steady_clock::time_point began;
+  TaskPool *pool;
+  kapris_start *starts; // [options->starts]
+  double *seconds;      // [NPHASES] of all starts that have ended; under lock
+
+  std::mutex *callbacks; // held while progress or log of the options runs
+  double lastprogress;   // under callbacks
+
+  std::atomic<int> stop;        // StopReason
+  std::atomic<bool> impossible; // no partition keeps the limits
+  std::atomic<double> done;     // estimate of the work done, in starts
+  std::mutex lock;              // for the rest
+  std::exception_ptr error;
+  Candidate best;
+  int *initial;    // [ncells] the partition to improve, or NULL
+  Candidate shown; // the best for reports of progress, without its partition
+  int nstartsdone;
+
+  // With records, under lock.
+  std::vector<std::vector<kapris_trial>> trials; // [options->starts]
+  std::vector<kapris_level> levels;              // of the start that made the best partition
+};
+
+double SecondsSince(std::chrono::steady_clock::time_point began);
+
+// Runs all starts, or as far as the limits allow; leaves the best partition in run->best and the figures of each start
+// in run->starts. With given, [ncells], they improve that partition. Throws what a start threw.
+void RunStarts(Run *run, const int *given);
+
+} // namespace kapris::safe
