@@ -4,6 +4,7 @@
 
 #include "fuzz.h"
 
+#include "base/random.h"
 #include "property/run.h"
 
 static Result Run(Call call, int dbglvl)

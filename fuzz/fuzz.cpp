@@ -32,10 +32,10 @@ bool Bytes::Flag()
 }
 
 // A few weights in turn, so that long arrays cost few bytes.
-static std::vector<int> DecodeWeights(Bytes *bytes, std::size_t n)
+static Weights DecodeWeights(Bytes *bytes, std::size_t n)
 {
   const int period = bytes->Below(9);
-  std::vector<int> turn, weights;
+  Weights turn, weights;
 
   for (int i = 0; i < period; i++)
     turn.push_back(bytes->Flag() ? bytes->Below(8) : bytes->Below(5000));
@@ -89,10 +89,13 @@ int DecodeExtreme(Bytes *bytes)
 void Corrupt(Bytes *bytes, Instance *instance)
 {
   const int what = bytes->Below(3), nnets = static_cast<int>(instance->nets.size());
-  std::vector<int> *list = what == 1 ? &instance->cellwgt : &instance->netwgt;
+  const auto corrupt = [bytes](auto *list) {
+    if (!list->empty())
+      (*list)[static_cast<std::size_t>(bytes->Below(static_cast<int>(list->size())))] = DecodeExtreme(bytes);
+  };
 
   if (what == 0 && nnets > 0)
-    list = &instance->nets[static_cast<std::size_t>(bytes->Below(nnets))];
-  if (!list->empty())
-    (*list)[static_cast<std::size_t>(bytes->Below(static_cast<int>(list->size())))] = DecodeExtreme(bytes);
+    corrupt(&instance->nets[static_cast<std::size_t>(bytes->Below(nnets))]);
+  else
+    corrupt(what == 1 ? &instance->cellwgt : &instance->netwgt);
 }

@@ -30,6 +30,11 @@ static Call DecodeCall(Bytes *bytes)
   options.log_level = bytes->Flag() ? 511 : 0;
   Call call = MakeCall(DecodeInstance(bytes), nparts);
   call.options = options;
+  // Every fourth call has weights for the engine of 64 bits.
+  if (options.seed % 4 == 3)
+    for (Weights *weights : {&call.instance.cellwgt, &call.instance.netwgt})
+      for (std::int64_t &weight : *weights)
+        weight <<= 36;
   call.twelfths = twelfths;
   call.percent = percent;
   if (bytes->Flag())

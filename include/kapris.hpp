@@ -67,9 +67,9 @@ private:
 // The cells and nets. The arrays belong to the caller and are only read, during the call. Any number of calls may read
 // them at once.
 struct Hypergraph {
-  int ncells = 0;                         // >= 0
-  std::span<const int> net_starts = {};   // number of nets + 1 offsets into pins, from 0; or empty: no nets
-  std::span<const int> pins = {};         // [net_starts.back()] cell numbers, those of net 0 first
+  int ncells = 0;                       // >= 0
+  std::span<const int> net_starts = {}; // number of nets + 1 offsets into pins, from 0; or empty: no nets
+  std::span<const int> pins = {};       // [net_starts.back()] cell numbers, those of net 0 first
   std::span<const std::int64_t> cell_weights = {}; // [ncells] >= 0, or empty: all 1
   std::span<const std::int64_t> net_weights = {};  // [number of nets] >= 0, or empty: all 1
 };

@@ -57,9 +57,9 @@ KAPRIS_SAFE_API const char *kapris_status_name(kapris_status status);
  * engine sees them, so reported values are exact. Weights must be >= 0; sums are limited as in kapris.h, the
  * limits of the k-way functions holding for every call into more than two parts. */
 typedef struct kapris_problem {
-  size_t size;             /* sizeof(kapris_problem), set by kapris_init_problem */
-  int ncells;              /* >= 0 */
-  int nnets;               /* >= 0 */
+  size_t size;                 /* sizeof(kapris_problem), set by kapris_init_problem */
+  int ncells;                  /* >= 0 */
+  int nnets;                   /* >= 0 */
   const int64_t *cell_weights; /* [ncells] >= 0, or NULL: all 1 */
   const int64_t *net_weights;  /* [nnets] >= 0, or NULL: all 1 */
   const int *net_starts; /* [nnets + 1]: pins of net j are pins[net_starts[j]] .. pins[net_starts[j+1] - 1] */

@@ -77,7 +77,7 @@ static std::vector<int> ProjectedPartition(const HGraph *graph, const HGraph *co
 {
   Control ctrl = ControlFor(coarser, nparts);
   HGraph *copy = CopyHGraph(coarser->ncells, coarser->nnets, coarser->cellwgt, coarser->netptr,
-                              coarser->netind, coarser->netwgt);
+                            coarser->netind, coarser->netwgt);
   std::vector<int> cpart(static_cast<std::size_t>(coarser->ncells)), part;
 
   ctrl.ubfactor = nparts == 2 ? 0.05f : 0.01f; // of each bisection

@@ -93,8 +93,7 @@ static void TimeKwayRecords(benchmark::State &state, const Problem &problem)
 template <int rtype>
 static void TimeKwayPass(benchmark::State &state, const Problem &problem)
 {
-  TimeKway(state, problem, rtype,
-           [](Control *ctrl, HGraph *graph) { RefineObjectiveKway(ctrl, graph, 1); });
+  TimeKway(state, problem, rtype, [](Control *ctrl, HGraph *graph) { RefineObjectiveKway(ctrl, graph, 1); });
 }
 
 const std::vector<PhaseTiming> refinement_phases = {

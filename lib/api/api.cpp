@@ -23,7 +23,7 @@
 #include <memory>
 #include <new>
 
-using namespace kapris::safe;
+using namespace kapris::engine::safe;
 
 void kapris_init_problem(kapris_problem *problem)
 {

@@ -3,7 +3,7 @@
 
 #include "arguments.h"
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 void CheckNets(int ncells, int nnets, const int *netptr, const int *netind, const ArgNames *names)
@@ -36,4 +36,4 @@ void CheckParts(int ncells, const int *part, int lowest, int nparts, const char 
       errexit__("%s[%d] is %d, but it should be between %d and %d.\n", name, i, part[i], lowest, nparts - 1);
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

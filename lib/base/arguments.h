@@ -7,7 +7,7 @@
 
 #include "output.h"
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 // What the caller knows the arrays as.
@@ -39,4 +39,4 @@ void CheckWeights(int n, const T *weights, const char *name)
                 static_cast<long long>(weights[i]));
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -12,7 +12,7 @@
 #define KAPRIS_CHECK_LEVEL 0
 #endif
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 // Prints what is broken and aborts: a failed check is a fault of this library, not of its caller.
@@ -21,7 +21,7 @@ namespace kapris::base
 #define CHECK_AT_LEVEL(level, condition)                                                                     \
   do {                                                                                                       \
     if (KAPRIS_CHECK_LEVEL >= (level) && !(condition))                                                       \
-      ::kapris::base::CheckFailed(#condition, __FILE__, __LINE__);                                           \
+      ::kapris::engine::base::CheckFailed(#condition, __FILE__, __LINE__);                                   \
   } while (0)
 #define CHECK_LIGHT(condition)  CHECK_AT_LEVEL(1, condition)
 #define CHECK_NORMAL(condition) CHECK_AT_LEVEL(2, condition)
@@ -32,7 +32,7 @@ namespace kapris::base
   do {                                                                                                       \
     if constexpr (KAPRIS_CHECK_LEVEL >= 3) {                                                                 \
       if (const char *broken_ = (validator))                                                                 \
-        ::kapris::base::CheckFailed(broken_, __FILE__, __LINE__);                                            \
+        ::kapris::engine::base::CheckFailed(broken_, __FILE__, __LINE__);                                    \
     }                                                                                                        \
   } while (0)
 
@@ -43,4 +43,4 @@ inline bool IsSample(int n, int ncells)
   return KAPRIS_CHECK_LEVEL >= 4 || n % (16 + size * size) == 0;
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 // What a run is doing, for reports of its progress.
@@ -65,4 +65,4 @@ inline constexpr Hooks NO_HOOKS = {};
 struct StopRun {
 };
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -11,7 +11,7 @@
 
 #include <cstdlib>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 struct alignas(16) BlockHeader {
@@ -140,4 +140,4 @@ void QVfreeBlock(void *pointer)
   std::free(block);
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

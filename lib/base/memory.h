@@ -10,7 +10,7 @@
 #include <mutex>
 #include <type_traits>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 struct BlockHeader;
@@ -89,4 +89,4 @@ inline int *ismalloc__(std::int64_t n, int value, const char *label)
   return QVarrayOf<int>(n, value, label);
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 static thread_local constinit int handlers = 0;
@@ -94,4 +94,4 @@ void TraceFlush()
     std::fflush(stdout);
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 // ----------------------------------------------------------------------------------------------------------
@@ -40,4 +40,4 @@ struct TraceSink {
 };
 TraceSink UseTraceSink(TraceSink sink); // returns the one before
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

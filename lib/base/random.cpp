@@ -13,7 +13,7 @@
 #include <ctime>
 #include <utility>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 namespace
@@ -117,4 +117,4 @@ void RandomPermuteFine__(int *p, int n, int init)
   }
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 // Seeds with the low 32 bits of seed, or with the wall clock in seconds when seed is negative.
@@ -22,4 +22,4 @@ void RandomPermute__(int *p, int n, int init);
 // Shuffles p[0..n-1] by n swaps over the full range; init as above.
 void RandomPermuteFine__(int *p, int n, int init);
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -15,7 +15,7 @@
 #include <cstring>
 #include <utility>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 namespace
@@ -318,4 +318,4 @@ void dkeysort__(int n, KeyVal *pairs)
   SortKeys(pairs, n, DecreasingKey());
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 struct KeyVal {
@@ -19,4 +19,4 @@ void SortDistinct(int n, int *a);
 void ikeysort__(int n, KeyVal *pairs);
 void dkeysort__(int n, KeyVal *pairs);
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -7,7 +7,7 @@
 
 #include <sys/resource.h>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 double seconds__()
@@ -45,4 +45,4 @@ void PrintTimers__(const Timers *timers, int full)
   Trace("\n----------------------------------------------------------------------------");
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

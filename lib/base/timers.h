@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 // CPU time of the process so far, user plus system, in seconds.
@@ -19,4 +19,4 @@ void InitTimers__(Timers *timers);
 // Prints the timing report on the trace; full adds the parts of refinement.
 void PrintTimers__(const Timers *timers, int full);
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 template <class T>
@@ -46,4 +46,4 @@ template int iamax__(int, const std::int64_t *);
 template int iamin__(int, const std::int32_t *);
 template int iamin__(int, const std::int64_t *);
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

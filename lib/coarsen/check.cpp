@@ -7,7 +7,7 @@
 #include <set>
 #include <vector>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 const char *CheckMatching(const Control *ctrl, const HGraph *graph, const Grouping *groups)
@@ -88,4 +88,4 @@ const char *CheckContraction(const HGraph *graph, const HGraph *coarser, const C
   return nullptr;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

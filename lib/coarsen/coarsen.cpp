@@ -16,7 +16,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 static MatchWork AllocMatchWork(const HGraph *graph)
@@ -161,9 +161,10 @@ static Level *RunCoarsening(const Control *ctrl, int coarsento, Level *level, Ma
 
 Level *Coarsen__(const Control *ctrl, Level *level)
 {
-  return RunCoarsening<false>(ctrl, ctrl->coarsento, level, [ctrl](const Level *l, MatchWork *work, bool slow) {
-    return Match(ctrl, l->graph, work, l->level, slow);
-  });
+  return RunCoarsening<false>(ctrl, ctrl->coarsento, level,
+                              [ctrl](const Level *l, MatchWork *work, bool slow) {
+                                return Match(ctrl, l->graph, work, l->level, slow);
+                              });
 }
 
 Level *CCoarsen__(const Control *ctrl, RestrictedMatching matching, Level *level)
@@ -173,4 +174,4 @@ Level *CCoarsen__(const Control *ctrl, RestrictedMatching matching, Level *level
   });
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -4,7 +4,7 @@
 
 #include "core/level.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // Coarsens the hypergraph of level by ctrl->ctype until a level has at most ctrl->coarsento cells or shrinks too
@@ -55,4 +55,4 @@ const char *CheckMatching(const Control *ctrl, const HGraph *graph, const Groupi
 const char *CheckContraction(const HGraph *graph, const HGraph *coarser, const Cell *cellmap,
                              const Net *netmap);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -13,7 +13,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 namespace
@@ -148,7 +148,7 @@ static NetList MapNets(const HGraph *graph, const Cell *cellmap, Net *netmap, in
 
 // Asks for what is read after member number k: members and their nets lie anywhere.
 __attribute__((always_inline)) static inline void AskForNets(const HGraph *graph, const Cell *mind,
-                                                                     const Net *netmap, int k)
+                                                             const Net *netmap, int k)
 {
   if (k + 16 >= graph->ncells)
     return;
@@ -256,4 +256,4 @@ void CollapseSameHEdges__(int nnets, const Pin *netptr, Cell *netind, const Weig
   *outnetwgt = merged.netwgt;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

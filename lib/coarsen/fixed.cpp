@@ -3,7 +3,7 @@
 
 #include "match.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 HGraph *CompressFixedCells__(const Control *ctrl, const HGraph *graph, const int *part, Cell **cellmap)
@@ -40,4 +40,4 @@ void ProjectFixedCells__(const Control *ctrl, int ncells, const Cell *cellmap, i
   QVfree__(&imap);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

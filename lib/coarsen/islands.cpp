@@ -10,7 +10,7 @@
 
 #include "coarsen.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // A copy of x, of n entries, with the entry at index i at map[i].
@@ -138,4 +138,4 @@ void CombineIslands__(Level *level)
   level->graph = level->outer;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

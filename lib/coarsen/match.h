@@ -7,7 +7,7 @@
 #include "base/random.h"
 #include "base/sort.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 constexpr float NO_SCORE = -1.0f; // of a cell that a search has not met; scores are not negative
@@ -109,4 +109,4 @@ void PairUp(const Control *ctrl, const HGraph *graph, const MatchWork *work, Gro
   }
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

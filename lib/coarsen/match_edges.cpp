@@ -21,7 +21,7 @@
 #include <bit>
 #include <utility>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // ----------------------------------------------------------------------------------------------------------
@@ -207,7 +207,8 @@ static Grouping MatchPairs(const Control *ctrl, const HGraph *graph, const int *
   const MatchView view = {graph, groups.cellmap, where};
 
   OrderByDegree(ctrl, graph, work->keys, work->order, work->perm);
-  PairUp(ctrl, graph, work, &groups, [&](int v) { return FindPartner<rules>(ctrl, &view, work, nullptr, v); });
+  PairUp(ctrl, graph, work, &groups,
+         [&](int v) { return FindPartner<rules>(ctrl, &view, work, nullptr, v); });
   return groups;
 }
 
@@ -226,7 +227,8 @@ Grouping CMatch_Edges__(const Control *ctrl, const HGraph *graph, const int *whe
 
 // Fills cellmap; returns the number of groups.
 template <int rules>
-static int JoinStars(const Control *ctrl, const HGraph *graph, const int *where, Cell *cellmap, MatchWork *work)
+static int JoinStars(const Control *ctrl, const HGraph *graph, const int *where, Cell *cellmap,
+                     MatchWork *work)
 {
   const MatchView view = {graph, cellmap, where};
   const Weight *cellwgt = graph->cellwgt;
@@ -304,4 +306,4 @@ Grouping CMatch_EdgesStars__(const Control *ctrl, const HGraph *graph, const int
   return groups;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

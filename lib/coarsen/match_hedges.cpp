@@ -11,7 +11,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // The key decides results: it wraps around, and the order of equal keys is that of the sort. In the wide form weights
@@ -80,4 +80,4 @@ Grouping Match_Hedges_PHedges_Edges__(const Control *ctrl, const HGraph *graph, 
   return groups;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // Half and half, but for an odd number of parts.
@@ -75,7 +75,8 @@ void PartBounds(const Bounds *bounds, int nparts, Weight total, Weight *upper, W
   for (int p = 0; p < nparts; p++) {
     upper[p] = TruncateWeight(std::ceil(static_cast<double>(bounds->limits[p]) * ratio));
     // As far below its share as it may be above, but not so near that nothing can move: no part runs empty.
-    const double share = bounds->shares[p] * weight, limit = static_cast<double>(std::max<Weight>(1, upper[p]));
+    const double share = bounds->shares[p] * weight,
+                 limit = static_cast<double>(std::max<Weight>(1, upper[p]));
     lower[p] = std::max<Weight>(1, TruncateWeight(std::min(share / LEAST_FACTOR, share * share / limit)));
   }
 }
@@ -101,4 +102,4 @@ int LighterSide(const Bounds *bounds, const Weight pwgts[2])
              : 0;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -7,7 +7,7 @@
 
 #include "weight.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 struct Bounds {
@@ -42,4 +42,4 @@ int LightestPart(const Bounds *bounds, int nparts, const Weight *kpwgts);
 // The side, by the share at which cells without nets are dealt; side 1 among equals.
 int LighterSide(const Bounds *bounds, const Weight pwgts[2]);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 const char *CheckHGraph(const HGraph *graph)
@@ -99,4 +99,4 @@ const char *CheckBisection(const Level *level)
   return nullptr;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

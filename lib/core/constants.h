@@ -4,7 +4,7 @@
 
 #include "weight.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // ----------------------------------------------------------------------------------------------------------
@@ -68,4 +68,4 @@ constexpr double WHOLE_MARGIN = 0.4;
 // A part may sink below its share by at least this factor, however tight its limit: else nothing could move.
 constexpr double LEAST_FACTOR = 1.05;
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

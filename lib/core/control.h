@@ -5,11 +5,12 @@
 // that needs other values makes a copy for its part of the work.
 #pragma once
 
-#include "base/hooks.h"
-#include "base/timers.h"
 #include "bounds.h"
 
-namespace kapris::KAPRIS_ENGINE
+#include "base/hooks.h"
+#include "base/timers.h"
+
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 enum DebugBits {
@@ -52,14 +53,15 @@ struct Control {
   TwoWayScheme rtype;      // of bisections
   KwayObjective objective; // of k-way refinement
   CyclePolicy vcycle;
-  bool reconst;      // the pieces of a cut net stay in the recursion
-  bool fixed;        // the part vector holds pre-assigned parts on entry
-  bool kwayrefine;   // polish a recursive bisection into more than two parts
-  bool nestedclock;  // first partitions into all parts are seeded from the clock, not from the sequence of the run
-  std::int64_t seed; // negative = from the clock
-  int dbglvl;        // DebugBits
-  int coarsento;     // coarsening goes on while a level has more cells than this
-  int maxnetsize; // nets with more pins are pruned before coarsening; caps the degree key of matching
+  bool reconst;    // the pieces of a cut net stay in the recursion
+  bool fixed;      // the part vector holds pre-assigned parts on entry
+  bool kwayrefine; // polish a recursive bisection into more than two parts
+  bool
+      nestedclock; // first partitions into all parts are seeded from the clock, not from the sequence of the run
+  std::int64_t seed;  // negative = from the clock
+  int dbglvl;         // DebugBits
+  int coarsento;      // coarsening goes on while a level has more cells than this
+  int maxnetsize;     // nets with more pins are pruned before coarsening; caps the degree key of matching
   const int *initial; // [ncells] the partition to improve, or NULL: partition anew
 
   // The step that goes on.
@@ -123,4 +125,4 @@ struct Stopwatch {
   Stopwatch &operator=(const Stopwatch &) = delete;
 };
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -3,7 +3,7 @@
 
 #include "hgraph.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 HGraph *CreateHGraph__()
@@ -97,4 +97,4 @@ void CreateIncidentHGraph__(HGraph *graph)
   CHECK_VALID(CheckIncidence(graph));
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

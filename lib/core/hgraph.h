@@ -2,10 +2,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "base/check.h"
 #include "control.h"
 
-namespace kapris::KAPRIS_ENGINE
+#include "base/check.h"
+
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // One hypergraph: the caller's, its pruned copy, a coarser level, or a side of the recursion. Constant once it is built,
@@ -77,4 +78,4 @@ const char *CheckIncidence(const HGraph *graph); // incptr, incind, adjwgt again
 // Whether every maintained cut must equal a recount: no net of one pin, no pin listed twice.
 bool HasPlainNets(const HGraph *graph);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -3,7 +3,7 @@
 
 #include "level.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 Level OpenLevel(const HGraph *graph)
@@ -43,4 +43,4 @@ void FreeLevel(Level *level)
   QVfree__(&level);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

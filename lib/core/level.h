@@ -6,15 +6,15 @@
 
 #include "hgraph.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // A partition of a level, and what refinement knows of it. Islands have an entry in where and count in no weight until
 // they are dealt.
 struct Partition {
-  int *where;     // [ncells+nislands] part of each cell
+  int *where;      // [ncells+nislands] part of each cell
   Weight pwgts[2]; // two-way: weights of the sides
-  Weight *kpwgts; // k-way: [nparts] weights of the parts
+  Weight *kpwgts;  // k-way: [nparts] weights of the parts
   Weight mincut;
   Weight soed;   // k-way
   Weight objval; // k-way: mincut or soed, whichever is minimised
@@ -22,8 +22,8 @@ struct Partition {
 
 struct Level {
   const HGraph *graph;
-  HGraph *own;           // the same if it belongs to the level, else NULL: the finest level without islands
-  const HGraph *outer;   // finest level: the hypergraph with its islands in their places
+  HGraph *own;         // the same if it belongs to the level, else NULL: the finest level without islands
+  const HGraph *outer; // finest level: the hypergraph with its islands in their places
   Level *coarser, *finer;
   int level;       // contractions since coarsening began
   Cell *cellmap;   // [ncells] coarse cell of each cell
@@ -54,7 +54,7 @@ void RecordEnd(const Control *ctrl, int trial, const Level *level, Weight value,
 
 // ----------------------------------------------------------------------------------------------------------
 // Validators (check.cpp): the first broken invariant, or NULL.
-const char *CheckLevel(const Level *level);    // its links
+const char *CheckLevel(const Level *level);     // its links
 const char *CheckBisection(const Level *level); // where, pwgts, mincut
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

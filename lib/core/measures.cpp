@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 Weight ComputeActualCut__(const HGraph *graph, const int *part)
@@ -70,4 +70,4 @@ float ComputeBalanceKway__(const HGraph *graph, int nparts, const int *part)
   return static_cast<float>(nparts * largest / total);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

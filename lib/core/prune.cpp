@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 HGraph *PruneHGraph__(const Control *ctrl, const HGraph *graph)
@@ -77,4 +77,4 @@ int NumOfLargeNets__(int nnets, const int *netptr)
   return n;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 static double ShareOf(const Control *ctrl, int p)
@@ -68,7 +68,7 @@ void RecordLevel(const Control *ctrl, Phase phase, const Level *level, Weight va
 }
 
 void RecordEnd(const Control *ctrl, int trial, const Level *level, Weight value, bool taken, const int *kept,
-                 int nkept)
+               int nkept)
 {
   Step step = {};
 
@@ -84,4 +84,4 @@ void RecordEnd(const Control *ctrl, int trial, const Level *level, Weight value,
   Send(ctrl, &step);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -22,7 +22,7 @@
 #define KAPRIS_ENGINE narrow
 #endif
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 using namespace base;
@@ -106,4 +106,4 @@ inline long long Shown(Weight weight)
   return weight;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -6,7 +6,7 @@
 #include "multilevel/trials.h"
 #include "refine/twoway/twoway.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 namespace
@@ -47,8 +47,8 @@ struct Bisection {
 
   static void TraceHeader(const Control *ctrl, const HGraph *graph)
   {
-    Trace("\n  Bisecting a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n", graph->ncells, graph->nnets,
-          static_cast<double>(ctrl->bounds.part0frac));
+    Trace("\n  Bisecting a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n", graph->ncells,
+          graph->nnets, static_cast<double>(ctrl->bounds.part0frac));
   }
 
   static void TracePruned(int t, const Level *pruned)
@@ -58,13 +58,14 @@ struct Bisection {
 
   static void TraceTrial(int t, const Level *level, float balance)
   {
-    Trace("    Cut of trial %4d:\t %6lld [%4.2f]\n", t, Shown(level->part.mincut), static_cast<double>(balance));
+    Trace("    Cut of trial %4d:\t %6lld [%4.2f]\n", t, Shown(level->part.mincut),
+          static_cast<double>(balance));
   }
 
   static void TraceSummary(const Control *, Weight best, double average, float balance)
   {
-    Trace("    The mincut for this bisection = %lld, (average = %3.1f) (balance = %4.2f)\n", Shown(best), average,
-          static_cast<double>(balance));
+    Trace("    The mincut for this bisection = %lld, (average = %3.1f) (balance = %4.2f)\n", Shown(best),
+          average, static_cast<double>(balance));
   }
 };
 
@@ -94,4 +95,4 @@ BisectionOutcome Hypergraph_Bisection__(const Control *ctrl, HGraph *graph, int 
   return {best.value, best.maxcellwgt};
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

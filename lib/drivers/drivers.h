@@ -4,7 +4,7 @@
 
 #include "core/level.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // Partitions graph into ctrl->nparts parts by recursive bisection; returns the cut. With ctrl->fixed, part holds on entry
@@ -56,4 +56,4 @@ void SplitGraphPart__(const Control *ctrl, const HGraph *graph, const int *where
 Weight PartitionAroundFixed(const Control *ctrl, HGraph *graph, int *part,
                             Weight (*partition)(const Control *, HGraph *, int *part));
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -3,12 +3,13 @@
 
 #include "engine.h"
 
-#include "core/constants.h"
 #include "drivers.h"
+
+#include "core/constants.h"
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 static Weight *Narrowed(int n, const std::int64_t *weights, const char *label)
@@ -97,4 +98,4 @@ void RunEngine(const EngineCall *call, int *part)
   QVfree__(&limits);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

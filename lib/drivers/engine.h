@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 // One run of the engine. Weights have 64 bits here; the form that is called must be able to hold their sums.
@@ -33,21 +33,21 @@ struct EngineCall {
   const Hooks *hooks;
 };
 
-} // namespace kapris::base
+} // namespace kapris::engine::base
 
 // Each partitions, or improves the initial partition; part, [ncells], receives the result. Throws StopRun when the call
 // is to end.
-namespace kapris::narrow
+namespace kapris::engine::narrow
 {
 void RunEngine(const base::EngineCall *call, int *part);
 }
 
-namespace kapris::wide
+namespace kapris::engine::wide
 {
 void RunEngine(const base::EngineCall *call, int *part);
 }
 
-namespace kapris::base
+namespace kapris::engine::base
 {
 
 // Whether the sums of a call with these totals fit the narrow form: of the cells' weights, of the nets' weights, of the
@@ -62,4 +62,4 @@ constexpr bool FitsNarrow(std::int64_t cellwgt, std::int64_t netwgt, std::int64_
   return twoway || (netwgt <= (limit - 1) / 10 && maxsoed <= limit);
 }
 
-} // namespace kapris::base
+} // namespace kapris::engine::base

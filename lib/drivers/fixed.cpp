@@ -5,7 +5,7 @@
 
 #include "coarsen/coarsen.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 namespace
@@ -78,4 +78,4 @@ Weight PartitionAroundFixed(const Control *ctrl, HGraph *graph, int *part,
   return ctrl->fixed ? PartitionCompressed(ctrl, graph, part, partition) : partition(ctrl, graph, part);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -7,7 +7,7 @@
 #include "core/constants.h"
 #include "refine/twoway/twoway.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // Deals the anchors, in random order unless they go by the order of their parts, then the other cells: side 0 until it
@@ -85,4 +85,4 @@ void InitPartition__(const Control *ctrl, Level *level)
   Random_FMPartition__(&quiet, level);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -4,12 +4,13 @@
 // As a bisection, but on the objective value, with coarsening that ends earlier and an initial partition by
 // recursive bisection of the coarsest level.
 
+#include "refine/kway/kway.h"
+
 #include "drivers.h"
 
 #include "multilevel/trials.h"
-#include "refine/kway/kway.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 static const char *ObjectiveName(const Control *ctrl)
@@ -97,7 +98,8 @@ struct DirectKway {
 
   static Weight Recount(const Control *ctrl, const HGraph *graph, const int *part)
   {
-    return ctrl->objective == MINIMISE_CUT ? ComputeActualCut__(graph, part) : ComputeActualSOED__(graph, part);
+    return ctrl->objective == MINIMISE_CUT ? ComputeActualCut__(graph, part)
+                                           : ComputeActualSOED__(graph, part);
   }
 
   static float Balance(const Control *ctrl, const HGraph *graph, const int *part)
@@ -107,13 +109,14 @@ struct DirectKway {
 
   static void TraceHeader(const Control *ctrl, const HGraph *graph)
   {
-    Trace("\n  Partitioning a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n", graph->ncells, graph->nnets,
-          static_cast<double>(ctrl->bounds.ubfactor));
+    Trace("\n  Partitioning a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n", graph->ncells,
+          graph->nnets, static_cast<double>(ctrl->bounds.ubfactor));
   }
 
   static void TracePruned(int t, const Level *pruned)
   {
-    Trace("    Cut/SOED of trial %4d:\t %6lld %6lld", t, Shown(pruned->part.mincut), Shown(pruned->part.soed));
+    Trace("    Cut/SOED of trial %4d:\t %6lld %6lld", t, Shown(pruned->part.mincut),
+          Shown(pruned->part.soed));
   }
 
   static void TraceTrial(int t, const Level *level, float balance)
@@ -124,8 +127,8 @@ struct DirectKway {
 
   static void TraceSummary(const Control *ctrl, Weight best, double average, float balance)
   {
-    Trace("    The min%s for this partitioning = %lld, (average = %3.1f) (balance = %4.2f)\n", ObjectiveName(ctrl),
-          Shown(best), average, static_cast<double>(balance));
+    Trace("    The min%s for this partitioning = %lld, (average = %3.1f) (balance = %4.2f)\n",
+          ObjectiveName(ctrl), Shown(best), average, static_cast<double>(balance));
   }
 };
 
@@ -167,4 +170,4 @@ Weight ImproveKwayPartition(const Control *ctrl, HGraph *graph, int *part)
   return PartitionAroundFixed(ctrl, graph, part, ImproveKway);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

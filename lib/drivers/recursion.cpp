@@ -7,7 +7,7 @@
 #include "multilevel/uncoarsen.h"
 #include "refine/kway/kway.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 namespace
@@ -116,7 +116,8 @@ static BisectionOutcome MLRB__(const Control *call, Subproblem problem, int *par
 
 BisectionOutcome PartitionByBisection(const Control *ctrl, HGraph *graph, int *part)
 {
-  const Subproblem root = {graph, true, imalloc__(graph->ncells, "MultilevelPartition: label"), ctrl->nparts, 0};
+  const Subproblem root = {graph, true, imalloc__(graph->ncells, "MultilevelPartition: label"), ctrl->nparts,
+                           0};
 
   for (int i = 0; i < graph->ncells; i++)
     root.labels[i] = i;
@@ -147,9 +148,9 @@ static Weight PolishKway(const Control *call, Weight maxcellwgt, const HGraph *g
 
   for (int i = 0; i < graph->ncells; i++)
     kpwgts[part[i]] = AddWrap(kpwgts[part[i]], graph->cellwgt[i]);
-  ctrl.bounds.ubfactor =
-      static_cast<Real>(static_cast<double>(ctrl.nparts) * static_cast<double>(kpwgts[iamax__(ctrl.nparts, kpwgts)]) /
-                        static_cast<double>(iasum__(ctrl.nparts, kpwgts)));
+  ctrl.bounds.ubfactor = static_cast<Real>(static_cast<double>(ctrl.nparts) *
+                                           static_cast<double>(kpwgts[iamax__(ctrl.nparts, kpwgts)]) /
+                                           static_cast<double>(iasum__(ctrl.nparts, kpwgts)));
   QVfree__(&kpwgts);
   ctrl.maxcellwgt = maxcellwgt;
 
@@ -164,7 +165,8 @@ static Weight PartitionRoot(const Control *ctrl, HGraph *graph, int *part)
   const BisectionOutcome outcome = PartitionByBisection(ctrl, graph, part);
 
   Announce(ctrl, part);
-  return ctrl->nparts > 2 && ctrl->kwayrefine ? PolishKway(ctrl, outcome.maxcellwgt, graph, part) : outcome.cut;
+  return ctrl->nparts > 2 && ctrl->kwayrefine ? PolishKway(ctrl, outcome.maxcellwgt, graph, part)
+                                              : outcome.cut;
 }
 
 static Weight ImproveRoot(const Control *call, HGraph *graph, int *part)
@@ -185,4 +187,4 @@ Weight MultilevelPartition__(const Control *ctrl, HGraph *graph, int *part)
   return PartitionAroundFixed(ctrl, graph, part, PartitionRoot);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -5,7 +5,7 @@
 
 #include "coarsen/coarsen.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 namespace
@@ -80,7 +80,8 @@ static void MergePieces(SideNets *side)
   side->netwgt = netwgt;
 }
 
-static void FillSubgraph(const HGraph *graph, const int *where, int s, const SideNets *side, HGraph *sub, Cell **sublabels)
+static void FillSubgraph(const HGraph *graph, const int *where, int s, const SideNets *side, HGraph *sub,
+                         Cell **sublabels)
 {
   const SideLabels *labels = &sidelabels[s];
   const int npins = side->netptr[side->nnets];
@@ -134,4 +135,4 @@ void SplitGraphPart__(const Control *ctrl, const HGraph *graph, const int *where
   subs[1]->nfixed = graph->nfixed - ctrl->bounds.nanchors0;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

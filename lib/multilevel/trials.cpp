@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 void StartTrials(const Control *ctrl, Trials *trials, int ncells, Weight bound, int nkept)
@@ -81,4 +81,4 @@ void FreeTrials(Trials *trials)
     QVfree__(&trials->parts[i]);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

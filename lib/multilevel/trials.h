@@ -12,14 +12,15 @@
 // replaces a kept one, so among equals the earliest trial stays.
 #pragma once
 
+#include "uncoarsen.h"
+
+#include "base/random.h"
 #include "coarsen/coarsen.h"
 #include "core/constants.h"
-#include "base/random.h"
-#include "uncoarsen.h"
 
 #include <concepts>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 struct Trials {
@@ -49,22 +50,46 @@ bool NoteCycled(Trials *trials, Weight value, const int *where, int *part);
 
 // What the frame needs to know of the partitions that its trials make. All functions are static.
 template <class S>
-concept TrialScheme = requires(const Control *ctrl, const HGraph *graph, Level *level, const Level *constlevel,
-                               const int *part, Weight weight, int number, double average, float balance) {
-  { S::NKEPT } -> std::convertible_to<int>; // partitions kept for V-cycles, of few trials
-  { S::GetRefiner(ctrl) } -> std::same_as<const Refiner *>;
-  { S::Bound(weight) } -> std::same_as<Weight>; // above all values, by the weight of the nets
+concept TrialScheme = requires(const Control *ctrl, const HGraph *graph, Level *level,
+                               const Level *constlevel, const int *part, Weight weight, int number,
+                               double average, float balance)
+{
+  {
+    S::NKEPT
+    } -> std::convertible_to<int>; // partitions kept for V-cycles, of few trials
+  {
+    S::GetRefiner(ctrl)
+    } -> std::same_as<const Refiner *>;
+  {
+    S::Bound(weight)
+    } -> std::same_as<Weight>; // above all values, by the weight of the nets
   // The first partition of the coarsest level.
-  { S::PartitionCoarsest(ctrl, level) } -> std::same_as<void>;
+  {
+    S::PartitionCoarsest(ctrl, level)
+    } -> std::same_as<void>;
   // Passes on the full hypergraph.
-  { S::RefineFully(ctrl, level, number) } -> std::same_as<void>;
-  { S::Recount(ctrl, graph, part) } -> std::same_as<Weight>; // the value by its definition
-  { S::Balance(ctrl, graph, part) } -> std::same_as<float>;
+  {
+    S::RefineFully(ctrl, level, number)
+    } -> std::same_as<void>;
+  {
+    S::Recount(ctrl, graph, part)
+    } -> std::same_as<Weight>; // the value by its definition
+  {
+    S::Balance(ctrl, graph, part)
+    } -> std::same_as<float>;
   // Traces: before the trials, after the multilevel part of one, after one, after all.
-  { S::TraceHeader(ctrl, graph) } -> std::same_as<void>;
-  { S::TracePruned(number, constlevel) } -> std::same_as<void>;
-  { S::TraceTrial(number, constlevel, balance) } -> std::same_as<void>;
-  { S::TraceSummary(ctrl, weight, average, balance) } -> std::same_as<void>;
+  {
+    S::TraceHeader(ctrl, graph)
+    } -> std::same_as<void>;
+  {
+    S::TracePruned(number, constlevel)
+    } -> std::same_as<void>;
+  {
+    S::TraceTrial(number, constlevel, balance)
+    } -> std::same_as<void>;
+  {
+    S::TraceSummary(ctrl, weight, average, balance)
+    } -> std::same_as<void>;
 };
 
 template <TrialScheme Scheme>
@@ -252,7 +277,8 @@ Weight ImprovePartition(const Control *call, const HGraph *graph, int *part)
     bool taken = TakeImproved(&ctrl, &level, *value, &best, part);
     if (ctrl.vcycle != CYCLE_NONE) {
       CloseCycle(&level);
-      taken = TakeImproved(&ctrl, &level, RunVCycles(&ctrl, refiner, &level, MAX_CYCLES), &best, part) || taken;
+      taken =
+          TakeImproved(&ctrl, &level, RunVCycles(&ctrl, refiner, &level, MAX_CYCLES), &best, part) || taken;
     }
     RecordEnd(&ctrl, t, &level, *value, taken, nullptr, 0);
     if (ctrl.dbglvl & DBG_TRIALS)
@@ -263,4 +289,4 @@ Weight ImprovePartition(const Control *call, const HGraph *graph, int *part)
   return best;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

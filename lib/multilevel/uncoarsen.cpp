@@ -6,7 +6,7 @@
 #include "coarsen/coarsen.h"
 #include "core/constants.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // Gives the partition of coarse to the finer level, and frees coarse.
@@ -90,4 +90,4 @@ Weight RunVCycles(const Control *ctrl, const Refiner *refiner, Level *top, int n
   return *value;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

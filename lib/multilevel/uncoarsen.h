@@ -8,7 +8,7 @@
 
 #include "refine/refiner.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // Carries the partition of coarsest up to top, refining each level; frees the levels below. Does nothing when they are
@@ -19,4 +19,4 @@ void Uncoarsen(const Control *ctrl, const Refiner *refiner, Level *top, Level *c
 // Returns the value of the last one, whose partition stays.
 Weight RunVCycles(const Control *ctrl, const Refiner *refiner, Level *top, int ncycles);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -8,15 +8,15 @@
 //   report    CPU times, and release
 
 #include "kapris.h"
+#include "validate.h"
 
 #include "core/constants.h"
 #include "drivers/drivers.h"
 #include "refine/twoway/twoway.h"
-#include "validate.h"
 
 #include <algorithm>
 
-using namespace kapris::narrow;
+using namespace kapris::engine::narrow;
 
 namespace
 {
@@ -58,7 +58,7 @@ static Control FillControl(const EntryArgs *args, Family family, bool allslots, 
   ctrl.bounds.part0frac = 0.5f;
   ctrl.bounds.dealshare = 0.5;
   ctrl.bounds.ubfactor = AllowanceOf(args, family);
-  ctrl.hooks = &kapris::base::NO_HOOKS;
+  ctrl.hooks = &kapris::engine::base::NO_HOOKS;
   ctrl.timers = timers;
   return ctrl;
 }
@@ -72,8 +72,7 @@ static void RunEntry(const Control *ctrl, const EntryArgs *args, Driver driver)
   InitTimers__(ctrl->timers);
   {
     const Stopwatch oftotal(ctrl, &Timers::TotalTmr);
-    graph =
-        CopyHGraph(args->ncells, args->nnets, args->cellwgts, args->netptr, args->netind, args->netwgts);
+    graph = CopyHGraph(args->ncells, args->nnets, args->cellwgts, args->netptr, args->netind, args->netwgts);
     const Stopwatch ofdriver(ctrl, &Timers::MultilevelTmr);
     *args->cut = driver(graph);
   }
@@ -138,8 +137,7 @@ void KAPRIS_PartKway(int ncells, int nnets, const int *cellwgts, const int *netp
 void KAPRIS_2WayRefine(int ncells, int nnets, const int *cellwgts, const int *netptr, const int *netind,
                        const int *netwgts, int UBfactor, const int *options, int *part, int *cut)
 {
-  const EntryArgs args = {ncells, nnets,    cellwgts, netptr, netind, netwgts,
-                          2,      UBfactor, options,  part,   cut};
+  const EntryArgs args = {ncells, nnets, cellwgts, netptr, netind, netwgts, 2, UBfactor, options, part, cut};
 
   CheckPointers(&args);
   Timers timers;

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace kapris::narrow
+namespace kapris::engine::narrow
 {
 
 static constexpr ArgNames names = {"cellwgts", "netptr", "netind", "netwgts", "part"};
@@ -30,9 +30,11 @@ static void CheckRange(bool valid, const char *message)
 static void CheckTrialOptions(const Control *ctrl, bool validrtype, const char *rtypemessage)
 {
   CheckRange(ctrl->nruns >= 1, "Nruns should be at least 1.\n");
-  CheckRange(ctrl->ctype >= MATCH_ALTERNATE && ctrl->ctype <= MATCH_PAIRS, "Ctype should be between 1 and 5.\n");
+  CheckRange(ctrl->ctype >= MATCH_ALTERNATE && ctrl->ctype <= MATCH_PAIRS,
+             "Ctype should be between 1 and 5.\n");
   CheckRange(validrtype, rtypemessage);
-  CheckRange(ctrl->vcycle >= CYCLE_NONE && ctrl->vcycle <= CYCLE_CLOSE, "Vcycle should be between 0 and 3.\n");
+  CheckRange(ctrl->vcycle >= CYCLE_NONE && ctrl->vcycle <= CYCLE_CLOSE,
+             "Vcycle should be between 0 and 3.\n");
 }
 
 static void CheckTwoWayOptions(const Control *ctrl)
@@ -54,7 +56,8 @@ void CheckRecursiveOptions(const Control *ctrl, const EntryArgs *args)
   CheckTwoWayOptions(ctrl);
   // A flag of the record holds no more than whether the slot is 0.
   const bool given = args->options[0] != 0;
-  CheckRange(!given || args->options[5] == 0 || args->options[5] == 1, "Reconst should be between 0 and 1.\n");
+  CheckRange(!given || args->options[5] == 0 || args->options[5] == 1,
+             "Reconst should be between 0 and 1.\n");
   CheckRange(!given || args->options[6] == 0 || args->options[6] == 1, "Fixed should be between 0 and 1.\n");
 }
 
@@ -140,4 +143,4 @@ void CheckPartArgument(const EntryArgs *args, int lowest)
   CheckParts(args->ncells, args->part, lowest, args->nparts, names.part);
 }
 
-} // namespace kapris::narrow
+} // namespace kapris::engine::narrow

@@ -4,7 +4,7 @@
 
 #include "core/control.h"
 
-namespace kapris::narrow
+namespace kapris::engine::narrow
 {
 
 // The arguments of an entry point as the caller gave them.
@@ -32,4 +32,4 @@ void CheckInputHGraph(const EntryArgs *args, bool kway);
 // part[i] in lowest .. nparts-1.
 void CheckPartArgument(const EntryArgs *args, int lowest);
 
-} // namespace kapris::narrow
+} // namespace kapris::engine::narrow

@@ -15,7 +15,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 namespace
@@ -239,4 +239,4 @@ void Polish(Rebalancing *balance)
   }
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

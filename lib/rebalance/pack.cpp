@@ -21,7 +21,7 @@
 #include <algorithm>
 #include <numeric>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 namespace
@@ -255,4 +255,4 @@ BalanceVerdict SearchPacking(Packing *packing, int *part)
   return NOT_FOUND;
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

@@ -14,7 +14,7 @@
 
 #include <algorithm>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 std::int64_t TotalExcess(const BalanceProblem *problem, const int *part)
@@ -100,4 +100,4 @@ BalanceVerdict Rebalance(const BalanceProblem *problem, int *part)
   return verdict;
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 struct BalanceProblem {
@@ -39,4 +39,4 @@ std::int64_t TotalExcess(const BalanceProblem *problem, const int *part);
 // a single allocation. The outcome depends on the arguments alone.
 BalanceVerdict Rebalance(const BalanceProblem *problem, int *part);
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

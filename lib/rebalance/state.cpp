@@ -11,7 +11,7 @@
 
 #include <algorithm>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 static std::int64_t ExcessOf(std::int64_t room)
@@ -209,4 +209,4 @@ void MoveCell(Rebalancing *balance, int cell, int target)
   balance->part[cell] = target;
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

@@ -8,7 +8,7 @@
 #include "base/hooks.h"
 #include "base/memory.h"
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 using namespace base;
@@ -122,4 +122,4 @@ void PackNear(Packing *packing, int *part);
 // Searches for a placement within the limits; writes part if it finds one.
 BalanceVerdict SearchPacking(Packing *packing, int *part);
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

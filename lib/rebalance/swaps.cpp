@@ -14,7 +14,7 @@
 
 #include <algorithm>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 namespace
@@ -174,4 +174,4 @@ bool RunSwaps(Rebalancing *balance)
   return balance->excess < before;
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

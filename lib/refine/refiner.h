@@ -4,7 +4,7 @@
 
 #include "core/level.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // A way to improve the partition of a level. Its state lives as long as one call of refine.
@@ -21,4 +21,4 @@ struct Refiner {
   bool tracesbefore;        // the trace of V-cycles begins with the value before them
 };
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

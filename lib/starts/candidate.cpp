@@ -5,7 +5,7 @@
 
 #include <tuple>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 bool IsBetter(const kapris_options *options, const Candidate *a, const Candidate *b)
@@ -28,4 +28,4 @@ bool IsBetter(const kapris_options *options, const Candidate *a, const Candidate
   return key(a) < key(b);
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

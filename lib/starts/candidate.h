@@ -4,7 +4,7 @@
 
 #include "problem.h"
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 // Candidates that no start has made.
@@ -20,4 +20,4 @@ struct Candidate {
 // Whether a comes before b.
 bool IsBetter(const kapris_options *options, const Candidate *a, const Candidate *b);
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

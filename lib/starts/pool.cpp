@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 struct Task {
@@ -138,4 +138,4 @@ void JoinTask(TaskPool *pool, Task *task)
     std::rethrow_exception(task->error);
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

@@ -8,7 +8,7 @@
 #include "base/memory.h"
 #include "base/output.h"
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 using namespace base;
@@ -25,4 +25,4 @@ Task *ForkTask(TaskPool *pool, void (*work)(void *argument), void *argument);
 // Returns when the task is done, and throws what it threw.
 void JoinTask(TaskPool *pool, Task *task);
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

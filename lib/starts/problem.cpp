@@ -11,7 +11,7 @@
 #include <cmath>
 #include <cstring>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 static void Require(bool valid, const char *message)
@@ -93,8 +93,7 @@ static void CheckTotals(const kapris_problem *problem)
   std::int64_t cellwgt = 0, maxsoed = 0;
 
   for (int i = 0; problem->cell_weights != nullptr && i < problem->ncells; i++)
-    cellwgt =
-        AddToTotal(cellwgt, problem->cell_weights[i], 1, "the total cell weight", "cell_weights", i);
+    cellwgt = AddToTotal(cellwgt, problem->cell_weights[i], 1, "the total cell weight", "cell_weights", i);
   for (int j = 0; problem->net_weights != nullptr && j < problem->nnets; j++) {
     const int npins = problem->net_starts[j + 1] - problem->net_starts[j];
     maxsoed = AddToTotal(maxsoed, problem->net_weights[j], std::clamp(npins, 1, problem->nparts),
@@ -161,8 +160,10 @@ static void CleanNets(const kapris_problem *problem, CleanProblem *clean)
 static std::int64_t PartLimit(double imbalance, double share, std::int64_t total)
 {
   const double limit = (1.0 + imbalance) * share * static_cast<double>(total);
+  // Of large totals a hair would be many whole numbers: no more than what rounding can amount to.
+  const double hair = limit < 0x1p32 ? 1e-12 : 0x1p-51;
 
-  return limit >= 9e18 ? INT64_MAX : static_cast<std::int64_t>(std::ceil(limit * (1.0 - 1e-12)));
+  return limit >= 9e18 ? INT64_MAX : static_cast<std::int64_t>(std::ceil(limit * (1.0 - hair)));
 }
 
 static bool IsNarrow(const CleanProblem *problem, const kapris_options *options)
@@ -183,8 +184,8 @@ CleanProblem MakeCleanProblem(const kapris_problem *problem, const kapris_option
 
   clean.ncells = problem->ncells;
   clean.nparts = problem->nparts;
-  clean.cellwgt =
-      problem->cell_weights != nullptr ? problem->cell_weights : QVarrayOf<std::int64_t>(clean.ncells, 1, "api: cellwgt");
+  clean.cellwgt = problem->cell_weights != nullptr ? problem->cell_weights
+                                                   : QVarrayOf<std::int64_t>(clean.ncells, 1, "api: cellwgt");
   clean.fixed = problem->fixed;
   for (int i = 0; i < clean.ncells; i++)
     clean.total += clean.cellwgt[i];
@@ -203,8 +204,7 @@ CleanProblem MakeCleanProblem(const kapris_problem *problem, const kapris_option
 Measures Measure(const CleanProblem *problem, const int *part, std::int64_t *weights)
 {
   Measures measures = {0, 0, 0.0, 1};
-  std::int64_t *wgts =
-      weights != nullptr ? weights : QVarray<std::int64_t>(problem->nparts, "api: weights");
+  std::int64_t *wgts = weights != nullptr ? weights : QVarray<std::int64_t>(problem->nparts, "api: weights");
   int *seen = ismalloc__(problem->nparts, -1, "api: seen");
 
   for (int j = 0; j < problem->nnets; j++) {
@@ -261,4 +261,4 @@ void FillPartsInOrder(const CleanProblem *problem, int *part)
   QVfree__(&wgts);
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

@@ -7,7 +7,7 @@
 #include "base/memory.h"
 #include "base/output.h"
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 using namespace base;
@@ -52,4 +52,4 @@ Measures Measure(const CleanProblem *problem, const int *part, std::int64_t *wei
 // their numbers, part after part up to its share.
 void FillPartsInOrder(const CleanProblem *problem, int *part);
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

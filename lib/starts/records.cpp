@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 static void Begin(Records *records, const Step *step)
@@ -95,4 +95,4 @@ std::vector<kapris_level> TakeLevels(Records *records)
   return levels;
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

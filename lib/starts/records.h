@@ -9,7 +9,7 @@
 #include <map>
 #include <vector>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 using namespace base;
@@ -34,4 +34,4 @@ void NoteStep(Records *records, int start, const Step *step);
 // The levels of the best trial and those of the polish; records keeps none.
 std::vector<kapris_level> TakeLevels(Records *records);
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

@@ -9,10 +9,11 @@
 
 #include "run.h"
 
-#include "rebalance/rebalance.h"
 #include "start.h"
 
-namespace kapris::safe
+#include "rebalance/rebalance.h"
+
+namespace kapris::engine::safe
 {
 
 // ----------------------------------------------------------------------------------------------------------
@@ -29,7 +30,7 @@ static bool BringWithinLimits(Start *start, int *part)
                                   problem->netptr,  problem->netind,
                                   problem->nparts,  problem->limits,
                                   problem->fixed,   run->options->objective == KAPRIS_SOED,
-                                  Proceed,        start};
+                                  Proceed,          start};
 
   Enter(start, PHASE_BALANCE, problem->ncells);
   const BalanceVerdict verdict = Rebalance(&balance, part);
@@ -213,4 +214,4 @@ void RunStarts(Run *run, const int *given)
     std::rethrow_exception(run->error);
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

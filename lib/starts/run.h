@@ -11,7 +11,7 @@
 #include <exception>
 #include <vector>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 // Why a call ends early.
@@ -50,4 +50,4 @@ double SecondsSince(std::chrono::steady_clock::time_point began);
 // in run->starts. With given, [ncells], they improve that partition. Throws what a start threw.
 void RunStarts(Run *run, const int *given);
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 static constexpr double PROGRESS_INTERVAL = 0.1; // seconds
@@ -208,4 +208,4 @@ void RunEngine(Start *start, std::int64_t seed, int *part)
     wide::RunEngine(&call, part);
 }
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

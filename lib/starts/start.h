@@ -7,7 +7,7 @@
 
 #include "base/hooks.h"
 
-namespace kapris::safe
+namespace kapris::engine::safe
 {
 
 struct Start {
@@ -35,4 +35,4 @@ void LeavePhase();
 // Partitions, or improves run->initial. Throws StopRun when the call is to end.
 void RunEngine(Start *start, std::int64_t seed, int *part);
 
-} // namespace kapris::safe
+} // namespace kapris::engine::safe

@@ -1,8 +1,10 @@
 // tests/api/api_test.cpp - the safe interface: refused arguments, and results that depend on nothing but the call.
 // SPDX-License-Identifier: MIT
 
-#include "api/call.h"
 #include "kapris.h"
+
+#include "api/call.h"
+#include "base/random.h"
 
 #include <cmath>
 #include <cstring>
@@ -37,10 +39,13 @@ TEST(api, a_seed_from_the_clock_is_reported_and_can_be_repeated)
 
 TEST(api, invalid_arguments_are_named)
 {
-  static const int weights[] = {1, -4, 1, 1}, heavy[] = {1 << 29, 1 << 29, 1, 1}, starts[] = {0, 2, 1, 5};
+  static const std::int64_t most = std::int64_t{1} << 61; // of the total of weights
+  static const std::int64_t weights[] = {1, -4, 1, 1}, heavy[] = {most - 1, 1, 0, 1},
+                            huge[] = {INT64_MAX, 1, 1, 1};
+  static const int starts[] = {0, 2, 1, 5};
   static const int offset[] = {1, 2, 4, 5}, pins[] = {0, 1, 1, 4, 2}, fixed[] = {-1, 0, 2, -1},
                    below[] = {-2, 0, 0, 0};
-  static const int heavynets[] = {1 << 28, 1, 1};
+  static const std::int64_t heavynets[] = {most / 2, 1, 0};
   static const double zero[] = {0.0, 1.0}, few[] = {0.5, 0.25}, nan[] = {NAN, 1.0};
   const auto set = [](auto *option, int value) { std::memcpy(option, &value, sizeof value); };
   const std::vector<std::tuple<const char *, std::function<void(kapris_problem *, kapris_options *)>>> cases =
@@ -77,19 +82,14 @@ TEST(api, invalid_arguments_are_named)
         [](auto *p, auto *) { p->pins = pins; }},
        {"cell_weights[1] is -4, but it should be at least 0",
         [](auto *p, auto *) { p->cell_weights = weights; }},
-       {"cell_weights[1] is 536870912: twice the total cell weight is then 2147483648, but it should be at "
-        "most "
-        "2147483647",
+       {"cell_weights[3] is 1: the total cell weight is then above 2305843009213693952",
         [](auto *p, auto *) { p->cell_weights = heavy; }},
+       {"cell_weights[0] is 9223372036854775807: the total cell weight is then above 2305843009213693952",
+        [](auto *p, auto *) { p->cell_weights = huge; }},
        {"net_weights[1] is -4, but it should be at least 0",
         [](auto *p, auto *) { p->net_weights = weights; }},
-       {"net_weights[0] is 268435456: 10 x the total net weight + 1 is then 2684354561, but it should be at "
-        "most "
-        "2147483647",
-        [](auto *p, auto *) {
-          p->nparts = 3;
-          p->net_weights = heavynets;
-        }},
+       {"net_weights[1] is 1: the sum of net weight x min(pins, nparts) is then above 2305843009213693952",
+        [](auto *p, auto *) { p->net_weights = heavynets; }},
        {"part_shares[0] is 0, but it should be above 0 and at most 1",
         [](auto *p, auto *) { p->part_shares = zero; }},
        {"part_shares[0] is nan, but it should be above 0 and at most 1",
@@ -162,7 +162,7 @@ TEST(api, neither_threads_nor_the_number_of_starts_change_what_a_start_gives)
   }
 }
 
-// Nets of one pin and cells that a net names twice make the classic interface miscount this one, and say so.
+// Nets of one pin and cells that a net names twice make the plain interface miscount this one, and say so.
 static Instance Miscounted()
 {
   std::istringstream nets(

@@ -97,6 +97,21 @@ Figures FiguresOf(const ResultPtr &result)
                          result->best_start, starts);
 }
 
+// (1 + percent / 100) x num / den x total, rounded up, in whole numbers; up to 2^53 that is what the library must find.
+static std::int64_t LimitOf(std::int64_t total, std::int64_t num, std::int64_t den, int percent)
+{
+  __extension__ typedef __int128 Wide;
+  const Wide scaled = static_cast<Wide>(100 + percent) * num * total;
+
+  return static_cast<std::int64_t>((scaled + 100 * den - 1) / (100 * den));
+}
+
+// Limits are computed in doubles: of large totals the last digits may differ.
+static bool IsLimit(std::int64_t limit, std::int64_t expected)
+{
+  return std::abs(limit - expected) <= (expected >> 32 != 0) + (expected >> 50);
+}
+
 std::string WrongIn(const Call &call, const ResultPtr &result)
 {
   const int nparts = call.problem.nparts;
@@ -109,7 +124,7 @@ std::string WrongIn(const Call &call, const ResultPtr &result)
   if (result->ncells != call.instance.ncells || result->nparts != nparts)
     return "lengths";
   for (std::size_t i = 0; i < part.size(); i++) {
-    const int wgt = call.instance.cellwgt.empty() ? 1 : call.instance.cellwgt[i];
+    const std::int64_t wgt = call.instance.cellwgt.empty() ? 1 : call.instance.cellwgt[i];
     if (part[i] < 0 || part[i] >= nparts)
       return "a cell is in no part";
     if (!call.fixed.empty() && call.fixed[i] != -1 && call.fixed[i] != part[i])
@@ -121,15 +136,16 @@ std::string WrongIn(const Call &call, const ResultPtr &result)
     const std::int64_t weight = weights[static_cast<std::size_t>(p)];
     const std::int64_t num = call.twelfths.empty() ? 1 : call.twelfths[static_cast<std::size_t>(p)];
     const std::int64_t den = call.twelfths.empty() ? nparts : 12;
-    const std::int64_t limit = ((100 + call.percent) * num * total + 100 * den - 1) / (100 * den);
-    if (result->part_weights[p] != weight || result->part_limits[p] != limit)
+    const std::int64_t limit = LimitOf(total, num, den, call.percent);
+    if (result->part_weights[p] != weight || !IsLimit(result->part_limits[p], limit))
       return "weight or limit of part " + std::to_string(p);
-    balanced = balanced && weight <= limit;
+    balanced = balanced && weight <= result->part_limits[p];
     if (total > 0)
-      imbalance =
-          std::max(imbalance, static_cast<double>(weight * den) / static_cast<double>(num * total) - 1.0);
+      imbalance = std::max(imbalance, static_cast<double>(weight) * static_cast<double>(den) /
+                                              (static_cast<double>(num) * static_cast<double>(total)) -
+                                          1.0);
   }
-  const long cut = CutOf(call.instance, part), soed = SoedOf(call.instance, part);
+  const std::int64_t cut = CutOf(call.instance, part), soed = SoedOf(call.instance, part);
   if (result->cut != cut || result->soed != soed || result->connectivity != soed - cut)
     return "objectives " + std::to_string(result->cut) + " and " + std::to_string(result->soed) + ", not " +
            std::to_string(cut) + " and " + std::to_string(soed);
@@ -153,8 +169,8 @@ Call RandomCall(std::uint64_t seed)
       {5, 7}, {1, 3, 8}, {2, 1, 4, 5}, {1, 1, 1, 1, 2, 6}};
   TestRandom random = {seed};
   const int ncells = random.Chance(5) ? random.Below(4) : 4 + random.Below(random.Chance(15) ? 200 : 60);
-  const Instance instance =
-      RandomInstance(&random, ncells, random.Below(2 * ncells + 1), random.Below(ODD_ALL + 1));
+  const Instance instance = RandomInstance(&random, ncells, random.Below(2 * ncells + 1),
+                                           random.Below(ODD_ALL + 1) | (random.Chance(25) ? ODD_WIDE : 0));
   const bool equal = random.Chance(50);
   const std::vector<int> twelfths =
       equal ? std::vector<int>() : divisions[static_cast<std::size_t>(random.Below(4))];

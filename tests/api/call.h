@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kapris.hpp"
+
 #include "support/build.h"
 
 #include <tuple>

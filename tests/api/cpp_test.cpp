@@ -17,7 +17,8 @@ TEST(cpp, gives_what_c_gives)
 {
   CppCall cpp;
   const std::vector<double> shares = {3.0 / 12.0, 1.0 / 12.0, 8.0 / 12.0};
-  const std::vector<int> cellwgt(60, 2), netwgt(120, 3), fixed(60, -1);
+  const Weights cellwgt(60, 2), netwgt(120, 3);
+  const std::vector<int> fixed(60, -1);
   Call c = MakeCall(cpp.instance, 3);
 
   cpp.hypergraph.cell_weights = c.instance.cellwgt = cellwgt;
@@ -79,15 +80,16 @@ TEST(cpp, gives_what_c_gives)
 TEST(cpp, arrays_of_another_length_and_a_limit_of_zero_are_refused)
 {
   const std::vector<int> three(3, 1);
+  const Weights threeweights(3, 1);
   const std::vector<double> whole(1, 1.0);
   const std::vector<std::tuple<const char *, kapris::Status, std::function<void(CppCall *)>>> cases = {
       {"pins has 3 elements, but it should have as many as net_starts ends with, which is 487",
        KAPRIS_INVALID_ARGUMENT, [&](auto *call) { call->hypergraph.pins = three; }},
       {"net_weights has 3 elements, but it should be empty or have 120, one per net", KAPRIS_INVALID_ARGUMENT,
-       [&](auto *call) { call->hypergraph.net_weights = three; }},
+       [&](auto *call) { call->hypergraph.net_weights = threeweights; }},
       {"part_shares has 1 elements, but it should be empty or have 2, one per part", KAPRIS_INVALID_ARGUMENT,
        [&](auto *call) { call->targets.part_shares = whole; }},
-      {"Memory allocation failed for api: cellwgt. Requested size: 240 bytes", KAPRIS_MEMORY_LIMIT,
+      {"Memory allocation failed for api: cellwgt. Requested size: 480 bytes", KAPRIS_MEMORY_LIMIT,
        [](auto *call) { call->options.memory_limit = 0; }}};
 
   for (const auto &[message, status, spoil] : cases) {

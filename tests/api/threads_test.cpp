@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "api/call.h"
-#include "control/entry.h"
+#include "plain/entry.h"
 
 #include <thread>
 

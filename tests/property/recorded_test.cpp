@@ -4,6 +4,7 @@
 // Results are a promise to users, so a difference here is a change of results and not of the test: part vector,
 // objective and the whole trace are compared, the latter two as a hash. Run with KAPRIS_RECORD=1 to print the table.
 
+#include "base/random.h"
 #include "property/run.h"
 
 #include <cstdlib>

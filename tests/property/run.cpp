@@ -3,7 +3,7 @@
 
 #include "property/run.h"
 
-#include "control/entry.h"
+#include "plain/entry.h"
 
 #include <ctime>
 #include <sstream>
@@ -24,8 +24,9 @@ Result RunCall(const Call &call)
   const Instance &instance = call.instance;
   const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
   const int n = instance.ncells, nnets = static_cast<int>(instance.nets.size());
-  const int *cellwgts = instance.cellwgt.empty() ? nullptr : instance.cellwgt.data();
-  const int *netwgts = instance.netwgt.empty() ? nullptr : instance.netwgt.data();
+  const std::vector<int> cellwgt = Narrow(instance.cellwgt), netwgt = Narrow(instance.netwgt);
+  const int *cellwgts = cellwgt.empty() ? nullptr : cellwgt.data();
+  const int *netwgts = netwgt.empty() ? nullptr : netwgt.data();
   Result result = {call.part, -1};
 
   result.part.resize(static_cast<std::size_t>(n), -1);

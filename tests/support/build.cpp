@@ -3,7 +3,6 @@
 
 #include "support/build.h"
 
-#include <algorithm>
 #include <set>
 #include <sstream>
 
@@ -37,7 +36,8 @@ std::vector<int> Instance::NetInd() const
   return netind;
 }
 
-static void PutList(std::ostream &out, const std::vector<int> &list)
+template <class T>
+static void PutList(std::ostream &out, const std::vector<T> &list)
 {
   out << '{';
   for (std::size_t i = 0; i < list.size(); i++)
@@ -62,49 +62,15 @@ std::string Instance::Literal() const
   return out.str();
 }
 
-static int *Copy(const std::vector<int> &x, const char *label)
+std::vector<int> Narrow(const Weights &weights)
 {
-  return icopy__(static_cast<std::int64_t>(x.size()), x.data(),
-                 imalloc__(static_cast<std::int64_t>(x.size()), label));
-}
+  std::vector<int> narrow;
 
-HGraph *HGraphOf(const Instance &instance)
-{
-  EXPECT_TRUE(watched);
-  HGraph *graph = CreateHGraph__();
-  const std::vector<int> ones(std::max(static_cast<std::size_t>(instance.ncells), instance.nets.size()), 1);
-
-  graph->ncells = instance.ncells;
-  graph->nnets = static_cast<int>(instance.nets.size());
-  graph->nfixed = 0;
-  graph->netptr = Copy(instance.NetPtr(), "test: netptr");
-  graph->netind = Copy(instance.NetInd(), "test: netind");
-  graph->cellwgt = Copy(instance.cellwgt.empty() ? ones : instance.cellwgt, "test: cellwgt");
-  graph->netwgt = Copy(instance.netwgt.empty() ? ones : instance.netwgt, "test: netwgt");
-  CreateIncidentHGraph__(graph);
-  EXPECT_VALID(CheckHGraph(graph));
-  return graph;
-}
-
-HGraph *HGraphOf(const Nets &nets)
-{
-  int ncells = 0;
-
-  for (const std::vector<int> &net : nets)
-    for (int pin : net)
-      ncells = std::max(ncells, pin + 1);
-  return HGraphOf(Instance{ncells, nets, {}, {}});
-}
-
-void SetWhere(HGraph *graph, const std::vector<int> &where)
-{
-  QVfree__(&graph->where);
-  graph->where = Copy(where, "test: where");
-}
-
-std::vector<int> Where(const HGraph *graph)
-{
-  return std::vector<int>(graph->where, graph->where + graph->ncells);
+  for (std::int64_t weight : weights) {
+    EXPECT_EQ(static_cast<int>(weight), weight);
+    narrow.push_back(static_cast<int>(weight));
+  }
+  return narrow;
 }
 
 int TestRandom::Below(int n)
@@ -155,6 +121,11 @@ Instance RandomInstance(TestRandom *random, int ncells, int nnets, int oddities)
     for (std::size_t j = 0; j < instance.nets.size(); j++)
       instance.netwgt.push_back(random->Chance(3) ? 4000 : random->Below(6));
   }
+  if (oddities & ODD_WIDE) {
+    for (Weights *weights : {&instance.cellwgt, &instance.netwgt})
+      for (std::int64_t &weight : *weights)
+        weight = weight * (std::int64_t{1} << 40) + random->Below(1000);
+  }
   return instance;
 }
 
@@ -169,9 +140,9 @@ static std::size_t Spread(const std::vector<int> &net, const std::vector<int> &p
 }
 
 template <class Value>
-static long SumOfCutNets(const Instance &instance, const std::vector<int> &part, Value value)
+static std::int64_t SumOfCutNets(const Instance &instance, const std::vector<int> &part, Value value)
 {
-  long sum = 0;
+  std::int64_t sum = 0;
 
   for (std::size_t j = 0; j < instance.nets.size(); j++) {
     const std::size_t spread = Spread(instance.nets[j], part);
@@ -181,12 +152,12 @@ static long SumOfCutNets(const Instance &instance, const std::vector<int> &part,
   return sum;
 }
 
-long CutOf(const Instance &instance, const std::vector<int> &part)
+std::int64_t CutOf(const Instance &instance, const std::vector<int> &part)
 {
-  return SumOfCutNets(instance, part, [](std::size_t) { return 1L; });
+  return SumOfCutNets(instance, part, [](std::size_t) { return std::int64_t{1}; });
 }
 
-long SoedOf(const Instance &instance, const std::vector<int> &part)
+std::int64_t SoedOf(const Instance &instance, const std::vector<int> &part)
 {
-  return SumOfCutNets(instance, part, [](std::size_t spread) { return static_cast<long>(spread); });
+  return SumOfCutNets(instance, part, [](std::size_t spread) { return static_cast<std::int64_t>(spread); });
 }

@@ -7,7 +7,7 @@
 #include <map>
 #include <vector>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 typedef std::map<int, int> PinsByPart;
@@ -123,4 +123,4 @@ const char *CheckKway(const KwayState *state)
   return nullptr;
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -23,7 +23,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 KwayState OpenKway(int nparts, Level *level)
@@ -258,4 +258,4 @@ void KwayUpdateGainInfo__(KwayState *state, int v, int a, int b)
   }
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -6,7 +6,7 @@
 
 #include "refine/refiner.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // The refiner of an objective.
@@ -24,4 +24,4 @@ void RefineObjectiveKway(const Control *ctrl, Level *level, int npasses);
 // Puts the islands into the lightest part, one by one.
 void PartitionIslandsKway__(const Control *ctrl, Level *level);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

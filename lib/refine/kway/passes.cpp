@@ -15,7 +15,7 @@
 
 #include "base/random.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 namespace
@@ -69,7 +69,8 @@ static bool MayMove(KwayState *state, const Limits *limits, int v)
 }
 
 template <KwayObjective objective>
-static bool IsBetterTarget(const Partition *part, const RInfo *cell, const KDegree *target, const KDegree *best)
+static bool IsBetterTarget(const Partition *part, const RInfo *cell, const KDegree *target,
+                           const KDegree *best)
 {
   const Weight lead = LeadingGain<objective>(cell, target), bestlead = LeadingGain<objective>(cell, best);
   const Weight second = SecondGain<objective>(cell, target), bestsecond = SecondGain<objective>(cell, best);
@@ -240,4 +241,4 @@ void RefineObjectiveKway(const Control *ctrl, Level *level, int npasses)
     RefineSOEDKway_Random__(ctrl, level, npasses);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

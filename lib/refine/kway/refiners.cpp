@@ -5,7 +5,7 @@
 
 #include "core/constants.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 void AllocateKwayRefinementMemory__(const Control *ctrl, Level *level)
@@ -54,8 +54,8 @@ static void RefineSOED(const Control *ctrl, Level *level, int)
 const Refiner *KwayRefiner(KwayObjective objective)
 {
   static constexpr Refiner refiners[] = {
-      {"k-way for the cut", AllocateKwayRefinementMemory__, RefineCut, PartitionIslandsKway__, &Partition::objval,
-       true},
+      {"k-way for the cut", AllocateKwayRefinementMemory__, RefineCut, PartitionIslandsKway__,
+       &Partition::objval, true},
       {"k-way for the SOED", AllocateKwayRefinementMemory__, RefineSOED, PartitionIslandsKway__,
        &Partition::objval, true},
   };
@@ -65,4 +65,4 @@ const Refiner *KwayRefiner(KwayObjective objective)
   return &refiners[objective - MINIMISE_CUT];
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -4,7 +4,7 @@
 
 #include "kway.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // What a net knows of a part that it touches.
@@ -67,4 +67,4 @@ void KwayUpdateGainInfo__(KwayState *state, int v, int a, int b);
 // Validator: the first broken invariant, or NULL.
 const char *CheckKway(const KwayState *state);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

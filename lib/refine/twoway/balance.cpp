@@ -7,7 +7,7 @@
 
 #include "moves.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // The side that must give a cell, or -1 when balancing is over. Side 0 counts as low first.
@@ -56,8 +56,8 @@ void Balance__(const Control *ctrl, Level *level)
     FM_SetBounds(ctrl, &fm);
     FM_FillQueues(graph, &fm, BOTH_SIDES);
     if (ctrl->dbglvl & DBG_PASSES)
-      Trace("Partitions[B]: [%6d,%8lld]  [%6d,%8lld], Initial Cut: %8lld [%lld] [%lld]\n",
-            fm.queue[0].nnodes, Shown(fm.pwgts[0]), fm.queue[1].nnodes, Shown(fm.pwgts[1]), Shown(fm.initcut),
+      Trace("Partitions[B]: [%6d,%8lld]  [%6d,%8lld], Initial Cut: %8lld [%lld] [%lld]\n", fm.queue[0].nnodes,
+            Shown(fm.pwgts[0]), fm.queue[1].nnodes, Shown(fm.pwgts[1]), Shown(fm.initcut),
             Shown(ComputeActualCut__(graph, level->part.where)), Shown(fm.minpwgt[0]));
   }
   {
@@ -72,4 +72,4 @@ void Balance__(const Control *ctrl, Level *level)
   FM_Free(&fm);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

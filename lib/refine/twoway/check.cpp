@@ -6,7 +6,7 @@
 #include <array>
 #include <vector>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 typedef std::array<int, 2> PinsBySide;
@@ -22,7 +22,8 @@ static std::vector<PinsBySide> CountPins(const HGraph *graph, const FMState *fm)
 }
 
 // The records that cell i is linked to are those of its nets of more than two pins, in their order.
-static bool HasExactCounts(const HGraph *graph, const FMState *fm, const std::vector<PinsBySide> &npins, int i)
+static bool HasExactCounts(const HGraph *graph, const FMState *fm, const std::vector<PinsBySide> &npins,
+                           int i)
 {
   std::vector<PinsBySide> expected, counted;
 
@@ -30,7 +31,10 @@ static bool HasExactCounts(const HGraph *graph, const FMState *fm, const std::ve
     if (graph->netwgt[graph->incind[k]] != 0 && NetSize(graph, graph->incind[k]) > 2)
       expected.push_back(npins[static_cast<std::size_t>(graph->incind[k])]);
   FM_ForEachLink(
-      fm, i, [&](const FMNet *net) { counted.push_back({FM_PinsOn(net, 0), FM_PinsOn(net, 1)}); },
+      fm, i,
+      [&](const FMNet *net) {
+        counted.push_back({FM_PinsOn(net, 0), FM_PinsOn(net, 1)});
+      },
       [](int, Weight) {});
   return counted == expected;
 }
@@ -142,4 +146,4 @@ const char *CheckQueue(const PQueue *queue)
   return n == queue->nnodes ? nullptr : "nnodes: not the number of queued items";
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

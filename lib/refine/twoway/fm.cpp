@@ -19,7 +19,7 @@
 
 #include "moves.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 namespace
@@ -250,4 +250,4 @@ void RefineFull(const Control *ctrl, Level *level, int npasses)
     Refine_FM__(ctrl, level, npasses);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

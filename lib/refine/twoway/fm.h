@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // FMState::place: the side of a cell, and LOCKED when it cannot move in this pass: it has moved or was skipped, is an
@@ -163,14 +163,14 @@ struct FMState {
   FMNet *nets;        // in the order of the level, pins in between
   FMNetStart *starts; // [nrecords] of the nets with a record, in the same order
   int nrecords;
-  FMChange *changes;    // those of a move that are collected: of all nets of a cell ...
-  FMChange *lastchange; // ... but those of a net with all pins only up to this one
-  CellNode *nodes;      // [ncells+1]
-  signed char *place;   // [ncells+1], the last one LOCKED
+  FMChange *changes;     // those of a move that are collected: of all nets of a cell ...
+  FMChange *lastchange;  // ... but those of a net with all pins only up to this one
+  CellNode *nodes;       // [ncells+1]
+  signed char *place;    // [ncells+1], the last one LOCKED
   const Weight *cellwgt; // [ncells] the level's
-  PQueue queue[2];      // the free cells of each side, by gain
-  int *swaps;           // [ncells] cells in the order of their moves
-  int *perm;            // [ncells] the random order in which cells are queued
+  PQueue queue[2];       // the free cells of each side, by gain
+  int *swaps;            // [ncells] cells in the order of their moves
+  int *perm;             // [ncells] the random order in which cells are queued
 
   Weight minpwgt[2]; // lowest weight of each side in an accepted bisection
   Weight pwgts[2];   // weights of the sides
@@ -207,7 +207,8 @@ void FM_Free(FMState *fm);
 // Calls onnet(net) for each net of c that has a record, and onpair(other, weight) for each of two pins, in the order of
 // the cell's nets.
 template <class OnNet, class OnPair>
-__attribute__((always_inline)) inline void FM_ForEachLink(const FMState *fm, int c, OnNet onnet, OnPair onpair)
+__attribute__((always_inline)) inline void FM_ForEachLink(const FMState *fm, int c, OnNet onnet,
+                                                          OnPair onpair)
 {
   const int *link = fm->links + fm->nodes[c].links;
   const int *end = link + 1 + *link;
@@ -291,4 +292,4 @@ enum FMExactness { FREE_EXACT, ALL_EXACT }; // whose gains are kept exact: those
 const char *CheckGains(const HGraph *graph, const FMState *fm, FMExactness exactness);
 const char *CheckMove(const HGraph *graph, const FMState *fm, FMExactness exactness, int n);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -22,7 +22,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 inline UWeight SmallerSpan(const PQueue queue[2])
@@ -102,7 +102,7 @@ __attribute__((noinline)) inline void FM_UpdateFree(FMState *fm, int c, int from
 
   FM_ForEachLink(
       fm, c,
-      [&](FMNet *net) __attribute__((always_inline)) {
+      [&](FMNet * net) __attribute__((always_inline)) {
         const int onfrom = FM_PinsOnIfFree(net, from), onto = FM_PinsOnIfFree(net, to);
         const Weight w = net->weight;
         FM_MovePin(net, c, from, to);
@@ -156,7 +156,7 @@ inline void FM_UpdateMove(FMState *fm, int c, int from, int to)
 
   FM_ForEachLink(
       fm, c,
-      [&](FMNet *net) __attribute__((always_inline)) {
+      [&](FMNet * net) __attribute__((always_inline)) {
         FM_MovePin(net, c, from, to);
         const int nfrom = net->npins[from], nto = net->npins[to];
         const Weight w = net->weight;
@@ -193,4 +193,4 @@ inline void FM_Undo(FMState *fm, int c)
   FM_MoveExactly<UPDATE_GAINS>(fm, c, from, 1 - from);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

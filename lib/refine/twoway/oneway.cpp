@@ -6,7 +6,7 @@
 
 #include "moves.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 static void TraceStart(const Control *ctrl, const Level *level, const FMState *fm, int pass, int side)
@@ -102,4 +102,4 @@ void Refine_OneWayFM__(const Control *ctrl, Level *level, int npasses)
   FM_Free(&fm);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

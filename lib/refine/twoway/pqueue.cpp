@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 void PQueueInit__(PQueue *queue, CellNode *nodes, int maxnodes, Weight maxgain)
@@ -160,4 +160,4 @@ int PQueueSeeConstraintMax(PQueue *queue, Weight maxwgt, const Weight *cellwgt)
   return PQueueSeeMax__(queue);
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

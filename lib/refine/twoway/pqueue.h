@@ -9,7 +9,7 @@
 
 #include "core/hgraph.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 enum { PQ_BUCKETS = 1, PQ_HEAP = 2 };
@@ -193,4 +193,4 @@ inline int PQueueGetMax__(PQueue *queue)
 // The first broken invariant, or NULL.
 const char *CheckQueue(const PQueue *queue);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

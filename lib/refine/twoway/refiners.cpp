@@ -5,7 +5,7 @@
 
 #include "core/constants.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 void AllocateRefinementMemory__(Level *level)
@@ -84,4 +84,4 @@ const Refiner *TwoWayRefiner(TwoWayScheme scheme)
   return &refiners[scheme - REFINE_FM];
 }
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -7,7 +7,7 @@
 
 #include "refine/refiner.h"
 
-namespace kapris::KAPRIS_ENGINE
+namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // The refiner of a scheme.
@@ -33,4 +33,4 @@ void Balance__(const Control *ctrl, Level *level);
 // Puts the islands on the lighter side, one by one.
 void PartitionIslands__(const Control *ctrl, Level *level);
 
-} // namespace kapris::KAPRIS_ENGINE
+} // namespace kapris::engine::KAPRIS_ENGINE

@@ -1,8 +1,9 @@
-// tests/bisect/pqueue_test.cpp - the gain queue: the order in which buckets and heap give their items.
+// tests/refine/pqueue_test.cpp - the gain queue: the order in which buckets and heap give their items.
 // SPDX-License-Identifier: MIT
 
-#include "bisect/pqueue.h"
-#include "support/build.h"
+#include "base/sort.h"
+#include "refine/twoway/pqueue.h"
+#include "support/graph.h"
 
 #include <algorithm>
 
@@ -41,7 +42,7 @@ struct Queue : PQueue {
 
 TEST(pqueue, a_weight_limit_above_1000_finds_a_fitting_item_of_positive_gain)
 {
-  const Ints wgts = {2000, 1002, 1500, 1001, 1, 1001};
+  const std::vector<Weight> wgts = {2000, 1002, 1500, 1001, 1, 1001};
   const auto find = [&](int maxgain, const Ints &gains, int limit) {
     Queue queue(maxgain, gains);
     return PQueueSeeConstraintMax(&queue, limit, wgts.data());

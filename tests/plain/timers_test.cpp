@@ -1,7 +1,9 @@
-// tests/control/timers_test.cpp - the report of CPU times: asked for by one bit, it adds up and changes no result.
+// tests/plain/timers_test.cpp - the report of CPU times: asked for by one bit, it adds up and changes no result.
 // SPDX-License-Identifier: MIT
 
 #include "entry.h"
+
+#include "base/random.h"
 
 #include <cstdio>
 

@@ -1,6 +1,7 @@
-// tests/core/random_test.cpp - the generator against that of the C library, and the shuffles.
+// tests/base/random_test.cpp - the generator against that of the C library, and the shuffles.
 // SPDX-License-Identifier: MIT
 
+#include "base/random.h"
 #include "support/build.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// tests/control/errors_test.cpp - what the entry points refuse, and what an error leaves behind.
+// tests/plain/errors_test.cpp - what the entry points refuse, and what an error leaves behind.
 // SPDX-License-Identifier: MIT
 
 #include "entry.h"

@@ -1,8 +1,9 @@
-// tests/control/entry.h - the five entry points under one type.
+// tests/plain/entry.h - the five entry points under one type.
 // SPDX-License-Identifier: MIT
 #pragma once
 
 #include "kapris.h"
+
 #include "support/build.h"
 
 typedef decltype(&KAPRIS_PartRecursive) EntryPoint;

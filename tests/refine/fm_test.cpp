@@ -1,10 +1,9 @@
-// tests/bisect/fm_test.cpp - the bounds and the decisions of every kind of pass; gains are compared with their definition
+// tests/refine/fm_test.cpp - the bounds and the decisions of every kind of pass; gains are compared with their definition
 // wherever the internal checks are on.
 // SPDX-License-Identifier: MIT
 
-#include "bisect/fm.h"
-#include "control/ctrl.h"
-#include "support/build.h"
+#include "refine/twoway/fm.h"
+#include "support/graph.h"
 
 #include <sstream>
 
@@ -12,47 +11,28 @@ namespace
 {
 
 typedef std::vector<int> Ints;
-typedef void (*Refiner)(Control *ctrl, HGraph *graph, int npasses);
+typedef void (*Routine)(const Control *ctrl, Level *level, int npasses);
 
 // A level with a bisection, one digit per cell.
-struct Level {
-  HGraph *graph;
-  Control ctrl = {};
+struct Bisected : TestLevel {
+  Control ctrl = TestControl();
 
-  Level(const Instance &instance, const std::string &sides, float ubfactor = 0.25f)
-      : graph(HGraphOf(instance))
+  Bisected(const Instance &instance, const std::string &sides, float ubfactor)
+      : TestLevel(HGraphOf(instance), sides)
   {
-    ctrl.part0frac = 0.5f;
-    ctrl.ubfactor = ubfactor;
-    AllocateRefinementMemory__(graph);
+    ctrl.bounds.ubfactor = ubfactor;
     for (std::size_t i = 0; i < sides.size(); i++)
-      graph->where[i] = sides[i] - '0';
-    graph->pwgts[0] = graph->pwgts[1] = 0;
-    for (std::size_t i = 0; i < sides.size(); i++)
-      graph->pwgts[graph->where[i]] += graph->cellwgt[i];
-    graph->mincut = ComputeActualCut__(graph, graph->where);
-  }
-  Level(const Level &) = delete;
-  ~Level()
-  {
-    FreeHGraph__(graph);
-  }
-
-  std::string Sides() const
-  {
-    std::string sides;
-    for (int side : Where(graph))
-      sides += static_cast<char>('0' + side);
-    return sides;
+      part.pwgts[part.where[i]] += graph->cellwgt[i];
+    part.mincut = ComputeActualCut__(graph, part.where);
   }
 
   // The cells in the order of their moves, undone or not; a bar ends a pass; B is a balancing.
-  std::string Moves(Refiner refine, int npasses)
+  std::string Moves(Routine refine, int npasses)
   {
     std::string moves;
     ctrl.dbglvl = DBG_PASSES | DBG_MOVES;
     testing::internal::CaptureStdout();
-    refine(&ctrl, graph, npasses);
+    refine(&ctrl, this, npasses);
     std::istringstream lines(testing::internal::GetCapturedStdout());
     for (std::string line; std::getline(lines, line);)
       moves += line[0] == 'G' ? line.substr(25, 1) : line[0] == '\t' ? "|" : line[10] == '[' ? "B" : "";
@@ -63,19 +43,19 @@ struct Level {
 } // namespace
 
 template <int percent>
-static void EarlyExit(Control *ctrl, HGraph *graph, int npasses)
+static void EarlyExit(const Control *ctrl, Level *level, int npasses)
 {
-  Refine_EEFM__(ctrl, graph, npasses, percent / 100.0f);
+  Refine_EEFM__(ctrl, level, npasses, percent / 100.0f);
 }
 
-static void EarlyExit2(Control *ctrl, HGraph *graph, int npasses)
+static void EarlyExit2(const Control *ctrl, Level *level, int npasses)
 {
-  Refine_EEFM2__(ctrl, graph, npasses, 1.0f);
+  Refine_EEFM2__(ctrl, level, npasses, 1.0f);
 }
 
-static void Balance(Control *ctrl, HGraph *graph, int)
+static void Balance(const Control *ctrl, Level *level, int)
 {
-  Balance__(ctrl, graph);
+  Balance__(ctrl, level);
 }
 
 TEST(fm, passes_decide_by_gain_room_and_balance)
@@ -85,7 +65,7 @@ TEST(fm, passes_decide_by_gain_room_and_balance)
   const Instance gain3 = {6, {{3, 0, 1}}, {}, {}}, gain7 = {8, {{0, 7}}, {}, {}};
   const Instance heavy = {4, {{0, 2}, {1, 2}}, {5000, 600, 5000, 600}, {5, 2}};
   const struct {
-    Refiner refine;
+    Routine refine;
     Instance instance;
     std::string sides;
     float ubfactor;
@@ -142,9 +122,9 @@ TEST(fm, passes_decide_by_gain_room_and_balance)
 
   for (const auto &row : rows) {
     SCOPED_TRACE(&row - rows);
-    Level level(row.instance, row.sides, row.ubfactor);
+    Bisected level(row.instance, row.sides, row.ubfactor);
     EXPECT_EQ(level.Moves(row.refine, row.npasses), row.moves);
-    EXPECT_EQ(level.Sides(), row.after);
-    EXPECT_VALID(CheckBisection(level.graph));
+    EXPECT_EQ(level.Digits(), row.after);
+    EXPECT_VALID(CheckBisection(&level));
   }
 }

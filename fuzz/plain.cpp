@@ -1,9 +1,10 @@
-// fuzz/classic.cpp - the five entry points of kapris.h: a valid call keeps every property of the sweep, a broken one is
+// fuzz/plain.cpp - the five entry points of kapris.h: a valid call keeps every property of the sweep, a broken one is
 // refused or keeps them too, and either way no memory stays behind.
 // SPDX-License-Identifier: MIT
 
 #include "fuzz.h"
 
+#include "base/random.h"
 #include "property/run.h"
 
 static Call DecodeCall(Bytes *bytes)

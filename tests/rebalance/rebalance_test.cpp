@@ -1,14 +1,15 @@
-// tests/api/rebalance_test.cpp - bringing parts within their limits: harm of moves, swaps, packing, proofs.
+// tests/rebalance/rebalance_test.cpp - bringing parts within their limits: harm of moves, swaps, packing, proofs.
 // SPDX-License-Identifier: MIT
 
-#include "api/rebalance.h"
-#include "core/core.h"
+#include "rebalance/rebalance.h"
 #include "support/build.h"
 
 #include <algorithm>
 #include <climits>
 #include <numeric>
 #include <utility>
+
+using namespace kapris::engine::safe;
 
 typedef std::vector<int> Ints;
 typedef std::vector<std::int64_t> Limits;
@@ -26,7 +27,7 @@ struct Task {
 
 } // namespace
 
-static int WeightOf(const Task &task, std::size_t i)
+static std::int64_t WeightOf(const Task &task, std::size_t i)
 {
   return task.instance.cellwgt.empty() ? 1 : task.instance.cellwgt[i];
 }
@@ -48,7 +49,7 @@ static BalanceVerdict Rebalanced(Task *task, Ints *part)
 {
   const Instance *instance = &task->instance;
   const Ints netptr = instance->NetPtr(), netind = instance->NetInd(), before = *part;
-  const Ints ones(std::max(instance->nets.size(), before.size()), 1);
+  const Weights ones(std::max(instance->nets.size(), before.size()), 1);
   BalanceProblem problem = {instance->ncells,
                             static_cast<int>(instance->nets.size()),
                             instance->cellwgt.empty() ? ones.data() : instance->cellwgt.data(),
@@ -72,7 +73,7 @@ static BalanceVerdict Rebalanced(Task *task, Ints *part)
     const std::uint64_t serial = CurrentLedger()->serial;
     const BalanceVerdict ended = Rebalance(&problem, stopped.data());
     EXPECT_EQ(ended == INTERRUPTED, left < 0); // asked once too often
-    ReleaseLedger(serial);                   // as the end of a stopped call does
+    ReleaseLedger(serial);                     // as the end of a stopped call does
     EXPECT_LE(ExcessOf(*task, stopped), ExcessOf(*task, before));
   }
   problem.proceed = nullptr;
@@ -92,7 +93,7 @@ static BalanceVerdict Rebalanced(Task *task, Ints *part)
 }
 
 // Cells of the given weights on no net, all in part 0 unless they are fixed.
-static BalanceVerdict Packed(const Ints &cellwgt, const Limits &limits, const Ints &fixed = {},
+static BalanceVerdict Packed(const Weights &cellwgt, const Limits &limits, const Ints &fixed = {},
                              std::int64_t *excess = nullptr)
 {
   Task task = {{static_cast<int>(cellwgt.size()), {}, cellwgt, {}}, limits, fixed};
@@ -139,11 +140,11 @@ TEST(rebalance, shows_what_is_impossible_and_comes_as_close_as_it_can)
   EXPECT_EQ(Packed({9, 1}, {8, 8}, {}, &excess), IMPOSSIBLE);
   EXPECT_EQ(excess, 1);
   // The others are beyond the search. Of odd limits one unit is of no use to even weights.
-  Ints even(400, 2);
+  Weights even(400, 2);
   std::fill_n(even.begin(), 200, 4);
   EXPECT_EQ(Packed(even, {601, 599}), IMPOSSIBLE);
   // 39 places, all different, for 40 cells of weight 40.
-  Ints heavy(41, 40);
+  Weights heavy(41, 40);
   Limits limits(39);
   heavy[0] = 1;
   std::iota(limits.begin(), limits.end(), 40);
@@ -164,7 +165,8 @@ static bool HasPartition(const Task &task, Ints *part, std::size_t i)
   return false;
 }
 
-// Random weights, limits between tight and loose, some cells fixed, a random partition.
+// Random weights, limits between tight and loose, some cells fixed, a random partition; every other one with weights and
+// limits of 60 bits, of which nothing else depends.
 static Task RandomTask(TestRandom *random, int ncells, int nparts, int heaviest, Ints *part)
 {
   Task task = {RandomInstance(random, ncells, ncells, 0),
@@ -177,7 +179,7 @@ static Task RandomTask(TestRandom *random, int ncells, int nparts, int heaviest,
   part->clear();
   for (int i = 0; i < ncells; i++) {
     task.instance.cellwgt.push_back(random->Below(heaviest + 1));
-    total += task.instance.cellwgt.back();
+    total += static_cast<int>(task.instance.cellwgt.back());
     part->push_back(random->Below(nparts));
     if (anyfixed)
       task.fixed.push_back(random->Chance(20) ? part->back() : -1);
@@ -185,6 +187,11 @@ static Task RandomTask(TestRandom *random, int ncells, int nparts, int heaviest,
   std::erase_if(task.instance.nets, [](const Ints &net) { return net.size() < 2; });
   for (std::int64_t &limit : task.limits)
     limit = std::max(0, total / nparts + random->Below(heaviest + 2) - heaviest / 4);
+  const std::int64_t unit = random->Chance(50) ? 1 : (std::int64_t{1} << 60) / (total + heaviest + 2);
+  for (std::int64_t &weight : task.instance.cellwgt)
+    weight *= unit;
+  for (std::int64_t &limit : task.limits)
+    limit *= unit;
   return task;
 }
 

@@ -1,6 +1,7 @@
-// tests/core/sort_test.cpp - the order in which the key sorts leave equal keys, against their plain form.
+// tests/base/sort_test.cpp - the order in which the key sorts leave equal keys, against their plain form.
 // SPDX-License-Identifier: MIT
 
+#include "base/sort.h"
 #include "support/build.h"
 
 #include <algorithm>
