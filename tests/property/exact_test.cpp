@@ -237,9 +237,9 @@ TEST(exact, planted_partitions_are_found)
     }
 }
 
-// The safe interface promises it for the whole order of results; of the classic one it holds for the cut where nothing
+// The safe interface promises it for the whole order of results; of the plain one it holds for the cut where nothing
 // has to be balanced first and no V-cycle looks at the SOED.
-TEST(exact, the_classic_refiners_never_worsen_a_balanced_partition)
+TEST(exact, the_plain_refiners_never_worsen_a_balanced_partition)
 {
   int nbetter = 0;
 
