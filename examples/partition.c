@@ -1,8 +1,7 @@
-/* examples/partition.c - divides eight cells into two parts with the C interface.
+/* examples/partition.c - divides eight cells into two parts with the plain C interface.
  * SPDX-License-Identifier: MIT
  *
- * Cells 0-3 and cells 4-7 are tightly connected, and one net joins the two groups: it is all that must be
- * cut.
+ * Cells 0-3 and cells 4-7 are tightly connected, and one net joins the two groups: it is all that must be cut.
  */
 #include <kapris.h>
 #include <stdio.h>

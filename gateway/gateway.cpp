@@ -1,8 +1,8 @@
 // gateway/gateway.cpp - [part, edgecut] = kapris (name, A, nparts) for MATLAB and Octave.
 // SPDX-License-Identifier: MIT
 //
-// Nets are the columns of A, pins the rows of their entries; the values do not matter. Memory comes from the host, which
-// releases it when the call ends, also by an error. The host's error functions may leave by a jump, so nothing in
+// Nets are the columns of A, pins the rows of their entries; the values do not matter. Memory comes from the host,
+// which releases it when the call ends, also by an error. The host's error functions may leave by a jump, so nothing in
 // this file has a destructor.
 
 #include "host.h"

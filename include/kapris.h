@@ -1,59 +1,97 @@
-/* kapris.h - multilevel hypergraph partitioning: the classic C interface.
+/* kapris.h - multilevel hypergraph partitioning: the plain C interface.
  * SPDX-License-Identifier: MIT
  *
- * A hypergraph is a set of cells (vertices), each with an integer weight, and a set of nets (hyperedges),
- * each with an integer weight and the cells that it connects (its pins). A partition gives every cell a part
- * number. cut   the total weight of the nets whose pins lie in more than one part SOED  sum of external
- * degrees: for every net that spans k > 1 parts, k times its weight
+ * Five functions over arrays of int. Programs that must not be ended by an error, that need weights of 64 bits, several
+ * threads or limits of time and memory take the safe interface instead: kapris_api.h, in C++ kapris.hpp.
  *
- * The hypergraph is passed in compressed net form; all numbers are 32-bit and counted from 0:
+ *   int netptr[] = {0, 2, 4}, netind[] = {0, 1, 1, 2};   (nets {0, 1} and {1, 2})
+ *   int options[9] = {0}, part[3], cut;
+ *   KAPRIS_PartRecursive(3, 2, NULL, netptr, netind, NULL, 2, 5, options, part, &cut);
  *
- *   ncells    number of cells (0 is allowed)
- *   nnets     number of nets (0 is allowed)
- *   cellwgts  [ncells] cell weights >= 0, or NULL: every cell weighs 1
- *   netptr    [nnets+1] netptr[0] = 0; the pins of net j are netind[netptr[j]] .. netind[netptr[j+1]-1]
- *   netind    [netptr[nnets]] the pins, cell numbers in 0 .. ncells-1
- *   netwgts   [nnets] net weights >= 0, or NULL: every net weighs 1
+ * WORDS
  *
- * A net may have one pin or none, and may name a cell twice. These limits keep every sum within 32 bits: twice the
- * total cell weight, the total net weight plus one, and the weight of the nets of any one cell, counted once for each
- * pin on it, must be at most 2^31-1; for the k-way functions, and for KAPRIS_PartRecursive into 3 to 64 parts, also ten
- * times the total net weight plus one, and the sum over the nets of weight x min(pins, nparts).
+ * A hypergraph is a set of cells (vertices), each with an integer weight, and a set of nets (hyperedges), each with an
+ * integer weight and the cells that it connects, its pins. A partition gives every cell the number of a part. Weights
+ * have no unit: they are what the caller makes of them, areas or numbers of wires for example.
  *
- * The other arguments:
+ *   cut    the total weight of the nets whose pins lie in more than one part
+ *   SOED   the sum of external degrees: for every net that spans k > 1 parts, k times its weight
  *
- *   nparts    number of parts
- *   UBfactor  imbalance allowance in percent; its meaning depends on the function, see there
- *   options   [9] the option vector:
- *               0  0 = use the defaults and ignore the other slots, anything else = read them
- *               1  Nruns    number of independent trials, >= 1                              default 10
- *               2  Ctype    coarsening: 1 alternate per trial between stars in two orders,
- *                           2 stars by degree, 3 stars by connection strength, 4 whole nets,
- *                           5 pairs                                                         default 1
- *               3  Rtype    recursive: refinement 1 FM, 2 one-way FM then FM, 3 early-exit FM;
- *                           k-way: objective 1 cut, 2 SOED                                  default 1
- *               4  Vcycle   V-cycles for 0 no trial, 1 the best trials at the end,
- *                           2 each trial that improves, 3 each trial that comes close       default 1
- *               5  Reconst  recursive only: 0 nets that are cut leave the recursion,
- *                           1 their pieces stay                                             default 0
- *               6  Fixed    recursive only: 1 = part holds pre-assigned parts on entry      default 0
- *               7  Seed     >= 0 fixes the random sequence, negative = seed from the clock  default -1
- *               8  Debug    bit mask of traces on standard output, see below                default 0
- *   part      [ncells] out: the part of each cell, 0 .. nparts-1. In: see the function
- *   cut       out: the objective value that was reached
+ * THE HYPERGRAPH
  *
- * Ownership: all arrays belong to the caller, none is kept, and only part and cut are written.
+ * It is passed net by net, in compressed form. All numbers have 32 bits; cells, nets and parts are counted from 0.
  *
- * Errors: there are no error returns. Invalid arguments and exhausted memory print one message on standard
- * error and end the process with exit status 0. The message names the array, the index and the value.
+ *   ncells     number of cells, >= 0
+ *   nnets      number of nets, >= 0
+ *   cellwgts   [ncells] cell weights >= 0, or NULL: every cell weighs 1
+ *   netptr     [nnets + 1] netptr[0] = 0; the pins of net j are netind[netptr[j]] .. netind[netptr[j+1] - 1];
+ *              it can be NULL if nnets is 0
+ *   netind     [netptr[nnets]] the pins, cell numbers 0 .. ncells-1; it can be NULL if there are none
+ *   netwgts    [nnets] net weights >= 0, or NULL: every net weighs 1
  *
- * Threads: calls on different threads are independent. Each thread has its own random sequence; it starts as
- * if seeded with 1, and a call leaves it where the call's last draw left it.
+ * A net may have one pin or none, and may name a cell twice.
  *
- * Traces (bits of option 8): 1 coarsening levels, 2 initial partitions, 4 refinement passes, 8 one summary
- * per bisection or k-way run, 16 one line per trial, 32 CPU times, 128 long trial lines and V-cycles, 256
- * every move. With 0, nothing is printed, except "Wrong cut!" should the reported cut differ from a recount
- * and "Fixing failed" should a pre-assigned cell lie in another part.
+ * Every sum must stay within 32 bits. None of these may be above 2^31-1 = 2147483647:
+ *   - twice the total cell weight;
+ *   - the total net weight plus 1;
+ *   - the weight of the nets of any one cell, a net counting once for each of its pins on the cell;
+ *   - in the k-way functions, and in KAPRIS_PartRecursive into 3 to 64 parts, ten times the total net weight plus 1;
+ *   - there also the sum over the nets of weight x min(pins, nparts).
+ *
+ * THE OTHER ARGUMENTS
+ *
+ *   nparts     number of parts
+ *   UBfactor   allowed imbalance in percent; of what, each function tells
+ *   options    [9] the option vector, below
+ *   part       [ncells] the part of each cell, 0 .. nparts-1; it can be NULL if ncells is 0
+ *   cut        [1] receives the value that was reached; each function tells of what
+ *
+ * Slot 0 of the option vector is 0 for the defaults, whatever the other slots hold; with anything else they are read:
+ *
+ *   slot  name     value                                                                           default
+ *     1   Nruns    number of independent trials, >= 1                                                 10
+ *     2   Ctype    how cells are grouped on the way to coarser levels:                                 1
+ *                    1  stars in two orders, in turn from trial to trial
+ *                    2  stars by degree: cells of few nets choose first
+ *                    3  stars by strength: strongly connected cells choose first
+ *                    4  whole nets
+ *                    5  pairs
+ *     3   Rtype    recursive bisection: the refinement                                                 1
+ *                    1  FM
+ *                    2  passes out of one side, then FM
+ *                    3  FM whose passes end early
+ *                  k-way: the objective
+ *                    1  the cut
+ *                    2  the SOED
+ *     4   Vcycle   which trials are improved by V-cycles:                                              1
+ *                    0  none
+ *                    1  the best ones, after the last trial
+ *                    2  each trial that improves on those before
+ *                    3  each trial that comes close to the best
+ *     5   Reconst  recursive bisection only: nets that a bisection cuts                                0
+ *                    0  leave the recursion
+ *                    1  stay in it, as their pieces on both sides
+ *     6   Fixed    recursive bisection only: 1 if part holds parts for some cells on entry, else 0     0
+ *     7   Seed     >= 0 fixes the random sequence, negative takes the clock                           -1
+ *     8   Debug    sum of the traces that are printed on standard output:                              0
+ *                    1  coarsening levels                  16  one line per trial
+ *                    2  initial partitions                 32  CPU times
+ *                    4  refinement passes                 128  long lines per trial, and V-cycles
+ *                    8  one summary per bisection         256  every move
+ *                       or k-way run
+ *
+ * WHAT HOLDS FOR EVERY FUNCTION
+ *
+ * Ownership   All arrays belong to the caller. None is kept, and only part and cut are written. A call leaves no memory
+ *             behind.
+ * Errors      There are no error returns. An invalid argument, a sum beyond its limit and exhausted memory print one
+ *             message on standard error and end the process with exit status 0. Of a wrong array the message names
+ *             the index and the value. Arguments are checked before any work.
+ * Output      With Debug 0 nothing is printed on standard output, except "Wrong cut!" should the reported cut differ
+ *             from a recount, which nets of one pin and pins named twice can cause, and "Fixing failed" should a
+ *             pre-assigned cell lie in another part.
+ * Threads     Calls on different threads are independent. Each thread has its own random sequence; it starts as if
+ *             seeded with 1, and a call leaves it where the call's last draw left it.
  */
 #ifndef KAPRIS_H
 #define KAPRIS_H
@@ -74,46 +112,83 @@ extern "C" {
 
 /* Partitions by multilevel recursive bisection; minimises the cut.
  *
- * nparts >= 2. UBfactor 1 .. 49: each bisection may leave a side up to UBfactor percent of the total away
- * from its share, so 5 allows 45:55. The allowance holds per bisection and adds up with their depth. With 3
- * to 64 parts the result is polished by direct k-way refinement.
+ *   ncells .. netwgts   the hypergraph, as above
+ *   nparts     >= 2
+ *   UBfactor   1 .. 49: in percent of the weight that is bisected, how far each side may be away from its share. 5
+ *              allows 45:55. It holds for each bisection, so that what the parts may differ by adds up with the depth.
+ *   options    all slots are read
+ *   part       out: the part of each cell. With Fixed 1 in, too: -1 for a free cell, or the part that the cell must go
+ *              to
+ *   cut        with 3 to 64 parts, the cut; otherwise as in KAPRIS_PartRecursiveInternal
  *
- * With Fixed 1, part holds on entry -1 for a free cell, or the part that the cell must go to.
+ * Into 3 to 64 parts, the result of the bisections is refined once more by k-way passes and V-cycles.
  *
- * Method: multilevel bisection with Fiduccia-Mattheyses refinement (C. M. Fiduccia, R. M. Mattheyses, "A
- * linear-time heuristic for improving network partitions", DAC 1982). */
+ * Method: trials that coarsen, bisect the coarsest level and refine on the way back (T. N. Bui, C. Jones, "A heuristic
+ * for reducing fill-in in sparse matrix factorization", Parallel Processing for Scientific Computing, 1993), by passes
+ * of single moves, FM for short (C. M. Fiduccia, R. M. Mattheyses, "A linear-time heuristic for improving network
+ * partitions", Design Automation Conference, 1982). */
 KAPRIS_API void KAPRIS_PartRecursive(int ncells, int nnets, const int *cellwgts, const int *netptr,
                                      const int *netind, const int *netwgts, int nparts, int UBfactor,
                                      const int *options, int *part, int *cut);
 
-/* KAPRIS_PartRecursive without the k-way polish, whatever nparts is. It makes the initial partitions of
- * KAPRIS_PartKway; cut is then the sum of the cuts of all bisections. */
+/* KAPRIS_PartRecursive without the k-way passes at the end, whatever nparts is. KAPRIS_PartKway makes its initial
+ * partitions with it.
+ *
+ *   cut        the sum of the cuts of all bisections: the cut with Reconst 0; with Reconst 1 a net counts once for each
+ *              bisection that cuts it or a piece of it, its parts less 1
+ *
+ * The other arguments, the errors and the method are those of KAPRIS_PartRecursive. */
 KAPRIS_API void KAPRIS_PartRecursiveInternal(int ncells, int nnets, const int *cellwgts, const int *netptr,
                                              const int *netind, const int *netwgts, int nparts, int UBfactor,
                                              const int *options, int *part, int *cut);
 
-/* Partitions directly into nparts parts; minimises the cut (Rtype 1) or the SOED (Rtype 2), which cut
- * receives.
+/* Partitions directly into nparts parts; minimises the cut (Rtype 1) or the SOED (Rtype 2).
  *
- * nparts >= 2. UBfactor >= 5: refinement takes no part above (1 + UBfactor/100) times the average part
- * weight, but does not empty a part that starts above it. The initial partition of every trial is seeded from
- * the clock, so two runs with one seed can differ. */
+ *   ncells .. netwgts   the hypergraph, as above
+ *   nparts     >= 2
+ *   UBfactor   >= 5: in percent of the average part weight, how far a part may be above it. Refinement takes no part
+ *              above that, but does not empty a part that starts above it.
+ *   options    slots 1 to 4, 7 and 8 are read
+ *   part       out: the part of each cell
+ *   cut        the cut or, with Rtype 2, the SOED
+ *
+ * The initial partition of every trial is seeded from the clock, so that two calls with one seed can differ.
+ *
+ * Method: as KAPRIS_PartRecursive, but the trials are those of a k-way partition: its coarsest level is partitioned by
+ * recursive bisection, and refined by greedy passes over the cells in random order. The gain of a move between any two
+ * parts is that of L. A. Sanchis, "Multiple-way network partitioning", IEEE Transactions on Computers 38 (1989). */
 KAPRIS_API void KAPRIS_PartKway(int ncells, int nnets, const int *cellwgts, const int *netptr,
                                 const int *netind, const int *netwgts, int nparts, int UBfactor,
                                 const int *options, int *part, int *cut);
 
-/* Improves the bisection in part (values 0 and 1) by Fiduccia-Mattheyses passes; cut receives its cut.
+/* Improves a bisection by FM passes; minimises the cut.
  *
- * UBfactor as in KAPRIS_PartRecursive. The options read are 1, 2, 3, 4, 7 and 8; the call does not seed the
- * random sequence, so Seed has no effect. */
+ *   ncells .. netwgts   the hypergraph, as above
+ *   UBfactor   as in KAPRIS_PartRecursive, but its range is not checked
+ *   options    only the traces (slot 8) have an effect; slots 1 to 4 are checked. The random sequence of the thread
+ *              goes on, so that Seed has none
+ *   part       in: 0 or 1 for each cell; out: the improved bisection
+ *   cut        its cut
+ *
+ * The cut does not rise. Moves stay if they lead to sides within UBfactor and to a smaller cut, or to the same cut and
+ * sides that differ less; a bisection beyond UBfactor stays where no such moves are found.
+ *
+ * Method: that of C. M. Fiduccia and R. M. Mattheyses, see KAPRIS_PartRecursive. */
 KAPRIS_API void KAPRIS_2WayRefine(int ncells, int nnets, const int *cellwgts, const int *netptr,
                                   const int *netind, const int *netwgts, int UBfactor, const int *options,
                                   int *part, int *cut);
 
-/* Improves the partition in part (values 0 .. nparts-1) by k-way passes and V-cycles; cut receives its cut.
+/* Improves a partition by k-way passes and V-cycles; minimises the cut, or the SOED in the V-cycles if Rtype is 2.
  *
- * UBfactor as in KAPRIS_PartKway, values below 5 count as 5. The first passes always lower the cut; with
- * Rtype 2 the V-cycles then lower the SOED. Options and seed as in KAPRIS_2WayRefine. */
+ *   ncells .. netwgts   the hypergraph, as above
+ *   nparts     >= 1
+ *   UBfactor   as in KAPRIS_PartKway; values below 5 count as 5
+ *   options    slots 3 and 8 have an effect; slots 1, 2 and 4 are checked. The random sequence of the thread goes on,
+ *              so that Seed has none
+ *   part       in: 0 .. nparts-1 for each cell; out: the improved partition
+ *   cut        its cut, also with Rtype 2
+ *
+ * Method: the passes of KAPRIS_PartKway. A V-cycle coarsens within the parts and refines on the way back. */
 KAPRIS_API void KAPRIS_KWayRefine(int ncells, int nnets, const int *cellwgts, const int *netptr,
                                   const int *netind, const int *netwgts, int nparts, int UBfactor,
                                   const int *options, int *part, int *cut);

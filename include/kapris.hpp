@@ -7,8 +7,8 @@
 //   const kapris::Hypergraph hypergraph = {.ncells = 3, .net_starts = net_starts, .pins = pins};
 //   const kapris::Result result = kapris::Partition(hypergraph, {.nparts = 2});
 //
-// Cells, nets and parts are numbered from 0. The enumerations, their values and the figures of a start are those of
-// kapris_api.h, and what is said there about determinism and limits holds here too.
+// Cells, nets and parts are counted from 0. The words, the enumerations with their values, and the figures of a start
+// are those of kapris_api.h. What is said there about ownership, figures, determinism and threads holds here too.
 #pragma once
 
 #include "kapris_api.h"
@@ -39,12 +39,18 @@
 namespace kapris
 {
 
-using Status = kapris_status;     // KAPRIS_OK, KAPRIS_INFEASIBLE, ...
-using Progress = kapris_progress; // a moment of a call
-using Phase = kapris_phase;       // what a start is doing
-using Start = kapris_start;       // what one start gave
-using Trial = kapris_trial;       // what one trial of a start gave
-using Level = kapris_level;       // a level on the road of the best trial
+// KAPRIS_OK, KAPRIS_INFEASIBLE, ...
+using Status = kapris_status;
+// A moment of a call.
+using Progress = kapris_progress;
+// What a start is doing.
+using Phase = kapris_phase;
+// What one start gave.
+using Start = kapris_start;
+// What one trial of a start gave.
+using Trial = kapris_trial;
+// A level on the road of the best trial.
+using Level = kapris_level;
 
 // Why there is no result: KAPRIS_INVALID_ARGUMENT (what() names the argument, the index and the value),
 // KAPRIS_OUT_OF_MEMORY, KAPRIS_MEMORY_LIMIT or KAPRIS_INTERNAL.
@@ -66,20 +72,34 @@ private:
 
 // The cells and nets. The arrays belong to the caller and are only read, during the call. Any number of calls may read
 // them at once.
+//
+// Two totals must be at most 2^61 = 2305843009213693952: the total cell weight, and the sum over the nets of
+// weight x min(pins, nparts). Beyond that, Error is thrown; up to there every figure is exact.
+//
+// Weights are read in place, as std::int64_t; an array of int does not compile. Of a std::vector<int> weights, make
+// std::vector<std::int64_t>(weights.begin(), weights.end()).
 struct Hypergraph {
-  int ncells = 0;                       // >= 0
-  std::span<const int> net_starts = {}; // number of nets + 1 offsets into pins, from 0; or empty: no nets
-  std::span<const int> pins = {};       // [net_starts.back()] cell numbers, those of net 0 first
-  std::span<const std::int64_t> cell_weights = {}; // [ncells] >= 0, or empty: all 1
-  std::span<const std::int64_t> net_weights = {};  // [number of nets] >= 0, or empty: all 1
+  // >= 0.
+  int ncells = 0;
+  // [number of nets + 1] offsets into pins, the first is 0, none is below the one before; or empty: no nets.
+  std::span<const int> net_starts = {};
+  // [net_starts.back()] cell numbers 0 .. ncells-1, those of net 0 first.
+  std::span<const int> pins = {};
+  // [ncells] >= 0, or empty: all 1.
+  std::span<const std::int64_t> cell_weights = {};
+  // [number of nets] >= 0, or empty: all 1.
+  std::span<const std::int64_t> net_weights = {};
 };
 
 // What the parts should be. The arrays belong to the caller, as above.
 struct Targets {
-  int nparts = 2; // >= 2
-  // [nparts] fraction of the total weight that each part should get, > 0, sum 1; or empty: all equal
+  // >= 2. It can be more than ncells.
+  int nparts = 2;
+  // [nparts] fraction of the total cell weight that each part should get, > 0, with sum 1 to within 10^-6; or empty:
+  // all equal.
   std::span<const double> part_shares = {};
-  std::span<const int> fixed = {}; // [ncells] the part that a cell must go to, or -1; or empty: all free
+  // [ncells] the part that a cell must go to, or -1 for a free cell; or empty: all free.
+  std::span<const int> fixed = {};
 };
 
 // How to partition. The callbacks are called by any thread of the call, but never by two at once; they must not call
@@ -88,48 +108,83 @@ struct Options {
   kapris_scheme scheme = KAPRIS_RECURSIVE;
   kapris_objective objective = KAPRIS_CUT;
   kapris_coarsening coarsening = KAPRIS_ALTERNATE;
-  kapris_refinement refinement = KAPRIS_FM; // of bisections
+  // Of bisections.
+  kapris_refinement refinement = KAPRIS_FM;
   kapris_vcycle vcycle = KAPRIS_VCYCLE_BEST;
-  int runs = 10;               // >= 1; multilevel runs of each bisection or k-way partitioning
-  bool reconst = false;        // true: pieces of cut nets stay in the recursion
-  std::optional<int> seed = 0; // >= 0; nothing or negative: from the clock, the result tells which
-  double imbalance = 0.03;     // e >= 0: a part may weigh (1 + e) x its share of the total, rounded up
-  int starts = 1;              // >= 1; independent starts, of which the best counts
-  int first_start = 0;         // >= 0; number of the first of them, to spread starts over several calls
-  int threads = 1;             // >= 1; threads that the call may use, the calling one included
-  std::optional<std::chrono::duration<double>> time_limit = {}; // wall time >= 0; nothing: no limit
-  std::optional<std::size_t> memory_limit = {}; // bytes that the call may hold at once; nothing: no limit
+  // Multilevel runs of each bisection or k-way partitioning, >= 1.
+  int runs = 10;
+  // true: the pieces of cut nets stay in the recursion.
+  bool reconst = false;
+  // >= 0; nothing or negative: from the clock, and the result tells which.
+  std::optional<int> seed = 0;
+  // A part may weigh (1 + imbalance) x its share of the total cell weight, rounded up; >= 0.
+  double imbalance = 0.03;
+
+  // Independent starts, of which the best counts, >= 1.
+  int starts = 1;
+  // Number of the first of them, >= 0, to spread starts over several calls.
+  int first_start = 0;
+  // Threads that the call may use, the calling one included, >= 1.
+  int threads = 1;
+  // Wall time >= 0; nothing: no limit.
+  std::optional<std::chrono::duration<double>> time_limit = {};
+  // Bytes that the call may hold at once, the result left out; nothing: no limit.
+  std::optional<std::size_t> memory_limit = {};
   // The call ends soon after *cancel becomes non-zero; or NULL. A callback that throws sets it to 1.
   std::atomic<int> *cancel = nullptr;
-  std::function<void(const Progress &)> progress = {}; // or empty; called a few times per second
-  // Or empty; receives the traces. The text lives only as long as the callback runs.
+
+  // Called up to ten times per second; or empty.
+  std::function<void(const Progress &)> progress = {};
+  // Receives the traces; or empty. The text lives only as long as the callback runs.
   std::function<void(std::string_view)> log = {};
-  int log_level = 0;    // bit mask of traces as in kapris.h, option 8
-  bool records = false; // true: the result holds trials and levels
+  // Sum of the traces that log receives: the numbers of option slot 8 in kapris.h.
+  int log_level = 0;
+
+  // true: the result holds trials and levels.
+  bool records = false;
 };
 
 // Everything a call gives. Belongs to whoever holds it.
 struct Result {
-  Status status = KAPRIS_OK; // or KAPRIS_INFEASIBLE, KAPRIS_TIME_LIMIT, KAPRIS_CANCELLED
-  std::string message;       // empty with KAPRIS_OK
-  std::vector<int> part;     // [ncells] part of each cell, 0 .. nparts-1
+  // Or KAPRIS_INFEASIBLE, KAPRIS_TIME_LIMIT, KAPRIS_CANCELLED.
+  Status status = KAPRIS_OK;
+  // Empty with KAPRIS_OK.
+  std::string message;
+  // [ncells] part of each cell, 0 .. nparts-1.
+  std::vector<int> part;
+
   std::int64_t cut = 0;
   std::int64_t soed = 0;
-  std::int64_t connectivity = 0;          // sum over the nets of (parts that it spans - 1) x weight
-  std::vector<std::int64_t> part_weights; // [nparts]
-  std::vector<std::int64_t> part_limits;  // [nparts] largest weight allowed by imbalance
-  double imbalance = 0.0;                 // largest part weight over its share of the total, less 1
-  bool balanced = false;                  // all parts within their limits
-  std::int64_t seed = 0;                  // that the call used
-  int best_start = -1;          // index into starts, or -1: given, or made before the first one ended
-  std::vector<Start> starts;    // one per start
-  double seconds = 0.0;         // wall time of the call
-  double seconds_prepare = 0.0; // of it: checking and cleaning the input
-  double seconds_starts = 0.0;  // of it: the starts
-  std::array<double, 5> seconds_phase = {}; // what the starts spent, all threads added up, by Phase
-  std::size_t peak_bytes = 0;               // largest memory that the call held, the result left out
-  std::vector<Trial> trials;                // with records: by start, then by number
-  std::vector<Level> levels; // with records: of the best trial of the best start, in the order of time
+  std::int64_t connectivity = 0;
+  // [nparts]
+  std::vector<std::int64_t> part_weights;
+  // [nparts] largest weight that imbalance allows.
+  std::vector<std::int64_t> part_limits;
+  // Largest part weight over its share of the total, less 1.
+  double imbalance = 0.0;
+  // No part weighs more than its limit.
+  bool balanced = false;
+
+  // The seed that the call used.
+  std::int64_t seed = 0;
+  // Index into starts, or -1: given, or made before the first one ended.
+  int best_start = -1;
+  // One per start.
+  std::vector<Start> starts;
+
+  // Wall time of the call; of it, checking and cleaning the input, and the starts.
+  double seconds = 0.0;
+  double seconds_prepare = 0.0;
+  double seconds_starts = 0.0;
+  // What the starts spent, all threads added up, by Phase.
+  std::array<double, 5> seconds_phase = {};
+  // Largest memory in bytes that the call held, the result left out.
+  std::size_t peak_bytes = 0;
+
+  // With the option records: by start, then by number.
+  std::vector<Trial> trials;
+  // With the option records: of the best trial of the best start, in the order of time.
+  std::vector<Level> levels;
 };
 
 // What the following functions share; not for other use.
@@ -327,19 +382,23 @@ inline const char *PhaseName(Phase phase) noexcept
   return kapris_phase_name(phase);
 }
 
-// Partitions the cells into targets.nparts parts. Calls on different threads are independent; nothing is printed, and
-// nothing of the arguments is kept.
+// Partitions the cells into targets.nparts parts; minimises options.objective under the limits of the parts. Calls on
+// different threads are independent; nothing is printed, and nothing of the arguments is kept.
 //
 // Returns a complete partition with one of the statuses that Result names: look at status where a part above its limit,
 // or a run that was cut short, matters. Throws Error for the others; std::bad_alloc when there is no memory for the
 // returned vectors; and, once the call has ended, the first exception that a callback threw, whatever the call gave.
+//
+// Method: that of kapris_partition.
 inline Result Partition(const Hypergraph &hypergraph, const Targets &targets, const Options &options = {})
 {
   return detail::Call(hypergraph, targets, options, kapris_partition);
 }
 
-// Improves part, [ncells] 0 .. nparts-1 with fixed cells in their parts; otherwise as Partition. The result is never
-// worse, and part itself if nothing better was found (kapris_refine).
+// Improves part, which is [ncells] 0 .. nparts-1 with fixed cells in their parts and only read; otherwise as Partition.
+// The result is never worse, and part itself if nothing better was found.
+//
+// Method: that of kapris_refine.
 inline Result Refine(const Hypergraph &hypergraph, const Targets &targets, std::span<const int> part,
                      const Options &options = {})
 {

@@ -1,10 +1,8 @@
 /* kapris_api.h - multilevel hypergraph partitioning: the safe C interface.
  * SPDX-License-Identifier: MIT
  *
- * For programs that embed kapris. A call never ends the process, never prints and leaves nothing behind; it reports
- * a status and a message. Calls on different threads are independent, and one call can use several threads. With the
- * same input, options and seed a call gives the same partition on every machine and with any number of threads,
- * unless a time limit or a cancellation cuts it short.
+ * For programs that embed kapris. A call never ends the process, never prints and leaves nothing behind; it reports a
+ * status and a message.
  *
  *   kapris_problem problem;
  *   kapris_options options;
@@ -13,13 +11,35 @@
  *   kapris_init_problem(&problem);
  *   kapris_init_options(&options);
  *   problem.ncells = ...;
- *   if (kapris_partition(&problem, &options, &result) == KAPRIS_OK)
+ *   kapris_status status = kapris_partition(&problem, &options, &result);
+ *   if (result != NULL && result->part != NULL)
  *     use(result->part);
  *   else
- *     fprintf(stderr, "%s\n", result->message);
+ *     fprintf(stderr, "%s: %s\n", kapris_status_name(status), result != NULL ? result->message : "");
  *   kapris_free_result(result);
  *
- * Cells, nets and parts are numbered from 0. The words cut and SOED are those of kapris.h.
+ * WORDS
+ *
+ * A hypergraph is a set of cells (vertices) and a set of nets (hyperedges), which connect cells: their pins. A
+ * partition gives every cell the number of a part. Cells, nets and parts are counted from 0. Weights are whole numbers
+ * without a unit. Three figures tell how much a partition cuts:
+ *
+ *   cut            the total weight of the nets whose pins lie in more than one part
+ *   SOED           the sum of external degrees: for every net that spans k > 1 parts, k times its weight
+ *   connectivity   for every net that spans k parts, k - 1 times its weight; it is the SOED less the cut
+ *
+ * WHAT HOLDS FOR EVERY CALL
+ *
+ * Ownership     The records and arrays that go in belong to the caller; they are only read, and none is kept. The
+ *               result belongs to the caller, who releases it by kapris_free_result.
+ * Errors        The status and, in the result, a message that names the argument, the index and the value.
+ * Figures       Weights have 64 bits, and all figures are exact. They hold for the hypergraph as it was given: nets of
+ *               one pin or none and pins that a net names again change no figure, and the engine does not see them.
+ * Determinism   With the same input, options and seed a call gives the same partition on every machine and with any
+ *               number of threads, unless a time limit or a cancellation cuts it short.
+ * Threads       Calls on different threads are independent, and may share what they only read. One call can use several
+ *               threads; they have ended when it returns. The random sequence of the calling thread, which the refining
+ *               functions of kapris.h go on from, is as before.
  */
 #ifndef KAPRIS_API_H
 #define KAPRIS_API_H
@@ -37,202 +57,362 @@
 extern "C" {
 #endif
 
+/* ------------------------------------------------------------------------------------------------------------------
+ * How a call ended */
+
 typedef enum kapris_status {
+  /* Done, and every part is within its limit. */
   KAPRIS_OK = 0,
-  KAPRIS_INVALID_ARGUMENT = 1, /* nothing was done; the message names the argument, the index and the value */
-  KAPRIS_INFEASIBLE = 2,       /* some part is above its limit; the best partition found is delivered */
-  KAPRIS_OUT_OF_MEMORY = 3,    /* no partition */
-  KAPRIS_MEMORY_LIMIT = 4,     /* the call would have exceeded memory_limit; no partition */
-  KAPRIS_TIME_LIMIT = 5,       /* the best partition so far is delivered */
-  KAPRIS_CANCELLED = 6,        /* the best partition so far is delivered */
-  KAPRIS_INTERNAL = 7          /* a fault of the library; no partition */
+  /* Nothing was done; the message names the argument, the index and the value. */
+  KAPRIS_INVALID_ARGUMENT = 1,
+  /* Done, but some part is above its limit. The best partition found is delivered. */
+  KAPRIS_INFEASIBLE = 2,
+  /* The system gave no memory. No partition. */
+  KAPRIS_OUT_OF_MEMORY = 3,
+  /* The call would have exceeded memory_limit. No partition. */
+  KAPRIS_MEMORY_LIMIT = 4,
+  /* time_limit was reached. The best partition so far is delivered. */
+  KAPRIS_TIME_LIMIT = 5,
+  /* *cancel became non-zero. The best partition so far is delivered. */
+  KAPRIS_CANCELLED = 6,
+  /* A fault of the library. No partition. */
+  KAPRIS_INTERNAL = 7
 } kapris_status;
 
-/* The name of a status in lower case, such as "time limit". Static text. */
+/* The name of a status in lower case, such as "time limit"; "unknown status" for another number. Static text, which is
+ * not released. */
 KAPRIS_SAFE_API const char *kapris_status_name(kapris_status status);
 
-/* What is to be partitioned. The arrays belong to the caller and are only read during the call.
+/* ------------------------------------------------------------------------------------------------------------------
+ * What is to be partitioned */
+
+/* Fill with kapris_init_problem, then change what differs.
  *
- * Single-pin nets, nets without pins and repeated pins do not change any objective; they are taken out before the
- * engine sees them, so reported values are exact. Weights must be >= 0; sums are limited as in kapris.h, the
- * limits of the k-way functions holding for every call into more than two parts. */
+ * Two totals must be at most 2^61 = 2305843009213693952: the total cell weight, and the sum over the nets of
+ * weight x min(pins, nparts). Beyond that a call ends with KAPRIS_INVALID_ARGUMENT and a message such as
+ * "net_weights[7] is 9000000000000000000: the sum of net weight x min(pins, nparts) is then above 2305843009213693952".
+ * Up to there every figure is exact. */
 typedef struct kapris_problem {
-  size_t size;                 /* sizeof(kapris_problem), set by kapris_init_problem */
-  int ncells;                  /* >= 0 */
-  int nnets;                   /* >= 0 */
-  const int64_t *cell_weights; /* [ncells] >= 0, or NULL: all 1 */
-  const int64_t *net_weights;  /* [nnets] >= 0, or NULL: all 1 */
-  const int *net_starts; /* [nnets + 1]: pins of net j are pins[net_starts[j]] .. pins[net_starts[j+1] - 1] */
-  const int *pins;       /* [net_starts[nnets]] cell numbers */
-  int nparts;            /* >= 2 */
-  const double
-      *part_shares; /* [nparts] fraction of the total weight that each part should get, > 0, sum 1; or NULL:
-                                all equal */
-  const int *fixed; /* [ncells] the part that a cell must go to, or -1; or NULL: all free */
+  /* sizeof(kapris_problem), set by kapris_init_problem. */
+  size_t size;
+
+  /* Number of cells, >= 0. */
+  int ncells;
+  /* Number of nets, >= 0. */
+  int nnets;
+  /* [ncells] >= 0, or NULL: all 1. */
+  const int64_t *cell_weights;
+  /* [nnets] >= 0, or NULL: all 1. */
+  const int64_t *net_weights;
+  /* [nnets + 1] the first is 0, none is below the one before: the pins of net j are pins[net_starts[j]] ..
+   * pins[net_starts[j+1] - 1]. It can be NULL if nnets is 0. */
+  const int *net_starts;
+  /* [net_starts[nnets]] cell numbers 0 .. ncells-1. A net may have one pin or none, and may name a cell twice. It can
+   * be NULL if there are no pins. */
+  const int *pins;
+
+  /* Number of parts, >= 2. It can be more than ncells. */
+  int nparts;
+  /* [nparts] fraction of the total cell weight that each part should get, > 0, with sum 1 to within 10^-6; or NULL: all
+   * equal. */
+  const double *part_shares;
+  /* [ncells] the part that a cell must go to, or -1 for a free cell; or NULL: all free. */
+  const int *fixed;
 } kapris_problem;
 
-/* Equal shares, nothing fixed, no cells; nparts 2. */
+/* Sets size, nparts to 2, and everything else to 0 or NULL: no cells, equal shares, nothing fixed. *problem belongs to
+ * the caller, must not be NULL, and holds nothing that would have to be released. Cannot fail. */
 KAPRIS_SAFE_API void kapris_init_problem(kapris_problem *problem);
 
-typedef enum kapris_scheme { KAPRIS_RECURSIVE = 0, KAPRIS_KWAY = 1 } kapris_scheme;
+/* ------------------------------------------------------------------------------------------------------------------
+ * How to partition */
+
+typedef enum kapris_scheme {
+  /* Recursive bisection; into 3 to 64 parts, the parts are then refined all together. */
+  KAPRIS_RECURSIVE = 0,
+  /* Direct partitioning into all parts at once. */
+  KAPRIS_KWAY = 1
+} kapris_scheme;
+
+/* What is minimised. */
 typedef enum kapris_objective { KAPRIS_CUT = 0, KAPRIS_SOED = 1 } kapris_objective;
 
 /* How cells are grouped on the way to the coarser levels. */
 typedef enum kapris_coarsening {
-  KAPRIS_ALTERNATE = 0,    /* strong stars and degree stars in turn, from run to run */
-  KAPRIS_DEGREE_STARS = 1, /* cells of few nets choose first */
-  KAPRIS_STRONG_STARS = 2, /* strongly connected cells choose first */
+  /* Strong stars and degree stars in turn, from run to run. */
+  KAPRIS_ALTERNATE = 0,
+  /* Cells of few nets choose first. */
+  KAPRIS_DEGREE_STARS = 1,
+  /* Strongly connected cells choose first. */
+  KAPRIS_STRONG_STARS = 2,
+  /* All cells of a net together. */
   KAPRIS_WHOLE_NETS = 3,
+  /* Two cells each. */
   KAPRIS_PAIRS = 4
 } kapris_coarsening;
 
-/* How a bisection is refined; ignored by direct k-way partitioning. */
+/* How a bisection is refined; direct k-way partitioning ignores it. */
 typedef enum kapris_refinement {
+  /* Passes of Fiduccia and Mattheyses. */
   KAPRIS_FM = 0,
-  KAPRIS_ONE_WAY_FM = 1,   /* passes out of one side, then FM */
-  KAPRIS_EARLY_EXIT_FM = 2 /* passes on large levels end after a run of moves without improvement */
+  /* Passes out of one side, then FM. */
+  KAPRIS_ONE_WAY_FM = 1,
+  /* Passes on large levels end after a run of moves without improvement. */
+  KAPRIS_EARLY_EXIT_FM = 2
 } kapris_refinement;
 
-/* Which runs are improved by V-cycles. */
+/* Which runs are improved by V-cycles, which coarsen within the parts and refine again. */
 typedef enum kapris_vcycle {
+  /* None. */
   KAPRIS_VCYCLE_NEVER = 0,
-  KAPRIS_VCYCLE_BEST = 1,      /* the best runs, at the end */
-  KAPRIS_VCYCLE_IMPROVING = 2, /* every run that improves on the ones before */
-  KAPRIS_VCYCLE_CLOSE = 3      /* every run that comes close to the best */
+  /* The best runs, at the end. */
+  KAPRIS_VCYCLE_BEST = 1,
+  /* Every run that improves on the ones before. */
+  KAPRIS_VCYCLE_IMPROVING = 2,
+  /* Every run that comes close to the best. */
+  KAPRIS_VCYCLE_CLOSE = 3
 } kapris_vcycle;
 
 /* What a start is doing. */
 typedef enum kapris_phase {
-  KAPRIS_PREPARING = 0,  /* between the others */
-  KAPRIS_COARSENING = 1, /* grouping the cells of a level */
-  KAPRIS_INITIAL = 2,    /* partitioning the coarsest level */
-  KAPRIS_REFINING = 3,   /* improving the partition of a level */
-  KAPRIS_BALANCING = 4   /* bringing parts within their limits */
+  /* Between the others. */
+  KAPRIS_PREPARING = 0,
+  /* Grouping the cells of a level. */
+  KAPRIS_COARSENING = 1,
+  /* Partitioning the coarsest level. */
+  KAPRIS_INITIAL = 2,
+  /* Improving the partition of a level. */
+  KAPRIS_REFINING = 3,
+  /* Bringing parts within their limits. */
+  KAPRIS_BALANCING = 4
 } kapris_phase;
 
-/* The name of a phase in lower case, such as "coarsening". Static text. */
+/* The name of a phase in lower case, such as "coarsening"; "unknown phase" for another number. Static text, which is
+ * not released. */
 KAPRIS_SAFE_API const char *kapris_phase_name(kapris_phase phase);
 
-/* A moment of a call, for kapris_options.progress. */
+/* A moment of a call, for kapris_options.progress. It lasts as long as the callback runs. */
 typedef struct kapris_progress {
-  int starts_done;    /* completed starts */
-  int starts;         /* of this call */
-  int64_t best;       /* objective of the best partition so far, -1 while there is none */
-  double seconds;     /* wall time since the call began */
-  double done;        /* estimate of the work done, 0 .. 1 */
-  kapris_phase phase; /* of the start that reports */
-  int level_cells;    /* cells of the level that it works on, 0 where there is none */
+  /* Starts that have ended, and starts of this call. */
+  int starts_done;
+  int starts;
+  /* Objective of the best partition that a start has made so far, -1 while there is none. Balanced partitions are
+   * better than others, so that it can rise. */
+  int64_t best;
+  /* Wall time since the call began. */
+  double seconds;
+  /* Estimate of the work done, 0 .. 1. */
+  double done;
+  /* What the start that reports is doing, and the cells of the level that it works on, 0 where there is none. */
+  kapris_phase phase;
+  int level_cells;
 } kapris_progress;
 
-/* How to partition. Fill with kapris_init_options, then change what differs. */
+/* Fill with kapris_init_options, then change what differs. */
 typedef struct kapris_options {
-  size_t size;                  /* sizeof(kapris_options), set by kapris_init_options */
-  kapris_scheme scheme;         /* KAPRIS_RECURSIVE */
-  kapris_objective objective;   /* KAPRIS_CUT */
-  kapris_coarsening coarsening; /* KAPRIS_ALTERNATE */
-  kapris_refinement refinement; /* KAPRIS_FM */
-  kapris_vcycle vcycle;         /* KAPRIS_VCYCLE_BEST */
-  int runs;                     /* >= 1; multilevel runs of each bisection or k-way partitioning: 10 */
-  int reconst;                  /* 1 = pieces of cut nets stay in the recursion: 0 */
-  int64_t seed;                 /* 0 .. 2^31-1; negative = from the clock (the result tells which): 0 */
-  double imbalance;    /* e >= 0: a part may weigh (1 + e) x its share of the total, rounded up: 0.03 */
-  int starts;          /* >= 1; independent starts, of which the best counts: 1 */
-  int first_start;     /* >= 0; number of the first of them, to spread starts over several calls: 0 */
-  int threads;         /* >= 1; threads that the call may use, the calling one included: 1 */
-  double time_limit;   /* wall seconds, 0 = none: 0 */
-  size_t memory_limit; /* bytes that the call may hold at once, 0 = none: 0 */
-  const volatile int *cancel; /* the call ends soon after *cancel becomes non-zero; or NULL */
-  void (*progress)(const kapris_progress *progress, void *user); /* or NULL; a few times per second */
-  void (*log)(const char *text, void *user);                     /* or NULL; receives the traces */
-  int log_level; /* bit mask of traces as in kapris.h, option 8: 0 */
-  void *user;    /* handed to progress and log */
-  int records;   /* 1 = the result holds trials and levels: 0 */
+  /* sizeof(kapris_options), set by kapris_init_options. */
+  size_t size;
+
+  /* Default KAPRIS_RECURSIVE. */
+  kapris_scheme scheme;
+  /* Default KAPRIS_CUT. */
+  kapris_objective objective;
+  /* Default KAPRIS_ALTERNATE. */
+  kapris_coarsening coarsening;
+  /* Default KAPRIS_FM. */
+  kapris_refinement refinement;
+  /* Default KAPRIS_VCYCLE_BEST. */
+  kapris_vcycle vcycle;
+  /* Multilevel runs of each bisection or k-way partitioning, >= 1. Default 10. */
+  int runs;
+  /* 1 = the pieces of cut nets stay in the recursion, 0 = they leave it. Default 0. */
+  int reconst;
+  /* 0 .. 2^31-1; negative = from the clock, and the result tells which. Default 0. */
+  int64_t seed;
+  /* A part may weigh (1 + imbalance) x its share of the total cell weight, rounded up; >= 0. Default 0.03. */
+  double imbalance;
+
+  /* Independent starts, of which the best counts, >= 1. Default 1. */
+  int starts;
+  /* Number of the first of them, >= 0, to spread starts over several calls; first_start + starts is at most 2^31-1.
+   * Default 0. */
+  int first_start;
+  /* Threads that the call may use, the calling one included, >= 1. Default 1. */
+  int threads;
+  /* Seconds of wall time after which the call ends, or 0 = none. Default 0. */
+  double time_limit;
+  /* Bytes that the call may hold at once, the result left out, or 0 = any number. Default 0. */
+  size_t memory_limit;
+  /* The call ends soon after *cancel becomes non-zero, which a callback, another thread or a signal handler may do; or
+   * NULL. Default NULL. */
+  const volatile int *cancel;
+
+  /* The callbacks run on any thread of the call, but never two at once. They must return, and must not call kapris. */
+
+  /* Called up to ten times per second, or NULL. Default NULL. */
+  void (*progress)(const kapris_progress *progress, void *user);
+  /* Receives the traces, in pieces that need not end with a line and last as long as the callback runs; or NULL.
+   * Default NULL. */
+  void (*log)(const char *text, void *user);
+  /* Sum of the traces that log receives: the numbers of option slot 8 in kapris.h, of which 32 gives nothing here.
+   * Default 0. */
+  int log_level;
+  /* Handed to progress and log. Default NULL. */
+  void *user;
+
+  /* 1 = the result holds trials and levels, else 0. Default 0. */
+  int records;
 } kapris_options;
 
-/* Callbacks are called by any thread of the call, but never by two at once. They must return and not call kapris. */
-
+/* Sets size and the defaults. *options belongs to the caller, must not be NULL, and holds nothing that would have to be
+ * released. Cannot fail. */
 KAPRIS_SAFE_API void kapris_init_options(kapris_options *options);
 
-/* What one start gave. */
+/* ------------------------------------------------------------------------------------------------------------------
+ * What a call gives */
+
+/* One start. */
 typedef struct kapris_start {
-  int64_t seed; /* that the start used */
+  /* The seed that it used: a call with one start and this seed repeats it. */
+  int64_t seed;
   int64_t cut;
   int64_t soed;
-  double imbalance; /* largest part weight over its share of the total, less 1 */
-  int balanced;     /* 1 = all parts within their limits */
-  int completed;    /* 0 = cut short: values of the best partition that it had, if any */
-  double seconds;   /* wall time */
-  int number;       /* first_start and up */
+  /* Largest part weight over its share of the total, less 1. */
+  double imbalance;
+  /* 1 = all parts within their limits. */
+  int balanced;
+  /* 0 = cut short: the figures are those of the best partition that it had, or 0 if it had none. */
+  int completed;
+  /* Wall time. */
+  double seconds;
+  /* first_start and up. */
+  int number;
 } kapris_start;
 
-/* One trial: a multilevel run of the first bisection of a start, or of its k-way partitioning; a round of kapris_refine.
- * Of a start with more than 1000, those after are left out unless they were among the best so far. */
+/* One trial: a multilevel run of the first bisection of a start, or of its k-way partitioning, or a round of
+ * kapris_refine. Of a start with more than 1000, those after are left out unless they were among the best so far. */
 typedef struct kapris_trial {
-  int start;        /* index into starts */
-  int number;       /* from 0 */
-  int64_t value;    /* what the trial minimised when it ended: the cut of the bisection, or the objective */
-  int64_t cycled;   /* the same after the V-cycles that came after the last trial; -1 where there were none */
-  double imbalance; /* of the sides of the bisection, or of the parts */
-  int best;         /* 1 = the start went on with its partition */
+  /* Index into starts. */
+  int start;
+  /* From 0. */
+  int number;
+  /* What the trial minimised when it ended: the cut of the bisection, or the objective. */
+  int64_t value;
+  /* The same after the V-cycles that came after the last trial; -1 where there were none. */
+  int64_t cycled;
+  /* Of the sides of the bisection, or of the parts. */
+  double imbalance;
+  /* 1 = the start went on with its partition. */
+  int best;
 } kapris_trial;
 
 /* One level on the road of the best trial of the best start, in the order of time. */
 typedef struct kapris_level {
-  kapris_phase
-      phase;  /* KAPRIS_COARSENING: made, without a partition; KAPRIS_INITIAL: the coarsest one with its first
-                         partition; KAPRIS_REFINING: refined */
-  int cycle;  /* 0 in the trial itself, 1 and up in its V-cycles */
-  int polish; /* 1 = of the refinement of all parts after the last bisection */
+  /* KAPRIS_COARSENING: the level was made, without a partition. KAPRIS_INITIAL: the coarsest level with its first
+   * partition. KAPRIS_REFINING: the level was refined. */
+  kapris_phase phase;
+  /* 0 in the trial itself, 1 and up in its V-cycles. */
+  int cycle;
+  /* 1 = of the refinement of all parts after the last bisection. */
+  int polish;
   int cells, nets, pins;
-  int64_t value;    /* what is minimised, on this level; -1 without a partition */
-  double imbalance; /* as in kapris_trial */
+  /* What is minimised, on this level; -1 without a partition. */
+  int64_t value;
+  /* As in kapris_trial. */
+  double imbalance;
 } kapris_level;
 
-/* Everything a call gives; owned by the caller, released by kapris_free_result. */
+/* Everything a call gives. It belongs to the caller, with its arrays, until kapris_free_result. Without a partition,
+ * part is NULL and only size, status, message, seconds and peak_bytes have a meaning. */
 typedef struct kapris_result {
+  /* sizeof(kapris_result) of the library. */
   size_t size;
   kapris_status status;
-  char message[256];           /* empty when the status is KAPRIS_OK */
-  int ncells, nparts, nstarts; /* lengths of the arrays */
-  int *part;                   /* [ncells] part of each cell; NULL when there is no partition */
+  /* Empty when the status is KAPRIS_OK. */
+  char message[256];
+
+  /* Lengths of the arrays. */
+  int ncells, nparts, nstarts;
+  /* [ncells] part of each cell, 0 .. nparts-1; NULL when there is no partition. */
+  int *part;
+
   int64_t cut;
   int64_t soed;
-  int64_t connectivity;  /* sum over the nets of (parts that it spans - 1) x weight */
-  int64_t *part_weights; /* [nparts] */
-  int64_t *part_limits;  /* [nparts] largest weight allowed by imbalance */
-  double imbalance;      /* largest part weight over its share of the total, less 1 */
-  int balanced;          /* 1 = all parts within their limits */
-  int64_t seed;          /* that the call used */
-  int best_start; /* index into starts of the one that gave part; -1: the given partition, or a simple one made
-                     before the first start ended */
-  kapris_start *starts;   /* [nstarts] */
-  double seconds;         /* wall time of the call */
-  double seconds_prepare; /* of it: checking and cleaning the input */
-  double seconds_starts;  /* of it: the starts */
+  int64_t connectivity;
+  /* [nparts] */
+  int64_t *part_weights;
+  /* [nparts] largest weight that imbalance allows: (1 + imbalance) x share x total cell weight, rounded up. */
+  int64_t *part_limits;
+  /* Largest part weight over its share of the total, less 1; 0 if all cells together weigh 0. */
+  double imbalance;
+  /* 1 = no part weighs more than its limit. */
+  int balanced;
+
+  /* The seed that the call used. */
+  int64_t seed;
+  /* Index into starts of the one that gave part; -1: the given partition, or a simple one made before the first start
+   * ended. */
+  int best_start;
+  /* [nstarts] */
+  kapris_start *starts;
+
+  /* Wall time of the call; of it, checking and cleaning the input, and the starts. */
+  double seconds;
+  double seconds_prepare;
+  double seconds_starts;
   /* What the starts spent on each phase: seconds of all threads added up, by kapris_phase. */
   double seconds_phase[5];
-  size_t peak_bytes; /* largest memory that the call held, the result left out */
-  /* With records, else empty. Without levels: a best_start of -1, or a start that was cut short in its first trial. */
+  /* Largest memory that the call held, the result left out. */
+  size_t peak_bytes;
+
+  /* With the option records, else none. There are no levels with a best_start of -1, nor if that start was cut short in
+   * its first trial. */
   int ntrials, nlevels;
-  kapris_trial *trials; /* [ntrials] by start, then by number */
-  kapris_level *levels; /* [nlevels] */
+  /* [ntrials] by start, then by number. */
+  kapris_trial *trials;
+  /* [nlevels] */
+  kapris_level *levels;
 } kapris_result;
 
-/* Partitions. *result always receives a result, except with the status KAPRIS_OUT_OF_MEMORY or
- * KAPRIS_INVALID_ARGUMENT, when it can be NULL because not even that could be made. The best start is the first
- * under: balanced before not balanced; then the smaller objective; then the smaller other objective; then the smaller
- * imbalance; then the smaller index. */
+/* ------------------------------------------------------------------------------------------------------------------
+ * The calls */
+
+/* Partitions the cells of *problem into nparts parts; minimises options->objective under the limits of the parts.
+ *
+ *   problem   what is to be partitioned
+ *   options   how
+ *   result    receives the result, whatever the status. Only with KAPRIS_OUT_OF_MEMORY it can receive NULL, because
+ *             not even the result could be made
+ *
+ * Returns the status, which the result holds too; KAPRIS_INVALID_ARGUMENT if result, problem or options is NULL.
+ *
+ * The best start is the first under: balanced before not balanced; then the smaller objective; then the smaller other
+ * objective; then the smaller imbalance; then the smaller index.
+ *
+ * Method: each start partitions as KAPRIS_PartRecursive or KAPRIS_PartKway does, see kapris.h for the sources, but with
+ * limits for the final parts and no use of the clock, and then moves or exchanges cells of parts above their limits. */
 KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
                                                kapris_result **result);
 
-/* Improves a partition: part[ncells] holds 0 .. nparts-1, and fixed cells in their parts. The result is never worse than
- * part under the order above, and part itself if nothing better was found. Each of the runs of each start goes on from
- * the best partition of the start so far; scheme tells two-way from k-way refinement only when nparts is 2, and
- * coarsening, reconst and, unless it is KAPRIS_VCYCLE_NEVER, vcycle do not matter. part is only read. */
+/* Improves a partition. The result is never worse than part under the order above, and part itself if nothing better
+ * was found.
+ *
+ *   problem, options, result   as above
+ *   part                       [ncells] 0 .. nparts-1, with fixed cells in their parts; only read. It can be NULL if
+ *                              ncells is 0
+ *
+ * Returns the status, as kapris_partition does.
+ *
+ * Parts above their limits are repaired first. Then each of the runs of each start goes on from the best partition of
+ * the start so far: passes, then V-cycles unless vcycle is KAPRIS_VCYCLE_NEVER. Two parts are refined by the passes of
+ * bisections with KAPRIS_RECURSIVE, by those of k-way partitioning with KAPRIS_KWAY; more parts always by the latter.
+ * coarsening, reconst and the other values of vcycle do not matter.
+ *
+ * Method: the passes and V-cycles of kapris_partition. */
 KAPRIS_SAFE_API kapris_status kapris_refine(const kapris_problem *problem, const kapris_options *options,
                                             const int *part, kapris_result **result);
 
-/* Releases a result; NULL is allowed. */
+/* Releases a result with all its arrays; NULL is allowed. Cannot fail. */
 KAPRIS_SAFE_API void kapris_free_result(kapris_result *result);
 
 #ifdef __cplusplus

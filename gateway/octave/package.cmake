@@ -9,7 +9,8 @@ file(COPY ${SOURCE}/gateway/octave/ DESTINATION ${package}
   PATTERN package.cmake EXCLUDE
   PATTERN *.in EXCLUDE)
 file(COPY ${SOURCE}/gateway/gateway.cpp ${SOURCE}/gateway/host.h DESTINATION ${package}/src)
-file(COPY ${SOURCE}/lib DESTINATION ${package}/src FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.hpp)
+file(COPY ${SOURCE}/include ${SOURCE}/lib DESTINATION ${package}/src
+  FILES_MATCHING PATTERN *.cpp PATTERN *.h PATTERN *.hpp)
 file(COPY_FILE ${SOURCE}/LICENSE ${package}/COPYING)
 # SOURCE_DATE_EPOCH, where it is set, decides the date.
 string(TIMESTAMP date %Y-%m-%d UTC)

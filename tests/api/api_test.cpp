@@ -178,7 +178,7 @@ static Instance Miscounted()
   return instance;
 }
 
-static std::vector<int> ClassicPart(const Instance &instance)
+static std::vector<int> PlainPart(const Instance &instance)
 {
   const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
   const int options[9] = {1, 1, 1, 1, 1, 0, 0, 1, 8};
@@ -200,7 +200,7 @@ TEST(api, the_calling_thread_goes_on_as_if_nothing_had_happened)
   wrong.options.runs = 0;
 
   testing::internal::CaptureStdout();
-  const std::vector<int> usual = ClassicPart(miscounted);
+  const std::vector<int> usual = PlainPart(miscounted);
   const std::string traces = testing::internal::GetCapturedStdout();
   EXPECT_NE(traces.find("The mincut for this bisection"), std::string::npos);
   EXPECT_NE(traces.find("Wrong cut!"), std::string::npos);
@@ -218,7 +218,7 @@ TEST(api, the_calling_thread_goes_on_as_if_nothing_had_happened)
     EXPECT_EQ(RandomDraw(), second);
 
     testing::internal::CaptureStdout();
-    EXPECT_EQ(ClassicPart(miscounted), usual);
+    EXPECT_EQ(PlainPart(miscounted), usual);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), traces);
   }
 }

@@ -20,9 +20,9 @@ struct Outcome {
 
 static const Instance circuit = Circuit(70);
 static const EntryPoint entries[] = {REFINE2, REFINEK, RECURSIVE, INTERNAL, KWAY};
-static const int NREFINING = 2, NCLASSIC = 5, NSAFE = 8;
+static const int NREFINING = 2, NPLAIN = 5, NSAFE = 8;
 
-static Outcome CallClassic(int number)
+static Outcome CallPlain(int number)
 {
   const std::vector<int> netptr = circuit.NetPtr(), netind = circuit.NetInd();
   const int nparts = number == 0 ? 2 : 5, options[9] = {1, 2, 1, 1, 1, 0, 0, 7, 0};
@@ -57,15 +57,15 @@ static Outcome CallSafe(int number)
 // sequence. The others begin at a number that differs from thread to thread.
 static void CallAll(std::vector<Outcome> *outcomes, int first)
 {
-  const int nothers = NCLASSIC - NREFINING + NSAFE;
+  const int nothers = NPLAIN - NREFINING + NSAFE;
 
   for (int i = 0; i < NREFINING; i++)
-    outcomes->push_back(CallClassic(i));
-  outcomes->resize(NCLASSIC + NSAFE);
+    outcomes->push_back(CallPlain(i));
+  outcomes->resize(NPLAIN + NSAFE);
   for (int i = 0; i < nothers; i++) {
     const int which = NREFINING + (first + i) % nothers;
     (*outcomes)[static_cast<std::size_t>(which)] =
-        which < NCLASSIC ? CallClassic(which) : CallSafe(which - NCLASSIC);
+        which < NPLAIN ? CallPlain(which) : CallSafe(which - NPLAIN);
   }
 }
 
@@ -83,7 +83,7 @@ TEST(threads, calls_at_once_give_what_they_give_alone)
 
   for (std::vector<Outcome> &outcome : outcomes) {
     // Seeded from the clock.
-    const Outcome kway = std::exchange(outcome[NCLASSIC - 1], alone[NCLASSIC - 1]);
+    const Outcome kway = std::exchange(outcome[NPLAIN - 1], alone[NPLAIN - 1]);
     EXPECT_EQ(kway.cut, CutOf(circuit, kway.part));
     EXPECT_LT(*std::max_element(kway.part.begin(), kway.part.end()), 5);
     EXPECT_GE(*std::min_element(kway.part.begin(), kway.part.end()), 0);

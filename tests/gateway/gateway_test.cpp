@@ -1,5 +1,5 @@
-// tests/gateway/gateway_test.cpp - the gateway in a host of our own: what it refuses and in which order, what it cuts, and
-// that it gives what the library gives.
+// tests/gateway/gateway_test.cpp - the gateway in a host of our own: what it refuses and in which order, what it cuts,
+// and that it gives what the library gives.
 // SPDX-License-Identifier: MIT
 
 #include "kapris.h"
@@ -181,8 +181,8 @@ TEST(gateway, ends_with_the_library)
       testing::ExitedWithCode(0), "netind.1. is 7, but a pin should be at least 0 and below ncells");
 }
 
-// Memory of the library ends the process with its message, which is thrown here; that of the host is an error of the host.
-// The next call is right.
+// Memory of the library ends the process with its message, which is thrown here; that of the host is an error of the
+// host. The next call is right.
 TEST(gateway, any_allocation_may_fail)
 {
   const std::vector<mxArray> inputs = {

@@ -3,7 +3,8 @@
 
 usage: interrupt.py
 
-The library's threads must end, the prompt must come back, and the workspace must be as it was; then calls go on working.
+The library's threads must end, the prompt must come back, and the workspace must be as it was; then calls go on
+working.
 """
 # SPDX-License-Identifier: MIT
 import os

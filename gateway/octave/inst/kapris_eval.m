@@ -8,7 +8,7 @@
 ## @code{cell_weights}, @code{net_weights}, @code{part_shares} and @code{imbalance} matter.  There are as many parts as
 ## the largest number in @var{part} says, or @code{part_shares} if it has more entries, and at least 2.
 ##
-## The figures are counted from the matrix, without the library:
+## The figures are counted from the matrix, without the library; all sums are exact:
 ##
 ## @table @code
 ## @item cut
@@ -24,7 +24,7 @@
 ## @item imbalance
 ## The largest of these over its share of the total, less 1.
 ## @item balanced
-## Whether no part weighs more than (1 + @code{imbalance}) times its share, rounded up.
+## Whether no part weighs more than (1 + @code{imbalance}) times its share of the total, rounded up.
 ## @end table
 ##
 ## @example
@@ -52,23 +52,36 @@ function figures = kapris_eval (A, part, options = struct ())
   if (isempty (set.net_weights))
     set.net_weights = ones (nnets, 1);
   endif
-  if (isempty (set.part_shares))
-    set.part_shares = repmat (1 / nparts, nparts, 1);
-  endif
 
   ## How many parts every net is in.
   spans = full (sum (sparse (part(cells), nets, true, nparts, nnets), 1))(:);
   cut = spans > 1;
   weights = accumarray (part, set.cell_weights, [nparts, 1])';
-  expected = set.part_shares' * sum (weights);
+  [expected, limits] = targets (set, sum (weights));
   figures = struct ("cut", sum (set.net_weights(cut)), "soed", sum (spans(cut) .* set.net_weights(cut)), ...
                     "connectivity", sum ((spans(cut) - 1) .* set.net_weights(cut)), "cut_nets", sum (cut), ...
                     "part_weights", weights, "imbalance", 0);
   if (sum (weights) > 0)
     figures.imbalance = max (0, max (weights ./ expected - 1));
   endif
-  ## A hair above a whole number is rounding error of the product.
-  figures.balanced = all (weights <= ceil ((1 + set.imbalance) * expected * (1 - 1e-12)));
+  figures.balanced = all (weights <= limits);
+endfunction
+
+## What the parts should weigh, and what they may.
+function [expected, limits] = targets (set, total)
+  if (isempty (set.part_shares))
+    expected = repmat (total / set.nparts, 1, set.nparts);
+  else
+    expected = set.part_shares' * total;
+  endif
+  if (isempty (set.part_shares) && set.imbalance == 0)
+    rest = mod (total, set.nparts);
+    limits = repmat ((total - rest) / set.nparts + (rest > 0), 1, set.nparts);
+  else
+    ## A hair above a whole number is rounding error of the product.
+    limits = (1 + set.imbalance) * expected;
+    limits = ceil (limits - min (1e-12 * limits, 2^-8));
+  endif
 endfunction
 
 %!test
@@ -87,6 +100,77 @@ endfunction
 %! assert (! figures.balanced);
 %! options.imbalance = 1/3;
 %! assert (kapris_eval (A, [1, 2, 2, 1, 1], options).balanced);
+
+%!test
+%! ## large weights: the same in integers of 64 bits, net by net and cell by cell
+%! state = rand ("state");  rand ("state", 5);
+%! A = sprand (60, 90, 0.06) != 0;
+%! part = ceil (3 * rand (1, 60));
+%! options.cell_weights = 2^40 + floor (2^20 * rand (1, 60));
+%! options.net_weights = 2^44 + floor (2^30 * rand (1, 90));
+%! rand ("state", state);
+%! cut = soed = connectivity = int64 (0);
+%! for j = 1:columns (A)
+%!   spans = numel (unique (part(A(:, j))));
+%!   if (spans > 1)
+%!     weight = int64 (options.net_weights(j));
+%!     cut += weight;
+%!     soed += spans * weight;
+%!     connectivity += (spans - 1) * weight;
+%!   endif
+%! endfor
+%! weights = zeros (1, 3, "int64");
+%! for i = 1:rows (A)
+%!   weights(part(i)) += options.cell_weights(i);
+%! endfor
+%! figures = kapris_eval (A, part, options);
+%! assert (int64 ([figures.cut, figures.soed, figures.connectivity]), [cut, soed, connectivity]);
+%! assert (int64 (figures.part_weights), weights);
+%! assert (cut > 2^48 && any (mod ([cut, soed], 1024) != 0));
+
+%!test
+%! ## limits of parts to the unit, up to totals of 2^53
+%! for total = [7, 2^41 + 1, 2^52 + 3, 2^53]
+%!   for nparts = [2, 3, 300]
+%!     high = (total - mod (total, nparts)) / nparts + (mod (total, nparts) > 0);
+%!     options = struct ("imbalance", 0, "cell_weights", [high, total - high, zeros(1, nparts - 2)]);
+%!     expected = total - high <= high;
+%!     assert (kapris_eval (sparse (nparts, 0), 1:nparts, options).balanced, expected);
+%!     options.cell_weights(1:2) = [high + 1, total - high - 1];
+%!     assert (! kapris_eval (sparse (nparts, 0), 1:nparts, options).balanced);
+%!   endfor
+%! endfor
+%! options = struct ("imbalance", 0.5, "cell_weights", [3 * 2^50, 2^50]);
+%! assert (kapris_eval (sparse (2, 0), [1, 2], options).balanced);
+%! options.cell_weights += [1, -1];
+%! assert (! kapris_eval (sparse (2, 0), [1, 2], options).balanced);
+
+%!test
+%! ## totals of 2^53 are exact, totals of 2^53 + 1 are refused
+%! A = sparse ([1, 0; 1, 1; 0, 1; 0, 1]);
+%! options.cell_weights = [2^53 - 3, 1, 1, 1];
+%! options.net_weights = [2^52 - 3, 2];
+%! figures = kapris_eval (A, 1:4, options);
+%! assert (figures.part_weights, options.cell_weights);
+%! assert ([figures.cut, figures.soed, figures.connectivity], [2^52 - 1, 2^53, 2^52 + 1]);
+%! options.cell_weights = [2^53, 0, 0, 0];
+%! assert (kapris_eval (A, 1:4, options).part_weights(1), 2^53);
+
+%!error <cell_weights\(4\) is 1: the total cell weight is then above 9007199254740992>
+%! kapris_eval (speye (4), 1:4, struct ("cell_weights", [2^53 - 2, 1, 1, 1]))
+%!error <net_weights\(2\) is 3: the sum of net weight x min\(pins, nparts\) is then above 9007199254740992>
+%! kapris_eval (sparse ([1, 1; 1, 1; 0, 1]), 1:3, struct ("net_weights", [2^52 - 4, 3]))
+%!error <net_weights\(1\) is 9007199254740992: the sum of net weight x min\(pins, nparts\) is then above>
+%! kapris_eval (sparse (ones (4096, 4096)), 1:4096, struct ("net_weights", repmat (2^53, 1, 4096)))
+%!error <cell_weights\(2\) is 9007199254740994, but it should be a whole number from 0 to 9007199254740992>
+%! kapris_eval (speye (3), 1:3, struct ("cell_weights", [1, 2^53 + 2, 1]))
+%!error <cell_weights\(2\) is 9007199254740993, but>
+%! kapris_eval (speye (3), 1:3, struct ("cell_weights", int64 ([1, 2^53, 1]) + int64 ([0, 1, 0])))
+%!error <net_weights\(3\) is 18446744073709551615, but>
+%! kapris_eval (speye (3), 1:3, struct ("net_weights", [0, 0, intmax("uint64")]))
+%!error <net_weights\(3\) is 1099511627776.5, but>
+%! kapris_eval (speye (3), 1:3, struct ("net_weights", [0, 0, 2^40 + 0.5]))
+%!error <cell_weights\(1\) is NaN, but> kapris_eval (speye (3), 1:3, struct ("cell_weights", [NaN, 0, 0]))
 
 %!error id=Octave:invalid-fun-call kapris_eval (speye (3))
 %!error <part has 2 entries, but there are 3 cells> kapris_eval (speye (3), [1, 2])

@@ -3,17 +3,18 @@
 ## @deftypefnx {} {[@var{part}, @var{info}] =} kapris_partition (@var{A}, @var{nparts}, @var{options})
 ## Partition the rows or the columns of the sparse matrix @var{A} into @var{nparts} parts of nearly equal weight.
 ##
-## Only the pattern of @var{A} matters; it can be rectangular.  @var{part} is a column vector with the part of every cell,
-## a number from 1 to @var{nparts}.  @var{options} is a struct with any of these fields:
+## Only the pattern of @var{A} matters; it can be rectangular.  @var{part} is a column vector with the part of every
+## cell, a number from 1 to @var{nparts}.  @var{options} is a struct with any of these fields:
 ##
 ## @table @code
 ## @item net
 ## @qcode{"column"} (default): every column is a net and the @strong{rows} are the cells that are partitioned.
 ## @qcode{"row"}: every row is a net and the @strong{columns} are partitioned.
 ## @item cell_weights
-## A whole number of at least 0 for every cell; [] means that all are 1.
+## A whole number from 0 to 2^53 for every cell; [] means that all are 1.  Their sum is at most 2^53.
 ## @item net_weights
-## The same for every net.
+## The same for every net.  The sum over the nets of weight times the smaller of @var{nparts} and the cells of the net
+## is at most 2^53.  Within these limits all sums in @var{info} are exact.
 ## @item fixed
 ## For every cell the part that it must be in, or 0 for a free cell.
 ## @item part_shares
@@ -23,8 +24,8 @@
 ## @item initial
 ## A partition to improve.  The result is never worse.
 ## @item objective
-## @qcode{"cut"} (default): the weight of nets in more than one part.  @qcode{"soed"}: the sum of external degrees, which
-## counts such a net once for every part that it is in.
+## @qcode{"cut"} (default): the weight of nets in more than one part.  @qcode{"soed"}: the sum of external degrees,
+## which counts such a net once for every part that it is in.
 ## @item scheme
 ## @qcode{"recursive"} bisection (default), or direct @qcode{"kway"} partitioning.
 ## @item seed
@@ -81,7 +82,7 @@ function [part, info] = kapris_partition (A, nparts, options = struct ())
              set.imbalance, set.starts, set.first_start, set.threads, set.time_limit, set.memory_limit];
   try
     [status, message, part, figures, weights, limits, starts] = ...
-      __kapris__ (set.nets, set.nparts, numbers, int32 (set.cell_weights), int32 (set.net_weights), ...
+      __kapris__ (set.nets, set.nparts, numbers, int64 (set.cell_weights), int64 (set.net_weights), ...
                   int32 (set.fixed - 1), set.part_shares, int32 (set.initial - 1));
   catch fault
     ## The host had no memory for the result.
@@ -195,7 +196,7 @@ endfunction
 %!error <imbalance is Inf, but it should be at most> kapris_partition (A, 2, struct ("imbalance", Inf))
 %!error <cell_weights has 3 entries, but there are 900 cells> kapris_partition (A, 2, struct ("cell_weights", 1:3))
 %!error <net_weights has 3 entries, but there are 120 nets> kapris_partition (B, 2, struct ("net_weights", 1:3))
-%!error <cell_weights\(2\) is -1, but it should be a whole number from 0>
+%!error <cell_weights\(2\) is -1, but it should be a whole number from 0 to 9007199254740992>
 %! kapris_partition (speye (3), 2, struct ("cell_weights", [1, -1, 1]))
 %!error <fixed\(3\) is 3, but it should be a whole number from 0 to 2>
 %! kapris_partition (speye (3), 2, struct ("fixed", [1, 0, 3]))
@@ -206,4 +207,5 @@ endfunction
 %!error <the sum of part_shares is 0.9, but it should be 1>
 %! kapris_partition (speye (3), 2, struct ("part_shares", [0.4, 0.5]))
 %!error id=kapris:memoryLimit kapris_partition (A, 8, struct ("memory_limit", 1e4))
-%!error <twice the total cell weight is then> kapris_partition (speye (3), 2, struct ("cell_weights", [2^30, 2^30, 1]))
+%!error <first_start is 2147483647, but first_start and starts, which is 1, should add up to at most 2147483647>
+%! kapris_partition (speye (3), 2, struct ("first_start", 2^31 - 1))

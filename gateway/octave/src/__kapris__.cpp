@@ -4,9 +4,10 @@
 //   [status, message, part, figures, weights, limits, starts] =
 //     __kapris__ (S, nparts, numbers, cell_weights, net_weights, fixed, part_shares, initial)
 //
-// Columns of S are nets. numbers are the options in the order of OptionsOf; cell_weights, net_weights, fixed and initial
-// are int32 arrays numbered from 0, part_shares is double, and [] stands for the default. kapris_partition.m has checked
-// the values; what is checked here keeps a call from elsewhere from reading beyond an array.
+// Columns of S are nets. numbers are the options in the order of OptionsOf; cell_weights and net_weights are int64
+// arrays, fixed and initial int32 arrays with parts from 0, part_shares is double, and [] stands for the default.
+// kapris_partition.m has checked the values; what is checked here keeps a call from elsewhere from reading beyond an
+// array. As it lets no total exceed 2^53, the figures are exact as doubles.
 //
 // Octave's error functions leave by a jump or an exception. So outputs are made before the library is called, and
 // nothing of Octave is called while memory of the library or of malloc is held.
@@ -39,13 +40,23 @@ static void Refuse(const char *what)
   mexErrMsgIdAndTxt("kapris:internal", "%s is not what kapris_partition passes", what);
 }
 
-static const int *IntsOf(const mxArray *array, int length, const char *what)
+static const void *NumbersOf(const mxArray *array, mxClassID type, int length, const char *what)
 {
   if (mxIsEmpty(array))
     return nullptr;
-  if (!mxIsInt32(array) || mxGetNumberOfElements(array) != static_cast<std::size_t>(length))
+  if (mxGetClassID(array) != type || mxGetNumberOfElements(array) != static_cast<std::size_t>(length))
     Refuse(what);
-  return static_cast<const int *>(mxGetData(array));
+  return mxGetData(array);
+}
+
+static const int *IntsOf(const mxArray *array, int length, const char *what)
+{
+  return static_cast<const int *>(NumbersOf(array, mxINT32_CLASS, length, what));
+}
+
+static const std::int64_t *WeightsOf(const mxArray *array, int length, const char *what)
+{
+  return static_cast<const std::int64_t *>(NumbersOf(array, mxINT64_CLASS, length, what));
 }
 
 static const double *DoublesOf(const mxArray *array, std::size_t length, const char *what)
@@ -85,8 +96,8 @@ static kapris_problem ProblemOf(const mxArray *const *arguments)
   problem.ncells = static_cast<int>(mxGetM(arguments[MATRIX]));
   problem.nnets = static_cast<int>(mxGetN(arguments[MATRIX]));
   problem.nparts = static_cast<int>(mxGetScalar(arguments[NPARTS]));
-  problem.cell_weights = IntsOf(arguments[CELL_WEIGHTS], problem.ncells, "cell_weights");
-  problem.net_weights = IntsOf(arguments[NET_WEIGHTS], problem.nnets, "net_weights");
+  problem.cell_weights = WeightsOf(arguments[CELL_WEIGHTS], problem.ncells, "cell_weights");
+  problem.net_weights = WeightsOf(arguments[NET_WEIGHTS], problem.nnets, "net_weights");
   problem.fixed = IntsOf(arguments[FIXED], problem.ncells, "fixed");
   if (!mxIsEmpty(arguments[PART_SHARES]))
     problem.part_shares =
@@ -137,8 +148,8 @@ static void FillOutputs(mxArray *const *outputs, const kapris_result *result)
 // ----------------------------------------------------------------------------------------------------------
 // The call
 
-// Any thread of the call may come here; nothing of Octave but its flag is touched. It is above 0 while an interrupt waits
-// to be handled; cleaning up after one is not interrupted again.
+// Any thread of the call may come here; nothing of Octave but its flag is touched. It is above 0 while an interrupt
+// waits to be handled; cleaning up after one is not interrupted again.
 static void Watch(const kapris_progress *, void *user)
 {
   if (octave_interrupt_state > 0)

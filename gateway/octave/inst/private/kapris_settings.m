@@ -5,6 +5,8 @@
 ##
 ## Returns all options with their defaults, words as numbers from 0 (net: 0 = column) and arrays as columns, together
 ## with nets, whose columns are the nets and whose rows are the cells. Errors name the caller and the option.
+##
+## No total of weights is above 2^53, so that whoever adds them up gets exact figures in doubles.
 
 function set = kapris_settings (caller, A, nparts, options)
   ## Choices, in the order of the C interface; the first is the default, except for vcycle.
@@ -16,6 +18,7 @@ function set = kapris_settings (caller, A, nparts, options)
     "refinement", {{"fm", "one-way-fm", "early-exit-fm"}},
     "vcycle",     {{"never", "best", "improving", "close"}});
   persistent most = 2^31 - 1;
+  persistent most_weight = 2^53;
   ## Default, smallest, largest, and whether it has to be a whole number.
   persistent numbers = struct (
     "runs",         [10, 1, most, true],
@@ -66,7 +69,8 @@ function set = kapris_settings (caller, A, nparts, options)
     set.nets = A;
   endif
   counts = struct ("cell", rows (set.nets), "net", columns (set.nets), "part", set.nparts);
-  highest = struct ("cell_weights", most, "net_weights", most, "fixed", nparts, "initial", nparts, "part_shares", 1);
+  highest = struct ("cell_weights", most_weight, "net_weights", most_weight, "fixed", nparts, "initial", nparts, ...
+                    "part_shares", 1);
   for [values, name] = arrays
     if (isfield (options, name) && ! isempty (options.(name)))
       set.(name) = check_array (caller, name, options.(name), counts.(values{2}), values{2}, values{1}, highest.(name));
@@ -75,6 +79,10 @@ function set = kapris_settings (caller, A, nparts, options)
   if (abs (sum (set.part_shares) - 1) > 1e-6 && ! isempty (set.part_shares))
     refuse (caller, "the sum of part_shares is %.9g, but it should be 1", sum (set.part_shares));
   endif
+  check_total (caller, "cell_weights", set.cell_weights, 1, "the total cell weight", most_weight);
+  ## No figure counts a net more often than for each of its pins and for each part.
+  times = min (full (sum (set.nets != 0, 1))(:), set.nparts);
+  check_total (caller, "net_weights", set.net_weights, times, "the sum of net weight x min(pins, nparts)", most_weight);
 endfunction
 
 function refuse (caller, format, varargin)
@@ -117,15 +125,41 @@ function array = check_array (caller, name, value, n, what, low, high)
   elseif (numel (value) != n)
     refuse (caller, "%s has %d entries, but there are %d %ss", name, numel (value), n, what);
   endif
-  array = double (full (value(:)));
+  ## Checked as they came: a double does not hold every integer of 64 bits.
+  value = full (value(:));
   if (strcmp (what, "part"))
-    at = find (! (array > low & array <= high), 1);
+    at = find (! (value > low & value <= high), 1);
     should = "above 0 and at most 1";
   else
-    at = find (! (array >= low & array <= high & array == fix (array)), 1);
+    at = find (! (value >= low & value <= high & value == fix (value)), 1);
     should = sprintf ("a whole number from %d to %d", low, high);
   endif
   if (! isempty (at))
-    refuse (caller, "%s(%d) is %g, but it should be %s", name, at, array(at), should);
+    refuse (caller, "%s(%d) is %s, but it should be %s", name, at, digits (value(at)), should);
+  endif
+  array = double (value);
+endfunction
+
+## Refuses at the entry that takes the sum of weights .* times above high.
+function check_total (caller, name, weights, times, what, high)
+  if (isempty (weights))
+    return;
+  endif
+  ## In integers, which stop at 2^63 - 1: sums of doubles would stop at high itself where 1 is added.
+  at = find (cumsum (int64 (weights) .* int64 (times), "native") > high, 1);
+  if (! isempty (at))
+    refuse (caller, "%s(%d) is %d: %s is then above %d", name, at, weights(at), what, high);
+  endif
+endfunction
+
+## A number with as many digits as it takes to tell it from others.
+function text = digits (number)
+  if (isinteger (number))
+    text = strtrim (disp (number));
+  else
+    text = sprintf ("%.15g", number);
+    if (str2double (text) != number)
+      text = sprintf ("%.17g", number);
+    endif
   endif
 endfunction
