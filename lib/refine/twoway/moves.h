@@ -93,9 +93,8 @@ inline FMChange *FM_FindFree(const FMNet *net, const signed char *place, int sid
 // The move of c in a pass that recomputes all gains: only those of free cells are kept up to date. Once both sides of a
 // net have a locked pin it stays cut until the pass ends, so no free cell can gain or lose by it any more: its counts,
 // which are negative then, ask for nothing.
-// First the changes are collected, then the cells are queued anew in the same order. Not inlined: beside the rest of a
-// pass there are not registers enough for its loops.
-__attribute__((noinline)) inline void FM_UpdateFree(FMState *fm, int c, int from, int to)
+// First the changes are collected, then the cells are queued anew in the same order.
+inline void FM_UpdateFree(FMState *fm, int c, int from, int to)
 {
   const signed char *place = fm->place;
   FMChange *changes = fm->changes;
