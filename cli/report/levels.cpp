@@ -6,6 +6,7 @@
 #include "report/pictures.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace kapris_cli
 {
@@ -94,7 +95,8 @@ static std::string DrawLevels(const ReportData &data, std::vector<ReportLevel> l
     levels.resize(most_steps);
   }
   const std::vector<Stage> stages = StagesOf(levels);
-  double least = 1e18, most = 1.0, low = 1e18, high = 0.0, off = 0.0;
+  constexpr double none = std::numeric_limits<double>::infinity();
+  double least = none, most = 1.0, low = none, high = 0.0, off = 0.0;
   Svg svg = {494.0, ""};
 
   for (const ReportLevel &level : levels) {
