@@ -50,7 +50,12 @@ static int GridCells(const Recipe &recipe)
   return static_cast<int>(layer * recipe.depth);
 }
 
+namespace
+{
+
 using DrawSize = std::function<int(Random *)>;
+
+} // namespace
 
 // Nets of 2 .. max_size cells: the first size at which the sum of the frequencies so far exceeds a random share.
 static DrawSize PowerlawSizes(const Recipe &recipe)

@@ -23,12 +23,17 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct HgrHeader {
   int nnets;
   int ncells;
   bool netweights;
   bool cellweights;
 };
+
+} // namespace
 
 // A net is at least the end of its line, a weight at least a digit more. The last line may lack its end.
 static void CheckCounts(const Scan &header_line, long long left, const HgrHeader &header)

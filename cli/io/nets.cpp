@@ -14,7 +14,12 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 using PinPlaces = std::vector<std::pair<int, const char *>>;
+
+} // namespace
 
 // A total above most_weight stays as it is: more than one fault about it would say nothing new.
 std::int64_t ReadWeight(Scan *scan, const char *what, std::int64_t *total)

@@ -13,6 +13,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct PatohHeader {
   int base;
   int ncells;
@@ -21,6 +24,8 @@ struct PatohHeader {
   bool cellweights;
   bool netweights;
 };
+
+} // namespace
 
 // A number that may be missing at the end of the header.
 static int ReadOptional(Scan *scan, const char *what, int lowest, int highest, int missing)

@@ -26,11 +26,16 @@ static std::vector<int> UsedNumbers(const std::vector<int> &part)
   return numbers;
 }
 
+namespace
+{
+
 // The parts in use and, for each cell, which of them it is in.
 struct Placement {
   std::vector<int> numbers;
   std::vector<size_t> slot;
 };
+
+} // namespace
 
 static Placement Place(const std::vector<int> &part)
 {

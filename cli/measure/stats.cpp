@@ -21,7 +21,12 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 using Cells = std::span<const int>;
+
+} // namespace
 
 static Cells CellsOf(const Hgr &sets, size_t net)
 {

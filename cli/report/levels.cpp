@@ -13,11 +13,16 @@ namespace kapris_cli
 
 static constexpr size_t most_steps = 1500;
 
+namespace
+{
+
 // The steps of one V-cycle, or of the polish.
 struct Stage {
   size_t first, end;
   std::string name;
 };
+
+} // namespace
 
 static std::vector<Stage> StagesOf(const std::vector<ReportLevel> &levels)
 {

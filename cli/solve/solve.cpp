@@ -29,8 +29,13 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 // Bits of the library's traces.
 enum { TRACE_RUNS = 8 | 16, TRACE_LEVELS = 1 | 2 | 4 | 128 };
+
+} // namespace
 
 static void CheckStreams(const Request &request)
 {

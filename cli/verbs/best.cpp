@@ -29,6 +29,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct BestRequest {
   std::vector<std::string> files;
   std::string out, json;
@@ -41,6 +44,8 @@ struct SavedResult {
 };
 
 using StartsByNumber = std::map<long long, Json>;
+
+} // namespace
 
 static Json At(const Json &json, const char *key)
 {

@@ -26,6 +26,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct ConvertRequest {
   Input input;
   std::string out;
@@ -33,6 +36,8 @@ struct ConvertRequest {
   bool drop_weights = false;
   bool drop_repeats = false;
 };
+
+} // namespace
 
 static Format OutputFormat(const ConvertRequest &request)
 {

@@ -30,6 +30,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct EvalRequest {
   Input input;
   std::string parts;
@@ -51,6 +54,8 @@ struct Evaluation {
   std::vector<CutNet> nets;   // for the matrix and the list of nets
   std::vector<std::vector<std::int64_t>> matrix;
 };
+
+} // namespace
 
 static constexpr int most_matrix = 4096;
 static constexpr size_t most_misplaced = 5;

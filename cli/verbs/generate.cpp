@@ -23,12 +23,17 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct GenerateRequest {
   Recipe recipe;
   std::string kind;
   std::string out;
   std::string partition; // empty: the planted parts are not written
 };
+
+} // namespace
 
 static constexpr int most = 1 << 30;
 

@@ -20,10 +20,15 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct StatsRequest {
   Input input;
   std::string json; // empty: none
 };
+
+} // namespace
 
 static std::string FormatMedian(const Json &median)
 {
