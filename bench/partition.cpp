@@ -16,6 +16,8 @@
 
 #include <charconv>
 #include <chrono>
+#include <cinttypes>
+#include <climits>
 #include <cstdio>
 #include <ctime>
 #include <fstream>
@@ -23,6 +25,7 @@
 #include <string_view>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <vector>
 
 using kapris_cli::Failure;
 
@@ -105,6 +108,16 @@ static void SetOption(std::string_view text, int *options)
                     "' is not one of nruns=N, ctype=N, rtype=N, vcycle=N and reconst=N"};
 }
 
+// As the entry points take them.
+static std::vector<int> Narrow(const std::string &name, const std::vector<std::int64_t> &weights)
+{
+  for (const std::int64_t weight : weights)
+    if (weight > INT_MAX)
+      throw Failure{kapris_cli::EXIT_MALFORMED,
+                    name + ": a weight of " + std::to_string(weight) + " leaves 32 bits"};
+  return {weights.begin(), weights.end()};
+}
+
 static int Run(int argc, char **argv)
 {
   using namespace kapris_cli;
@@ -117,6 +130,7 @@ static int Run(int argc, char **argv)
   for (int i = 6; i < argc; i++)
     SetOption(argv[i], options);
   const Hgr hgr = ReadHgr(name, OpenText(name).bytes);
+  const std::vector<int> cellwgts = Narrow(name, hgr.cellwgts), netwgts = Narrow(name, hgr.netwgts);
   const auto pointer = [](const std::vector<int> &x) { return x.empty() ? nullptr : x.data(); };
   std::vector<int> part(static_cast<std::size_t>(hgr.ncells));
   int reported = -1;
@@ -129,18 +143,18 @@ static int Run(int argc, char **argv)
   const auto start = std::chrono::steady_clock::now();
   const double cpu = CpuSeconds(Usage());
   const auto entry = scheme == "recursive" ? KAPRIS_PartRecursive : KAPRIS_PartKway;
-  entry(hgr.ncells, hgr.nnets, pointer(hgr.cellwgts), hgr.netptr.data(), hgr.netind.data(),
-        pointer(hgr.netwgts), nparts, ubfactor, options, part.data(), &reported);
+  entry(hgr.ncells, hgr.nnets, pointer(cellwgts), hgr.netptr.data(), hgr.netind.data(), pointer(netwgts),
+        nparts, ubfactor, options, part.data(), &reported);
   const double cpuend = CpuSeconds(Usage());
   const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
   const double peak = PeakMegabytes();
   std::fflush(stdout);
   dup2(saved, STDOUT_FILENO);
 
-  const Measures measures = Measure(hgr, part);
-  std::printf("%d,%d,%zu,%d,%lld,%lld,%.4f,%.4f,%.4f,%.1f,%d,%s\n", hgr.ncells, hgr.nnets, hgr.netind.size(),
-              reported, measures.cut, measures.soed, Imbalance(measures, nparts), cpuend - cpu, wall.count(),
-              peak, CountLines(printed), HashOf(part).c_str());
+  const Measures measures = Measure(name, hgr, part);
+  std::printf("%d,%d,%zu,%d,%" PRId64 ",%" PRId64 ",%.4f,%.4f,%.4f,%.1f,%d,%s\n", hgr.ncells, hgr.nnets,
+              hgr.netind.size(), reported, measures.cut, measures.soed, Imbalance(measures, nparts),
+              cpuend - cpu, wall.count(), peak, CountLines(printed), HashOf(part).c_str());
   return 0;
 }
 

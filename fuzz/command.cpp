@@ -27,6 +27,7 @@ static std::map<std::string, std::string> inputs = {
     {"fixed", "-1\n0\n-1\n-1\n-1\n1\n"},
     {"weights", "3 1\n"},
     {"bad.hgr", "2 3\n1 2\n2 4\n"},
+    {"big.hgr", "2 3 11\n1099511627776 1 2\n1099511627777 2 3\n1099511627778\n1\n1099511627779\n"},
 };
 
 static void Refill()

@@ -42,10 +42,14 @@ std::string FirstFlaw(const Hgr &hgr)
     return "number of net weights";
   if (!hgr.cellwgts.empty() && hgr.cellwgts.size() != static_cast<size_t>(hgr.ncells))
     return "number of cell weights";
-  for (const std::vector<int> *weights : {&hgr.netwgts, &hgr.cellwgts})
-    for (const int weight : *weights)
-      if (weight < 0)
+  for (const std::vector<std::int64_t> *weights : {&hgr.netwgts, &hgr.cellwgts}) {
+    std::int64_t left = most_weight;
+    for (const std::int64_t weight : *weights) {
+      if (weight < 0 || weight > left)
         return "weight";
+      left -= weight;
+    }
+  }
   return "";
 }
 

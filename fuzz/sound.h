@@ -19,7 +19,7 @@ Hgr TryPatoh(std::string_view text, Problems *problems);
 Hgr TryMtx(std::string_view text, Problems *problems); // rows are nets, weights as the format has them
 Hgr TryCnf(std::string_view text, Problems *problems); // the dual model
 
-// Empty if the record is what kapris.h asks for.
+// Empty if the record is what kapris_api.h asks for.
 std::string FirstFlaw(const Hgr &hgr);
 
 // The first fault of the text, or nothing and the record.

@@ -17,8 +17,13 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 // By the size of a block.
 using Expected = std::map<int, double>;
+
+} // namespace
 
 static constexpr int most_pins = 40;
 static constexpr int least_clocked = 1000;

@@ -4,6 +4,7 @@
 
 #include "io/hgr.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,15 +17,19 @@ struct Range {
   int low, high;
 };
 
+struct WeightRange {
+  std::int64_t low, high; // high <= most_weight
+};
+
 // What to generate. A kind uses the fields that its options set.
 struct Recipe {
   Kind kind = Kind::CIRCUIT;
   int seed = 1;
   int cells = 10000;
-  int nets = 0;            // 0: as many as cells
-  Range size = {2, 6};     // cells of a net
-  Range cellwgts = {1, 1}; // without weights in the file if all are 1
-  Range netwgts = {1, 1};
+  int nets = 0;                  // 0: as many as cells
+  Range size = {2, 6};           // cells of a net
+  WeightRange cellwgts = {1, 1}; // without weights in the file if all are 1
+  WeightRange netwgts = {1, 1};
   double rent = 0.6; // circuit: nets that leave a block grow with this power of its size
   double pins = 3.5; // circuit: average per cell, about
   int rows = 100;    // grid
@@ -38,11 +43,12 @@ struct Recipe {
 
 struct Generated {
   Hgr hgr;
-  std::vector<int> planted;  // planted: the part of each cell
-  long long planted_cut = 0; // the weight of the crossing nets
+  std::vector<int> planted;     // planted: the part of each cell
+  std::int64_t planted_cut = 0; // the weight of the crossing nets
 };
 
-// Throws a usage failure that names the options if no such hypergraph exists or it would have 2^31 pins.
+// Throws a usage failure that names the options if no such hypergraph exists, it would have 2^31 pins or its weights add
+// up to more than most_weight.
 Generated Generate(const Recipe &recipe);
 
 } // namespace kapris_cli

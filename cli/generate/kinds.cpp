@@ -50,7 +50,12 @@ static int GridCells(const Recipe &recipe)
   return static_cast<int>(layer * recipe.depth);
 }
 
+namespace
+{
+
 using DrawSize = std::function<int(Random *)>;
+
+} // namespace
 
 // Nets of 2 .. max_size cells: the first size at which the sum of the frequencies so far exceeds a random share.
 static DrawSize PowerlawSizes(const Recipe &recipe)
@@ -143,14 +148,20 @@ static Recipe Complete(Recipe recipe)
   return recipe;
 }
 
-static std::vector<int> DrawWeights(Random *random, Range range, int count)
+static std::vector<std::int64_t> DrawWeights(Random *random, const char *option, WeightRange range, int count)
 {
-  std::vector<int> weights;
+  std::vector<std::int64_t> weights;
+  std::int64_t total = 0;
 
   if (range.low == 1 && range.high == 1)
     return weights;
-  for (int n = 0; n < count; n++)
-    weights.push_back(DrawFrom(random, range.low, range.high));
+  for (int n = 0; n < count; n++) {
+    weights.push_back(DrawWeight(random, range.low, range.high));
+    total += weights.back();
+    if (total > most_weight)
+      FailUsage(fmt::format("{} {}:{}: the first {} of {} weights add up to {}, above {}", option, range.low,
+                            range.high, n + 1, count, total, most_weight));
+  }
   return weights;
 }
 
@@ -161,8 +172,8 @@ Generated Generate(const Recipe &given)
   Generated generated;
 
   AddNets(recipe, &draft);
-  draft.hgr.cellwgts = DrawWeights(&draft.random, recipe.cellwgts, draft.hgr.ncells);
-  draft.hgr.netwgts = DrawWeights(&draft.random, recipe.netwgts, draft.hgr.nnets);
+  draft.hgr.cellwgts = DrawWeights(&draft.random, "--cell-weights", recipe.cellwgts, draft.hgr.ncells);
+  draft.hgr.netwgts = DrawWeights(&draft.random, "--net-weights", recipe.netwgts, draft.hgr.nnets);
   if (recipe.kind == Kind::PLANTED) {
     for (int part = 0; part < recipe.parts; part++)
       generated.planted.insert(generated.planted.end(), static_cast<size_t>(PartBlock(recipe, part).size),

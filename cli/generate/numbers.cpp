@@ -18,11 +18,16 @@ std::uint64_t Draw(Random *random)
   return z ^ (z >> 31);
 }
 
-int DrawFrom(Random *random, int low, int high)
+std::int64_t DrawWeight(Random *random, std::int64_t low, std::int64_t high)
 {
   const std::uint64_t choices = static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) + 1;
 
-  return low + static_cast<int>(Draw(random) % choices);
+  return low + static_cast<std::int64_t>(Draw(random) % choices);
+}
+
+int DrawFrom(Random *random, int low, int high)
+{
+  return static_cast<int>(DrawWeight(random, low, high));
 }
 
 double DrawShare(Random *random)

@@ -19,6 +19,7 @@ std::uint64_t Draw(Random *random);
 
 // In low .. high, both of them at least 0.
 int DrawFrom(Random *random, int low, int high);
+std::int64_t DrawWeight(Random *random, std::int64_t low, std::int64_t high);
 
 // In 0 .. 1, without 1.
 double DrawShare(Random *random);

@@ -17,10 +17,15 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct Formula {
   int nvariables;
   int nclauses;
 };
+
+} // namespace
 
 // A clause is at least its 0 and what follows it.
 static Formula ReadHeader(Scan *scan)

@@ -6,6 +6,7 @@
 
 #include "io/hgr.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -29,6 +30,6 @@ std::string FormatPatoh(const Hgr &hgr);
 // The pattern of the matrix with a row per net and a column per cell; no weights.
 std::string FormatMtx(const Hgr &hgr);
 
-void AppendNumber(std::string *text, int number, char separator);
+void AppendNumber(std::string *text, std::int64_t number, char separator);
 
 } // namespace kapris_cli

@@ -23,12 +23,17 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct HgrHeader {
   int nnets;
   int ncells;
   bool netweights;
   bool cellweights;
 };
+
+} // namespace
 
 // A net is at least the end of its line, a weight at least a digit more. The last line may lack its end.
 static void CheckCounts(const Scan &header_line, long long left, const HgrHeader &header)
@@ -70,6 +75,8 @@ static HgrHeader ReadHeader(Scan *scan)
 
 static void ReadCellWeights(Scan *scan, const HgrHeader &header, Hgr *hgr)
 {
+  std::int64_t total = 0;
+
   hgr->cellwgts.reserve(static_cast<size_t>(header.ncells));
   for (int cell = 0; cell < header.ncells; cell++) {
     if (!NextLine(scan))
@@ -77,7 +84,7 @@ static void ReadCellWeights(Scan *scan, const HgrHeader &header, Hgr *hgr)
     if (!NextInLine(scan))
       FaultAt(*scan, scan->at, fmt::format("the weight of cell {} is missing", cell + 1));
     else
-      hgr->cellwgts.push_back(ReadNumber(scan, "cell weight"));
+      hgr->cellwgts.push_back(ReadWeight(scan, "cell weight", &total));
     EndLine(scan, "the cell weight");
   }
 }

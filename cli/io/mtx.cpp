@@ -22,6 +22,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct Matrix {
   int nvalues = 0; // per entry
   bool whole = false;
@@ -31,6 +34,8 @@ struct Matrix {
   int ncolumns = 0;
   int nentries = 0;
 };
+
+} // namespace
 
 static std::string NextLowered(Scan *scan)
 {

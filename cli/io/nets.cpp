@@ -1,4 +1,4 @@
-// cli/io/nets.cpp - nets as lines of text: an optional weight, then pins.
+// cli/io/nets.cpp - weights, and nets as lines of text: an optional weight, then pins.
 // SPDX-License-Identifier: MIT
 //
 // Nothing is repaired: a pin that a net names twice, a net of one pin and a net without pins stay as they are.
@@ -14,23 +14,43 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 using PinPlaces = std::vector<std::pair<int, const char *>>;
 
-static void ReadWeight(Scan *scan, int net, Hgr *hgr)
+} // namespace
+
+// A total above most_weight stays as it is: more than one fault about it would say nothing new.
+std::int64_t ReadWeight(Scan *scan, const char *what, std::int64_t *total)
 {
   const char *place = scan->at;
-  int weight = 0;
+  const std::int64_t weight = ReadNumberUpTo<most_weight>(scan, what);
+
+  if (weight == no_number || *total > most_weight)
+    return weight;
+  *total += weight;
+  if (*total > most_weight)
+    FaultAt(*scan, place,
+            fmt::format("{}: {} takes the total to {}, above {}", what, weight, *total, most_weight));
+  return weight;
+}
+
+static void ReadNetWeight(Scan *scan, int net, std::int64_t *total, Hgr *hgr)
+{
+  const char *place = scan->at;
+  std::int64_t weight = 0;
 
   if (NextInLine(scan)) {
     place = scan->at;
-    weight = ReadNumber(scan, "net weight");
+    weight = ReadWeight(scan, "net weight", total);
   } else {
     FaultAt(*scan, scan->at, fmt::format("the weight of net {} is missing", net + 1));
     weight = no_number;
   }
   if (weight == 0 && scan->problems != nullptr)
     WarnAt(*scan, place, fmt::format("net {} has the weight 0: it never counts", net + 1));
-  hgr->netwgts.push_back(std::max(weight, 0));
+  hgr->netwgts.push_back(std::max<std::int64_t>(weight, 0));
 }
 
 static void FaultPin(const Scan &scan, const NetLines &lines, int net, int pin, const char *place)
@@ -76,6 +96,7 @@ static void WarnRepeats(const Scan &scan, int net, PinPlaces *places)
 void ReadNetLines(Scan *scan, const NetLines &lines, Hgr *hgr)
 {
   PinPlaces places;
+  std::int64_t total = 0;
 
   hgr->netptr.reserve(static_cast<size_t>(lines.nnets) + 1);
   hgr->netptr.push_back(0);
@@ -85,7 +106,7 @@ void ReadNetLines(Scan *scan, const NetLines &lines, Hgr *hgr)
     if (!NextLine(scan))
       FailAt(*scan, scan->at, fmt::format("the text ends after {} of {} nets", net, lines.nnets));
     if (lines.weights)
-      ReadWeight(scan, net, hgr);
+      ReadNetWeight(scan, net, &total, hgr);
     ReadPins(scan, lines, net, hgr, &places);
     if (hgr->netind.size() > INT_MAX)
       FailAt(*scan, scan->at, fmt::format("more than {} pins, the largest number", INT_MAX));

@@ -1,4 +1,4 @@
-// cli/io/nets.h - nets as lines of text: an optional weight, then pins. Two formats have them.
+// cli/io/nets.h - what two formats share: weights, and nets as lines of text, an optional weight, then pins.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -7,6 +7,11 @@
 
 namespace kapris_cli
 {
+
+// Reads the weight here, after NextInLine, and adds it to the total of its kind, which is 0 at first. What it is goes
+// into the messages: "cell weight". A fault unless it is in 0 .. most_weight, and at the weight that takes the total
+// above that.
+std::int64_t ReadWeight(Scan *scan, const char *what, std::int64_t *total);
 
 struct NetLines {
   int nnets;

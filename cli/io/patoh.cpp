@@ -13,6 +13,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct PatohHeader {
   int base;
   int ncells;
@@ -21,6 +24,8 @@ struct PatohHeader {
   bool cellweights;
   bool netweights;
 };
+
+} // namespace
 
 // A number that may be missing at the end of the header.
 static int ReadOptional(Scan *scan, const char *what, int lowest, int highest, int missing)
@@ -73,13 +78,15 @@ static PatohHeader ReadHeader(Scan *scan)
 
 static void ReadCellWeights(Scan *scan, int ncells, Hgr *hgr)
 {
+  std::int64_t total = 0;
+
   hgr->cellwgts.reserve(static_cast<size_t>(ncells));
   while (static_cast<int>(hgr->cellwgts.size()) < ncells) {
     if (!NextFilledLine(scan))
       FailAt(*scan, scan->at,
              fmt::format("the text ends after {} of {} cell weights", hgr->cellwgts.size(), ncells));
     while (static_cast<int>(hgr->cellwgts.size()) < ncells && NextInLine(scan))
-      hgr->cellwgts.push_back(ReadNumber(scan, "cell weight"));
+      hgr->cellwgts.push_back(ReadWeight(scan, "cell weight", &total));
   }
 }
 

@@ -112,12 +112,12 @@ std::string Quoted(const Scan &scan, const char *place)
   return word + "'";
 }
 
-int ReadNumberSlowly(Scan *scan, const char *what, bool negative_allowed)
+std::int64_t ReadNumberSlowly(Scan *scan, const char *what, std::int64_t lowest, std::int64_t highest)
 {
   const char *first = scan->at;
   const std::string_view word = NextWord(scan);
   const bool negative = word.starts_with('-');
-  long long value = 0;
+  std::int64_t value = 0;
 
   const std::string_view digits = word.substr(negative ? 1 : 0);
   for (const char c : digits) {
@@ -126,20 +126,20 @@ int ReadNumberSlowly(Scan *scan, const char *what, bool negative_allowed)
       return no_number;
     }
     // Stops growing once it is too large: any number of digits may follow.
-    if (value <= INT_MAX)
-      value = 10 * value + (c - '0');
+    const int digit = c - '0';
+    value = value > (highest - digit) / 10 ? highest + 1 : 10 * value + digit;
   }
   if (digits.empty())
     FaultAt(*scan, first, fmt::format("{}: {} is not a whole number", what, Quoted(*scan, first)));
-  else if (negative && !negative_allowed)
+  else if (negative && lowest == 0)
     FaultAt(*scan, first, fmt::format("{}: {} is negative", what, Quoted(*scan, first)));
-  else if (value > INT_MAX)
+  else if (value > highest)
     FaultAt(*scan, first,
-            fmt::format("{}: {} is {} {}{}, the {} number", what, Quoted(*scan, first),
-                        negative ? "below" : "above", negative ? "-" : "", INT_MAX,
+            fmt::format("{}: {} is {} {}, the {} number", what, Quoted(*scan, first),
+                        negative ? "below" : "above", negative ? lowest : highest,
                         negative ? "smallest" : "largest"));
   else
-    return static_cast<int>(negative ? -value : value);
+    return negative ? -value : value;
   return no_number;
 }
 

@@ -11,6 +11,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -49,12 +50,13 @@ bool NextFilledLine(Scan *scan);
 // What ReadNumber and ReadSigned return for a word that is none, after the fault went to the list.
 inline constexpr int no_number = INT_MIN;
 
-int ReadNumberSlowly(Scan *scan, const char *what, bool negative_allowed);
+// In lowest .. highest, of which lowest is 0 or -highest.
+std::int64_t ReadNumberSlowly(Scan *scan, const char *what, std::int64_t lowest, std::int64_t highest);
 
 // As ReadNumber, in -(2^31-1) .. 2^31-1.
 inline int ReadSigned(Scan *scan, const char *what)
 {
-  return ReadNumberSlowly(scan, what, true);
+  return static_cast<int>(ReadNumberSlowly(scan, what, -INT_MAX, INT_MAX));
 }
 
 // Reads the number of the next word; fails if the line has no more.
@@ -90,21 +92,35 @@ inline bool NextInLine(Scan *scan)
   return scan->at != scan->end && *scan->at != '\n';
 }
 
-// Reads the number here, after NextInLine. What it stands for goes into the messages. A fault unless it is in
-// 0 .. 2^31-1.
-inline int ReadNumber(Scan *scan, const char *what)
+// So many digits never exceed the number.
+constexpr int DigitsBelow(std::int64_t number)
 {
-  constexpr int surely_fit = 9; // so many digits never exceed 2^31-1
+  return number < 10 ? 0 : 1 + DigitsBelow(number / 10);
+}
+
+// Reads the number here, after NextInLine. What it stands for goes into the messages. A fault unless it is in
+// 0 .. highest; its type is that of highest.
+template <auto highest>
+auto ReadNumberUpTo(Scan *scan, const char *what)
+{
+  using Number = decltype(highest);
+  constexpr int surely_fit = DigitsBelow(highest);
   const char *at = scan->at;
   const char *last = scan->end - at > surely_fit ? at + surely_fit : scan->end;
-  int value = 0;
+  Number value = 0;
 
   for (; at != last && IsDigit(*at); at++)
     value = 10 * value + (*at - '0');
   if (at == scan->at || (at != scan->end && !IsBlank(*at) && *at != '\n')) [[unlikely]]
-    return ReadNumberSlowly(scan, what, false);
+    return static_cast<Number>(ReadNumberSlowly(scan, what, 0, highest));
   scan->at = at;
   return value;
+}
+
+// The same in 0 .. 2^31-1.
+inline int ReadNumber(Scan *scan, const char *what)
+{
+  return ReadNumberUpTo<INT_MAX>(scan, what);
 }
 
 } // namespace kapris_cli

@@ -10,9 +10,9 @@
 namespace kapris_cli
 {
 
-void AppendNumber(std::string *text, int number, char separator)
+void AppendNumber(std::string *text, std::int64_t number, char separator)
 {
-  char digits[16];
+  char digits[24];
   char *end = std::to_chars(digits, digits + sizeof(digits) - 1, number).ptr;
 
   *end++ = separator;
@@ -36,7 +36,7 @@ static std::string FormatLines(std::string header, int weights, const Hgr &hgr)
       text.pop_back();
     text += '\n';
   }
-  for (const int weight : hgr.cellwgts)
+  for (const std::int64_t weight : hgr.cellwgts)
     AppendNumber(&text, weight, '\n');
   return text;
 }

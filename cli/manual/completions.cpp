@@ -37,6 +37,9 @@ static std::vector<std::string> VerbsOf(const Command &command)
   return words;
 }
 
+namespace
+{
+
 // bash: the places of a word, "kapris partition:--output" for the value of an option and "kapris partition:" for
 // others, and what it may be there.
 struct Places {
@@ -44,6 +47,8 @@ struct Places {
   std::string values;
   std::string plain;
 };
+
+} // namespace
 
 static void AddPlaces(const Command &command, Places *places)
 {

@@ -25,11 +25,16 @@ static void Write(const std::filesystem::path &path, const std::string &text)
   WriteFile(path.string(), text);
 }
 
+namespace
+{
+
 struct Pages {
   std::filesystem::path folder;
   std::string version;
   std::string date;
 };
+
+} // namespace
 
 static void WritePages(const Pages &pages, const Command &root, const Command *parent, const Command &command)
 {

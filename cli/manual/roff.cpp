@@ -110,30 +110,30 @@ static std::string Options(const Command &command)
 }
 
 // The first paragraph follows its heading without a request.
-static std::string Entries(const Section &section)
+static std::string Paragraphs(const Section &section)
 {
   std::string page;
 
-  for (const Entry &entry : section.entries) {
-    if (!entry.term.empty() && !entry.text.empty())
-      page += Tagged(Bold(entry.term), entry.text);
+  for (const Paragraph &paragraph : section.paragraphs) {
+    if (!paragraph.term.empty() && !paragraph.text.empty())
+      page += Tagged(Bold(paragraph.term), paragraph.text);
     else
       page += (page.empty() ? "" : ".PP\n") +
-              (entry.term.empty() ? Escape(Sentence(entry.text)) : Bold(entry.term)) + "\n";
+              (paragraph.term.empty() ? Escape(Sentence(paragraph.text)) : Bold(paragraph.term)) + "\n";
   }
   return page;
 }
 
-static std::string Titled(const std::string &title, const std::vector<Entry> &entries)
+static std::string Titled(const std::string &title, const std::vector<Paragraph> &paragraphs)
 {
-  return entries.empty() ? "" : ".SH " + Escape(Upper(title)) + "\n" + Entries({title, entries});
+  return paragraphs.empty() ? "" : ".SH " + Escape(Upper(title)) + "\n" + Paragraphs({title, paragraphs});
 }
 
-static std::vector<Entry> FindEntries(const Command &command, const std::string &title)
+static std::vector<Paragraph> FindParagraphs(const Command &command, const std::string &title)
 {
   for (const Section &section : command.sections)
     if (section.title == title)
-      return section.entries;
+      return section.paragraphs;
   return {};
 }
 
@@ -143,15 +143,15 @@ static const char exit_status[] = "Exit status";
 // What a verb leaves to the page of the whole command: its exit statuses, and examples of the verb.
 static std::string Closing(const Command &root, const Command &command)
 {
-  std::vector<Entry> shown = FindEntries(command, examples);
-  std::vector<Entry> statuses = FindEntries(command, exit_status);
+  std::vector<Paragraph> shown = FindParagraphs(command, examples);
+  std::vector<Paragraph> statuses = FindParagraphs(command, exit_status);
 
   if (shown.empty())
-    for (const Entry &entry : FindEntries(root, examples))
-      if (entry.term.starts_with(command.name + " "))
-        shown.push_back(entry);
+    for (const Paragraph &paragraph : FindParagraphs(root, examples))
+      if (paragraph.term.starts_with(command.name + " "))
+        shown.push_back(paragraph);
   if (statuses.empty())
-    statuses = FindEntries(root, exit_status);
+    statuses = FindParagraphs(root, exit_status);
   return Titled(examples, shown) + Titled(exit_status, statuses);
 }
 
@@ -190,7 +190,7 @@ std::string ManualPage(const Command &root, const Command *parent, const Command
   std::string page = fmt::format(
       ".TH {} 1 \"{}\" \"{}\"\n.ad l\n.nh\n.SH NAME\n{} \\- {}\n.SH SYNOPSIS\n{}.SH DESCRIPTION\n{}",
       Escape(Upper(PageName(command))), date, version, Escape(PageName(command)), Escape(summary),
-      Synopsis(command), Entries(command.sections[0]));
+      Synopsis(command), Paragraphs(command.sections[0]));
 
   if (!command.verbs.empty())
     page += ".SH COMMANDS\n";
@@ -199,7 +199,7 @@ std::string ManualPage(const Command &root, const Command *parent, const Command
   page += Options(command);
   for (const Section &section : command.sections)
     if (!section.title.empty() && section.title != examples && section.title != exit_status)
-      page += Titled(section.title, section.entries);
+      page += Titled(section.title, section.paragraphs);
   return page + Closing(root, command) + SeeAlso(parent, command);
 }
 

@@ -15,19 +15,19 @@ static bool OpensSection(const std::string &line, const std::string &next)
 }
 
 // fresh: the line is not below one that it could belong to.
-static void ReadLine(std::vector<Entry> *entries, bool fresh, const std::string &line)
+static void ReadLine(std::vector<Paragraph> *paragraphs, bool fresh, const std::string &line)
 {
   const size_t indent = line.find_first_not_of(' ');
   const size_t gap = line.find("  ", indent);
 
   if (gap != std::string::npos)
-    entries->push_back({line.substr(indent, gap - indent), line.substr(line.find_first_not_of(' ', gap))});
+    paragraphs->push_back({line.substr(indent, gap - indent), line.substr(line.find_first_not_of(' ', gap))});
   else if (indent > 0)
-    entries->push_back({line.substr(indent), ""});
-  else if (fresh || !entries->back().term.empty())
-    entries->push_back({"", line});
+    paragraphs->push_back({line.substr(indent), ""});
+  else if (fresh || !paragraphs->back().term.empty())
+    paragraphs->push_back({"", line});
   else
-    entries->back().text += " " + line;
+    paragraphs->back().text += " " + line;
 }
 
 std::vector<Section> ReadSections(const std::string &text)
@@ -52,7 +52,7 @@ std::vector<Section> ReadSections(const std::string &text)
         current = 0;
         fresh = true;
       }
-      ReadLine(&sections[current].entries, fresh, lines[i]);
+      ReadLine(&sections[current].paragraphs, fresh, lines[i]);
       fresh = false;
     }
   }

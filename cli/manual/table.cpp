@@ -77,8 +77,8 @@ static std::vector<Item> ReadItems(CLI::App *app)
 // The first words about the command, without its name: "partitions hypergraphs".
 static std::string ReadSummary(const Command &command)
 {
-  const std::vector<Entry> &entries = command.sections[0].entries;
-  std::string summary = entries.empty() ? command.word : entries[0].text;
+  const std::vector<Paragraph> &paragraphs = command.sections[0].paragraphs;
+  std::string summary = paragraphs.empty() ? command.word : paragraphs[0].text;
 
   if (summary.starts_with(command.name + " "))
     summary.erase(0, command.name.size() + 1);

@@ -29,14 +29,14 @@ struct Item {
 };
 
 // A paragraph, or what a term, command or number means.
-struct Entry {
+struct Paragraph {
   std::string term; // empty for a paragraph
   std::string text;
 };
 
 struct Section {
   std::string title; // empty for what is about the command as a whole
-  std::vector<Entry> entries;
+  std::vector<Paragraph> paragraphs;
 };
 
 struct Command {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <fmt/format.h>
+#include <type_traits>
 
 namespace kapris_cli
 {
@@ -16,11 +17,12 @@ static void Mix(std::uint64_t *hash, std::uint64_t value)
   *hash = h ^ (h >> 32);
 }
 
-static void MixAll(std::uint64_t *hash, const std::vector<int> &numbers)
+template <typename Number>
+static void MixAll(std::uint64_t *hash, const std::vector<Number> &numbers)
 {
   Mix(hash, numbers.size());
-  for (const int number : numbers)
-    Mix(hash, static_cast<std::uint32_t>(number));
+  for (const Number number : numbers)
+    Mix(hash, static_cast<std::make_unsigned_t<Number>>(number));
 }
 
 std::string HashOf(const Hgr &hgr)
@@ -28,8 +30,10 @@ std::string HashOf(const Hgr &hgr)
   std::uint64_t hash = 1;
 
   Mix(&hash, static_cast<std::uint64_t>(hgr.ncells));
-  for (const std::vector<int> *numbers : {&hgr.netptr, &hgr.netind, &hgr.cellwgts, &hgr.netwgts})
-    MixAll(&hash, *numbers);
+  MixAll(&hash, hgr.netptr);
+  MixAll(&hash, hgr.netind);
+  MixAll(&hash, hgr.cellwgts);
+  MixAll(&hash, hgr.netwgts);
   return fmt::format("{:016x}", hash);
 }
 

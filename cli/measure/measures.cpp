@@ -1,12 +1,17 @@
 // cli/measure/measures.cpp - the quality of a partition, from its definition and without the library.
 // SPDX-License-Identifier: MIT
 //
-// Sums stay below 2^63: a file has fewer than 2^31 pins and cells, so the spans of all nets add up to less
-// than 2^31, and a weight is less than 2^31.
+// The weights of all cells or nets add up to at most most_weight; what counts a net for each part that it spans can leave
+// 64 bits.
 
 #include "measure/measures.h"
 
+#include "failure.h"
+
+#include "measure/sums.h"
+
 #include <algorithm>
+#include <fmt/format.h>
 
 namespace kapris_cli
 {
@@ -21,11 +26,16 @@ static std::vector<int> UsedNumbers(const std::vector<int> &part)
   return numbers;
 }
 
+namespace
+{
+
 // The parts in use and, for each cell, which of them it is in.
 struct Placement {
   std::vector<int> numbers;
   std::vector<size_t> slot;
 };
+
+} // namespace
 
 static Placement Place(const std::vector<int> &part)
 {
@@ -58,7 +68,7 @@ static void VisitCutNets(const Hgr &hgr, const Placement &place, Visit visit)
   }
 }
 
-Measures Measure(const Hgr &hgr, const std::vector<int> &part)
+Measures Measure(const std::string &name, const Hgr &hgr, const std::vector<int> &part)
 {
   const Placement place = Place(part);
   Measures measures;
@@ -66,22 +76,27 @@ Measures Measure(const Hgr &hgr, const std::vector<int> &part)
   for (const int number : place.numbers)
     measures.used.push_back(UsedPart{number, 0});
   for (size_t c = 0; c < part.size(); c++) {
-    const int weight = CellWeight(hgr, static_cast<int>(c));
+    const std::int64_t weight = CellWeight(hgr, static_cast<int>(c));
     measures.used[place.slot[c]].weight += weight;
     measures.total += weight;
   }
   VisitCutNets(hgr, place, [&](int net, const std::vector<size_t> &slots) {
-    const long long weight = NetWeight(hgr, net), span = static_cast<long long>(slots.size());
+    const std::int64_t weight = NetWeight(hgr, net), span = static_cast<std::int64_t>(slots.size());
     measures.cut += weight;
-    measures.soed += span * weight;
-    measures.connectivity += (span - 1) * weight;
+    if (!AddProduct(&measures.soed, weight, span))
+      throw Failure{
+          EXIT_MALFORMED,
+          fmt::format("{}: weights too large: net {}, of weight {} in {} parts, takes the SOED above "
+                      "{}, the largest number",
+                      name, net + 1, weight, span, INT64_MAX)};
   });
+  measures.connectivity = measures.soed - measures.cut;
   return measures;
 }
 
 double Imbalance(const Measures &measures, long long nparts)
 {
-  long long heaviest = 0;
+  std::int64_t heaviest = 0;
 
   for (const UsedPart &used : measures.used)
     heaviest = std::max(heaviest, used.weight);
@@ -105,10 +120,10 @@ std::vector<CutNet> CutNets(const Hgr &hgr, const std::vector<int> &part)
   return nets;
 }
 
-std::vector<std::vector<long long>> CutMatrix(const Hgr &hgr, const std::vector<CutNet> &nets, int nparts)
+std::vector<std::vector<std::int64_t>> CutMatrix(const Hgr &hgr, const std::vector<CutNet> &nets, int nparts)
 {
   const size_t n = static_cast<size_t>(nparts);
-  std::vector<std::vector<long long>> matrix(n, std::vector<long long>(n));
+  std::vector<std::vector<std::int64_t>> matrix(n, std::vector<std::int64_t>(n));
 
   for (const CutNet &cut : nets)
     for (const int p : cut.parts)

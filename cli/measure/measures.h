@@ -4,6 +4,8 @@
 
 #include "io/hgr.h"
 
+#include <cstdint>
+#include <string>
 #include <vector>
 
 namespace kapris_cli
@@ -11,19 +13,20 @@ namespace kapris_cli
 
 struct UsedPart {
   int number;
-  long long weight;
+  std::int64_t weight;
 };
 
 struct Measures {
-  long long cut = 0;          // weight of the nets that span more than one part
-  long long soed = 0;         // weight x parts that it spans, over these nets
-  long long connectivity = 0; // weight x (parts that it spans - 1), over all nets with pins
-  long long total = 0;        // weight of all cells
-  std::vector<UsedPart> used; // the parts that have cells, by number
+  std::int64_t cut = 0;          // weight of the nets that span more than one part
+  std::int64_t soed = 0;         // weight x parts that it spans, over these nets
+  std::int64_t connectivity = 0; // weight x (parts that it spans - 1), over all nets with pins
+  std::int64_t total = 0;        // weight of all cells
+  std::vector<UsedPart> used;    // the parts that have cells, by number
 };
 
-// part has one number >= 0 for each cell. The numbers may be far apart: memory depends on the parts in use.
-Measures Measure(const Hgr &hgr, const std::vector<int> &part);
+// part has one number >= 0 for each cell. The numbers may be far apart: memory depends on the parts in use. Throws
+// Failure if the SOED leaves 64 bits, which CheckSums rules out; the name is for its message.
+Measures Measure(const std::string &name, const Hgr &hgr, const std::vector<int> &part);
 
 // The heaviest of nparts parts over their average weight, less 1; 0 if nothing has weight.
 double Imbalance(const Measures &measures, long long nparts);
@@ -37,6 +40,6 @@ struct CutNet {
 std::vector<CutNet> CutNets(const Hgr &hgr, const std::vector<int> &part);
 
 // For each pair of parts the weight of the cut nets that touch both parts; of a part and itself, of its cut nets.
-std::vector<std::vector<long long>> CutMatrix(const Hgr &hgr, const std::vector<CutNet> &nets, int nparts);
+std::vector<std::vector<std::int64_t>> CutMatrix(const Hgr &hgr, const std::vector<CutNet> &nets, int nparts);
 
 } // namespace kapris_cli

@@ -25,7 +25,7 @@ Json StartJson(const std::string &schema, const std::string &name, const Hgr &hg
           {"pins", hgr.netind.size()}};
 }
 
-static std::string FormatPart(int part, long long weight, const Limits &limits)
+static std::string FormatPart(int part, std::int64_t weight, const Limits &limits)
 {
   std::string value = fmt::format("{}", weight);
 
@@ -52,8 +52,8 @@ static std::string FormatAllWeights(const Measures &measures, int nparts, const 
 static std::string FormatExtremeWeights(const Measures &measures, long long nparts, const Limits &limits)
 {
   const bool all_used = static_cast<long long>(measures.used.size()) == nparts;
-  long long lightest = all_used ? measures.total : 0, heaviest = 0;
-  long long lowest = measures.total, highest = 0;
+  std::int64_t lightest = all_used ? measures.total : 0, heaviest = 0;
+  std::int64_t lowest = measures.used.empty() ? 0 : INT64_MAX, highest = 0;
   std::string over;
   int nover = 0;
 
@@ -61,7 +61,7 @@ static std::string FormatExtremeWeights(const Measures &measures, long long npar
     lightest = std::min(lightest, used.weight);
     heaviest = std::max(heaviest, used.weight);
     if (limits) {
-      const long long limit = limits(used.number);
+      const std::int64_t limit = limits(used.number);
       lowest = std::min(lowest, limit);
       highest = std::max(highest, limit);
       if (used.weight > limit && nover++ < most_listed)

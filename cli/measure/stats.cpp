@@ -21,7 +21,12 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 using Cells = std::span<const int>;
+
+} // namespace
 
 static Cells CellsOf(const Hgr &sets, size_t net)
 {
@@ -111,22 +116,32 @@ static std::vector<int> ComponentSizes(const Hgr &sets)
 }
 
 // How many of the values are 0, 1, 2-3, 4-7, and so on.
-static Json Histogram(const std::vector<int> &values)
+static Json Histogram(const std::vector<std::int64_t> &values)
 {
-  std::array<long long, 32> counts = {};
+  std::array<long long, 64> counts = {};
   Json histogram = Json::array();
 
-  for (const int value : values)
-    counts[static_cast<size_t>(std::bit_width(static_cast<unsigned>(value)))]++;
+  for (const std::int64_t value : values)
+    counts[static_cast<size_t>(std::bit_width(static_cast<std::uint64_t>(value)))]++;
   for (size_t n = 0; n < counts.size(); n++)
     if (counts[n] > 0)
       histogram.push_back({{"from", (1LL << n) / 2}, {"to", (1LL << n) - 1}, {"count", counts[n]}});
   return histogram;
 }
 
-static Json Distribution(std::vector<int> values)
+// The middle between two values: a whole number where a double would not be exact.
+static Json Middle(std::int64_t low, std::int64_t high)
 {
-  const long long total = std::accumulate(values.begin(), values.end(), 0LL);
+  constexpr std::int64_t most_exact = std::int64_t{1} << 53;
+
+  if (low + high > most_exact && (low + high) % 2 == 0)
+    return (low + high) / 2;
+  return static_cast<double>(low + high) / 2;
+}
+
+static Json Distribution(std::vector<std::int64_t> values)
+{
+  const std::int64_t total = std::accumulate(values.begin(), values.end(), std::int64_t{0});
 
   if (values.empty())
     return {{"total", 0}, {"histogram", Json::array()}};
@@ -136,15 +151,20 @@ static Json Distribution(std::vector<int> values)
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
   // Of an even number of values, the middle of the middle two.
-  const int below = values.size() % 2 == 0 ? *std::max_element(values.begin(), middle) : *middle;
-  json["median"] = (static_cast<double>(below) + *middle) / 2;
+  json["median"] =
+      Middle(values.size() % 2 == 0 ? *std::max_element(values.begin(), middle) : *middle, *middle);
   json["histogram"] = Histogram(values);
   return json;
 }
 
-static std::vector<int> WeightsOf(const std::vector<int> &weights, int count)
+static std::vector<std::int64_t> WeightsOf(const std::vector<std::int64_t> &weights, int count)
 {
-  return weights.empty() ? std::vector<int>(static_cast<size_t>(count), 1) : weights;
+  return weights.empty() ? std::vector<std::int64_t>(static_cast<size_t>(count), 1) : weights;
+}
+
+static Json CountDistribution(const std::vector<int> &counts)
+{
+  return Distribution({counts.begin(), counts.end()});
 }
 
 void AddStats(const Hgr &hgr, Json *json)
@@ -164,9 +184,9 @@ void AddStats(const Hgr &hgr, Json *json)
   (*json)["components"] = components.size();
   (*json)["cell_weight"] = Distribution(WeightsOf(hgr.cellwgts, hgr.ncells));
   (*json)["net_weight"] = Distribution(WeightsOf(hgr.netwgts, hgr.nnets));
-  (*json)["net_size"] = Distribution(std::move(sizes));
-  (*json)["cell_degree"] = Distribution(std::move(degrees));
-  (*json)["component_size"] = Distribution(std::move(components));
+  (*json)["net_size"] = CountDistribution(sizes);
+  (*json)["cell_degree"] = CountDistribution(degrees);
+  (*json)["component_size"] = CountDistribution(components);
 }
 
 } // namespace kapris_cli

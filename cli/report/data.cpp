@@ -47,16 +47,16 @@ static Place At(const Place &at, const char *key)
   return {at.name, &*found, path};
 }
 
-static long long Whole(const Place &at, long long low, long long high)
+static std::int64_t Whole(const Place &at, std::int64_t low, std::int64_t high)
 {
   const Json &json = *at.json;
   const bool fits = json.is_number_integer() &&
-                    (!json.is_number_unsigned() || json.get<unsigned long long>() <= LLONG_MAX) &&
-                    json.get<long long>() >= low && json.get<long long>() <= high;
+                    (!json.is_number_unsigned() || json.get<std::uint64_t>() <= INT64_MAX) &&
+                    json.get<std::int64_t>() >= low && json.get<std::int64_t>() <= high;
 
   if (!fits)
     Fail(at, fmt::format("a whole number from {} to {}", low, high));
-  return json.get<long long>();
+  return json.get<std::int64_t>();
 }
 
 static int Count(const Place &at, int low = 0)
@@ -117,9 +117,25 @@ static auto Optional(const Place &at, Read read)
   return at.json->is_null() ? std::nullopt : std::optional(read(at));
 }
 
-static long long Weight(const Place &at)
+static std::int64_t Weight(const Place &at)
 {
-  return Whole(at, 0, LLONG_MAX);
+  return Whole(at, 0, INT64_MAX);
+}
+
+// As heavy as hypergraphs can be, so that they add up.
+static std::vector<std::int64_t> ReadWeights(const Place &at, int nparts)
+{
+  const std::vector<std::int64_t> weights = List(
+      at, [](const Place &one) { return Whole(one, 0, most_weight); }, nparts);
+  std::int64_t total = 0;
+
+  for (const std::int64_t weight : weights) {
+    total += weight;
+    if (total > most_weight)
+      throw Failure{EXIT_MALFORMED,
+                    fmt::format("{}:1:1: {} add up to more than {}", *at.name, at.path, most_weight)};
+  }
+  return weights;
 }
 
 static ReportFigures ReadFigures(const Place &at)
@@ -191,7 +207,7 @@ static void ReadOptions(const Place &result, ReportData *data)
   data->runs = Count(At(options, "runs"), 1);
   data->reconst = Truth(At(options, "reconst"));
   data->epsilon = Number(At(options, "epsilon"), 0.0);
-  data->seed = Whole(At(options, "seed"), 0, LLONG_MAX);
+  data->seed = Whole(At(options, "seed"), 0, INT64_MAX);
   const Place shares = At(options, "target_weights");
   if (!shares.json->is_null())
     data->shares = List(
@@ -234,9 +250,7 @@ ReportData ReadReportData(const std::string &name, const Json &json)
   data.best_start = Optional(At(best, "start"), [](const Place &at) { return Count(at); });
   data.best = ReadFigures(best);
   data.starts = List(At(result, "starts"), ReadStart);
-  // As many cells as there can be weigh no more.
-  const auto weight = [](const Place &at) { return Whole(at, 0, INT_MAX); };
-  data.weights = List(At(result, "part_weights"), weight, data.parts);
+  data.weights = ReadWeights(At(result, "part_weights"), data.parts);
   data.limits = List(At(result, "part_limits"), Weight, data.parts);
   ReadSeconds(At(result, "seconds"), &data);
   data.peak_bytes = Weight(At(result, "peak_bytes"));
@@ -245,9 +259,9 @@ ReportData ReadReportData(const std::string &name, const Json &json)
   return data;
 }
 
-long long TotalWeight(const ReportData &data)
+std::int64_t TotalWeight(const ReportData &data)
 {
-  return std::accumulate(data.weights.begin(), data.weights.end(), 0LL);
+  return std::accumulate(data.weights.begin(), data.weights.end(), std::int64_t{0});
 }
 
 } // namespace kapris_cli

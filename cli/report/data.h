@@ -4,6 +4,7 @@
 
 #include "measure/report.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,14 +13,14 @@ namespace kapris_cli
 {
 
 struct ReportFigures {
-  long long cut = 0, soed = 0, connectivity = 0;
+  std::int64_t cut = 0, soed = 0, connectivity = 0;
   double imbalance = 0.0;
   bool balanced = false;
 };
 
 struct ReportStart {
   int number = 0;
-  long long seed = 0;
+  std::int64_t seed = 0;
   ReportFigures figures;
   bool completed = false;
   double seconds = 0.0;
@@ -27,8 +28,8 @@ struct ReportStart {
 
 struct ReportTrial {
   int start = 0, number = 0;
-  long long value = 0;
-  std::optional<long long> cycled;
+  std::int64_t value = 0;
+  std::optional<std::int64_t> cycled;
   double imbalance = 0.0;
   bool best = false;
 };
@@ -38,7 +39,7 @@ struct ReportLevel {
   int cycle = 0;
   bool polish = false;
   int cells = 0, nets = 0, pins = 0;
-  std::optional<long long> value; // none without a partition
+  std::optional<std::int64_t> value; // none without a partition
   double imbalance = 0.0;
 };
 
@@ -46,7 +47,7 @@ struct ReportLevel {
 struct ReportRecords {
   std::string format, model; // empty: by the file
   bool unit_weights = false;
-  std::vector<long long> fixed_weights; // per part; empty: nothing is fixed
+  std::vector<std::int64_t> fixed_weights; // per part; empty: nothing is fixed
   std::vector<ReportTrial> trials;
   std::vector<ReportLevel> levels;
 };
@@ -65,17 +66,17 @@ struct ReportData {
   bool reconst = false;
   double epsilon = 0.0;
   std::vector<double> shares; // sum 1; empty: all equal
-  long long seed = 0;
+  std::int64_t seed = 0;
   std::optional<double> limit_seconds;
-  std::optional<long long> limit_bytes;
+  std::optional<std::int64_t> limit_bytes;
   // What came of it.
   std::optional<int> best_start;
   ReportFigures best;
   std::vector<ReportStart> starts;
-  std::vector<long long> weights, limits; // per part
+  std::vector<std::int64_t> weights, limits; // per part
   double seconds = 0.0, seconds_read = 0.0, seconds_coarsening = 0.0, seconds_initial = 0.0,
          seconds_refining = 0.0, seconds_balancing = 0.0;
-  long long peak_bytes = 0;
+  std::int64_t peak_bytes = 0;
   std::optional<ReportRecords> records;
 };
 
@@ -83,7 +84,7 @@ struct ReportData {
 ReportData ReadReportData(const std::string &name, const Json &json);
 
 // What the starts are compared by first.
-inline long long ObjectiveOf(const ReportData &data, const ReportFigures &figures)
+inline std::int64_t ObjectiveOf(const ReportData &data, const ReportFigures &figures)
 {
   return data.objective == "soed" ? figures.soed : figures.cut;
 }
@@ -94,7 +95,7 @@ inline double ShareOf(const ReportData &data, size_t p)
   return data.shares.empty() ? 1.0 / data.parts : data.shares[p];
 }
 
-long long TotalWeight(const ReportData &data);
+std::int64_t TotalWeight(const ReportData &data);
 
 // The words of a command line that gives the same result.
 std::vector<std::string> RepeatCommand(const ReportData &data);

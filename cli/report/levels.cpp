@@ -6,17 +6,23 @@
 #include "report/pictures.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace kapris_cli
 {
 
 static constexpr size_t most_steps = 1500;
 
+namespace
+{
+
 // The steps of one V-cycle, or of the polish.
 struct Stage {
   size_t first, end;
   std::string name;
 };
+
+} // namespace
 
 static std::vector<Stage> StagesOf(const std::vector<ReportLevel> &levels)
 {
@@ -94,7 +100,8 @@ static std::string DrawLevels(const ReportData &data, std::vector<ReportLevel> l
     levels.resize(most_steps);
   }
   const std::vector<Stage> stages = StagesOf(levels);
-  double least = 1e18, most = 1.0, low = 1e18, high = 0.0, off = 0.0;
+  constexpr double none = std::numeric_limits<double>::infinity();
+  double least = none, most = 1.0, low = none, high = 0.0, off = 0.0;
   Svg svg = {494.0, ""};
 
   for (const ReportLevel &level : levels) {

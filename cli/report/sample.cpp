@@ -8,7 +8,7 @@ namespace kapris_cli
 
 // The i-th smallest of m values is the smallest of n drawn ones with probability C(m - i, n - 1) / C(m, n): n / m for the
 // first, and from one to the next (m - i - n + 1) / (m - i) of it.
-ExpectedBest ExpectBest(const std::vector<double> &sorted, std::size_t n)
+ExpectedBest ExpectBest(const std::vector<std::int64_t> &sorted, std::size_t n)
 {
   const double m = static_cast<double>(sorted.size()), drawn = static_cast<double>(n);
   ExpectedBest best = {0.0, sorted[0], sorted[0]};
@@ -16,7 +16,7 @@ ExpectedBest ExpectBest(const std::vector<double> &sorted, std::size_t n)
   bool below_low = true, below_high = true;
 
   for (std::size_t i = 0; i < sorted.size() && chance > 0.0; i++) {
-    best.mean += chance * sorted[i];
+    best.mean += chance * static_cast<double>(sorted[i]);
     sum += chance;
     if (below_low)
       best.low = sorted[i];

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace kapris_cli
@@ -11,10 +12,11 @@ namespace kapris_cli
 // The smallest of n values drawn from a sample without putting them back: its mean, and the values that it stays below
 // in 10 and in 90 of 100 cases.
 struct ExpectedBest {
-  double mean, low, high;
+  double mean;
+  std::int64_t low, high;
 };
 
 // sorted: the sample, rising; 1 <= n <= its size.
-ExpectedBest ExpectBest(const std::vector<double> &sorted, std::size_t n);
+ExpectedBest ExpectBest(const std::vector<std::int64_t> &sorted, std::size_t n);
 
 } // namespace kapris_cli

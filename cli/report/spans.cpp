@@ -16,7 +16,7 @@ namespace
 {
 
 struct SpanCount {
-  long long nets = 0, weight = 0, pins = 0;
+  std::int64_t nets = 0, weight = 0, pins = 0;
 };
 
 // Nets whose pins lie in first to last parts.
@@ -79,7 +79,7 @@ static std::string ShortNameOf(const SpanBin &bin)
 
 static void DrawHistogram(Svg *svg, const std::vector<SpanBin> &bins)
 {
-  long long highest = 1;
+  std::int64_t highest = 1;
 
   for (const SpanBin &bin : bins)
     highest = std::max(highest, bin.count.nets);

@@ -27,7 +27,7 @@ static std::string BalanceSentence(const ReportData &data)
   };
 
   for (size_t p = 0; p < data.weights.size(); p++) {
-    nover += room(p) < 0.0;
+    nover += data.weights[p] > data.limits[p];
     if (relative(p) < relative(fullest))
       fullest = p;
   }
@@ -44,7 +44,7 @@ static std::string BalanceSentence(const ReportData &data)
 
 static std::string ObjectiveSentence(const ReportData &data)
 {
-  const long long value = ObjectiveOf(data, data.best);
+  const std::int64_t value = ObjectiveOf(data, data.best);
   const std::string what = data.objective == "soed" ? "sum of external degrees" : "cut";
   std::string from = data.command == "refine" ? "the given partition"
                                               : "a simple partition made before the first start ended";

@@ -30,8 +30,12 @@ Scale RoundScale(double low, double high, double from, double to, bool whole)
 {
   constexpr int steps = 5;
 
+  // Closer ends than that leave no room for steps that doubles can count.
+  const double closest = 1e-9 * std::max(std::fabs(low), std::fabs(high));
+
   if (!(high > low))
     high = low + std::max(1.0, std::fabs(low) * 0.1);
+  high = std::max(high, low + closest);
   const double step = std::max(RoundStep((high - low) / steps), whole ? 1.0 : 0.0);
   return {std::floor(low / step + 1e-9) * step,
           std::ceil(high / step - 1e-9) * step,
@@ -83,7 +87,7 @@ std::string ShortNumber(double value)
   static constexpr struct {
     double size;
     const char *letter;
-  } units[] = {{1e12, "T"}, {1e9, "G"}, {1e6, "M"}, {1e4, "k"}};
+  } units[] = {{1e18, "E"}, {1e15, "P"}, {1e12, "T"}, {1e9, "G"}, {1e6, "M"}, {1e4, "k"}};
 
   for (const auto &unit : units)
     if (std::fabs(value) >= unit.size) {

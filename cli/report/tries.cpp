@@ -18,7 +18,7 @@ namespace
 // A start or a trial.
 struct Try {
   std::string name;
-  double value;
+  std::int64_t value;
   bool counts; // as a balanced and complete one does, if there is any
   bool best;   // gave the result
 };
@@ -32,15 +32,20 @@ struct Tries {
 
 } // namespace
 
-static std::vector<double> SampleOf(const Tries &all)
+static std::vector<std::int64_t> SampleOf(const Tries &all)
 {
-  std::vector<double> sample;
+  std::vector<std::int64_t> sample;
 
   for (const Try &one : all.tries)
     if (one.counts)
       sample.push_back(one.value);
   std::sort(sample.begin(), sample.end());
   return sample;
+}
+
+static double HeightOf(const Plot &plot, std::int64_t value)
+{
+  return Position(plot.y, static_cast<double>(value));
 }
 
 // Where there are too many for dots: from the smallest to the largest of neighbours.
@@ -54,8 +59,8 @@ static void DrawRanges(Svg *svg, const Plot &plot, const std::vector<Try> &tries
     const auto [least, most] =
         std::minmax_element(first, end, [](const Try &a, const Try &b) { return a.value < b.value; });
     const double x = Position(plot.x, static_cast<double>(first - tries.begin())),
-                 y = Position(plot.y, most->value);
-    DrawBox(svg, x, y, 1.0, std::max(1.0, Position(plot.y, least->value) - y), "range");
+                 y = HeightOf(plot, most->value);
+    DrawBox(svg, x, y, 1.0, std::max(1.0, HeightOf(plot, least->value) - y), "range");
   }
 }
 
@@ -64,7 +69,7 @@ static void DrawDots(Svg *svg, const Plot &plot, const Tries &all)
   const double radius = all.tries.size() > 120 ? 2.2 : 3.4;
   const Try *best = nullptr;
   std::string line;
-  double least = 0.0;
+  std::int64_t least = 0;
 
   for (size_t i = 0; i < all.tries.size(); i++) {
     const double x = Position(plot.x, static_cast<double>(i));
@@ -72,8 +77,8 @@ static void DrawDots(Svg *svg, const Plot &plot, const Tries &all)
       continue;
     if (line.empty() || all.tries[i].value < least) {
       least = all.tries[i].value;
-      line += line.empty() ? PathStep('M', x, Position(plot.y, least))
-                           : fmt::format("H{:.1f}V{:.1f}", x, Position(plot.y, least));
+      line += line.empty() ? PathStep('M', x, HeightOf(plot, least))
+                           : fmt::format("H{:.1f}V{:.1f}", x, HeightOf(plot, least));
     }
   }
   if (!line.empty())
@@ -85,13 +90,12 @@ static void DrawDots(Svg *svg, const Plot &plot, const Tries &all)
     if (one.best)
       best = &one;
     else if (all.tries.size() <= most_dots)
-      DrawDot(svg, Position(plot.x, static_cast<double>(i)), Position(plot.y, one.value), radius,
-              one.counts ? "dot" : "ring", fmt::format("{}: {:.0f}", one.name, one.value));
+      DrawDot(svg, Position(plot.x, static_cast<double>(i)), HeightOf(plot, one.value), radius,
+              one.counts ? "dot" : "ring", fmt::format("{}: {}", one.name, one.value));
   }
   if (best != nullptr)
-    DrawDot(svg, Position(plot.x, static_cast<double>(best - all.tries.data())),
-            Position(plot.y, best->value), 5.0, "best",
-            fmt::format("{}: {:.0f}, the best", best->name, best->value));
+    DrawDot(svg, Position(plot.x, static_cast<double>(best - all.tries.data())), HeightOf(plot, best->value),
+            5.0, "best", fmt::format("{}: {}, the best", best->name, best->value));
 }
 
 // How many to draw: all up to a bound, then ever wider apart, and the whole sample.
@@ -105,7 +109,7 @@ static std::vector<size_t> DrawCounts(size_t size)
   return counts;
 }
 
-static void DrawExpectation(Svg *svg, const Plot &plot, const std::vector<double> &sample)
+static void DrawExpectation(Svg *svg, const Plot &plot, const std::vector<std::int64_t> &sample)
 {
   std::string mean, upper, lower;
 
@@ -113,22 +117,22 @@ static void DrawExpectation(Svg *svg, const Plot &plot, const std::vector<double
     const ExpectedBest best = ExpectBest(sample, n);
     const double x = Position(plot.x, static_cast<double>(n));
     mean += PathStep(mean.empty() ? 'M' : 'L', x, Position(plot.y, best.mean));
-    upper += PathStep(upper.empty() ? 'M' : 'L', x, Position(plot.y, best.high));
-    lower = PathStep('L', x, Position(plot.y, best.low)) + lower;
+    upper += PathStep(upper.empty() ? 'M' : 'L', x, HeightOf(plot, best.high));
+    lower = PathStep('L', x, HeightOf(plot, best.low)) + lower;
   }
   svg->body += "<path class=\"band\" style=\"fill:var(--sky)\" d=\"" + upper + lower + "z\"/>";
   DrawPath(svg, mean, "blue");
 }
 
-static Table ExpectationTable(const Tries &all, const std::vector<double> &sample)
+static Table ExpectationTable(const Tries &all, const std::vector<std::int64_t> &sample)
 {
   Table table = {
       all.id + "-expected", {all.noun, "expected best", "10 of 100 below", "90 of 100 below"}, {}, ""};
 
   for (size_t n = 1;; n = std::min(n < 5 ? n + 1 : n < 10 ? 10 : 2 * n, sample.size())) {
     const ExpectedBest best = ExpectBest(sample, n);
-    table.rows.push_back({fmt::format("{}", n), fmt::format("{:.2f}", best.mean),
-                          fmt::format("{:.0f}", best.low), fmt::format("{:.0f}", best.high)});
+    table.rows.push_back({fmt::format("{}", n), fmt::format("{:.2f}", best.mean), fmt::format("{}", best.low),
+                          fmt::format("{}", best.high)});
     if (n >= sample.size())
       break;
   }
@@ -136,13 +140,13 @@ static Table ExpectationTable(const Tries &all, const std::vector<double> &sampl
 }
 
 // What the second half of the sample was worth.
-static std::string WorthOfMore(const Tries &all, const std::vector<double> &sample)
+static std::string WorthOfMore(const Tries &all, const std::vector<std::int64_t> &sample)
 {
   const size_t n = sample.size();
 
   if (n < fewest_sampled)
     return fmt::format(" {} {} are too few to tell what more would give.", n, all.noun);
-  const double half = ExpectBest(sample, n / 2).mean, whole = sample[0];
+  const double half = ExpectBest(sample, n / 2).mean, whole = static_cast<double>(sample[0]);
   const double gain = half > 0.0 ? std::max(0.0, 100.0 * (half - whole) / half) : 0.0;
   return fmt::format(" Going from {} to {} {} lowered the expected best by {:.2f} %{}", n / 2, n, all.noun,
                      gain, gain < 0.1 ? ": more would hardly pay." : ".");
@@ -150,8 +154,8 @@ static std::string WorthOfMore(const Tries &all, const std::vector<double> &samp
 
 static std::string TriesHtml(Tries all)
 {
-  std::vector<double> sample = SampleOf(all);
-  double lowest = all.tries[0].value, highest = lowest;
+  std::vector<std::int64_t> sample = SampleOf(all);
+  std::int64_t lowest = all.tries[0].value, highest = lowest;
   Svg svg = {226.0, ""};
 
   if (sample.empty()) {
@@ -163,8 +167,9 @@ static std::string TriesHtml(Tries all)
     lowest = std::min(lowest, one.value);
     highest = std::max(highest, one.value);
   }
-  const double margin = std::max(1.0, 0.04 * (highest - lowest));
-  const Scale y = RoundScale(std::max(0.0, lowest - margin), highest + margin, 184.0, 48.0, true);
+  const double low = static_cast<double>(lowest), high = static_cast<double>(highest);
+  const double margin = std::max(1.0, 0.04 * (high - low));
+  const Scale y = RoundScale(std::max(0.0, low - margin), high + margin, 184.0, 48.0, true);
   const double last = static_cast<double>(std::max<size_t>(all.tries.size(), 2) - 1);
   const Plot dots = {{-0.03 * last, 1.03 * last, plot_left, plot_right, false, true, 0.0}, y};
   DrawLegend(&svg, 2.0, 13.0,
@@ -193,7 +198,7 @@ static std::string TriesHtml(Tries all)
     rest += FoldedTable("Expected best as numbers", ExpectationTable(all, sample));
   }
   return FigureHtml({all.id, all.title, all.sentence,
-                     fmt::format("{} {} with values from {:.0f} to {:.0f}, and the best so far as a line.",
+                     fmt::format("{} {} with values from {} to {}, and the best so far as a line.",
                                  all.tries.size(), all.noun, lowest, highest),
                      svg, rest});
 }
@@ -222,9 +227,8 @@ std::string StartsHtml(const ReportData &data)
                ""};
   for (const ReportStart &start : data.starts) {
     const ReportFigures &figures = start.figures;
-    all.tries.push_back({fmt::format("start {}", start.number),
-                         static_cast<double>(ObjectiveOf(data, figures)), figures.balanced && start.completed,
-                         data.best_start == start.number});
+    all.tries.push_back({fmt::format("start {}", start.number), ObjectiveOf(data, figures),
+                         figures.balanced && start.completed, data.best_start == start.number});
     all.table.rows.push_back({fmt::format("{}", start.number), fmt::format("{}", figures.cut),
                               fmt::format("{}", figures.soed), fmt::format("{:.4f}", figures.imbalance),
                               figures.balanced ? "yes" : "no", start.completed ? "yes" : "no",
@@ -272,9 +276,9 @@ std::string TrialsHtml(const ReportData &data)
     return MissingFigure("trials", title, "No trial came to its end.");
   all.table = {"trials-numbers", {"start", "trial", "value", "after V-cycles", "imbalance", "kept"}, {}, ""};
   for (const ReportTrial &trial : data.records->trials) {
-    const long long value = std::min(trial.value, trial.cycled.value_or(trial.value));
-    all.tries.push_back({fmt::format("start {}, trial {}", trial.start, trial.number),
-                         static_cast<double>(value), true, trial.best && data.best_start == trial.start});
+    const std::int64_t value = std::min(trial.value, trial.cycled.value_or(trial.value));
+    all.tries.push_back({fmt::format("start {}, trial {}", trial.start, trial.number), value, true,
+                         trial.best && data.best_start == trial.start});
     all.table.rows.push_back({fmt::format("{}", trial.start), fmt::format("{}", trial.number),
                               fmt::format("{}", trial.value),
                               trial.cycled ? fmt::format("{}", *trial.cycled) : "",

@@ -20,6 +20,7 @@ namespace
 
 struct PartFigures {
   double weight, target, limit, fixed;
+  bool over;
 
   // Over the target, less 1.
   double Deviation(double value) const
@@ -30,12 +31,12 @@ struct PartFigures {
 
 // One mark: the extremes and the average of its parts.
 struct Bar {
-  PartFigures average = {0.0, 0.0, 0.0, 0.0};
+  PartFigures average = {0.0, 0.0, 0.0, 0.0, false};
   double least = 0.0, most = 0.0;         // weights
   double least_off = 0.0, most_off = 0.0; // deviations from the target
   double limit_off = 0.0;                 // the least of the limits' deviations
   bool over = false;
-  std::string name;
+  std::string name, hint;
 };
 
 } // namespace
@@ -49,11 +50,33 @@ static std::vector<PartFigures> AllFigures(const ReportData &data)
   for (size_t p = 0; p < data.weights.size(); p++)
     figures.push_back({static_cast<double>(data.weights[p]), ShareOf(data, p) * total,
                        static_cast<double>(data.limits[p]),
-                       fixed ? static_cast<double>(data.records->fixed_weights[p]) : 0.0});
+                       fixed ? static_cast<double>(data.records->fixed_weights[p]) : 0.0,
+                       data.weights[p] > data.limits[p]});
   return figures;
 }
 
-static std::vector<Bar> BarsOf(const std::vector<PartFigures> &parts, const Groups &groups)
+// With one digit behind the point. Equal shares are exact, others are doubles themselves.
+static std::string FormatTarget(const ReportData &data, const PartFigures &part)
+{
+  const std::int64_t total = TotalWeight(data), parts = data.parts;
+  const std::int64_t tenths = (20 * (total % parts) + parts) / (2 * parts);
+
+  if (!data.shares.empty())
+    return fmt::format("{:.1f}", part.target);
+  return fmt::format("{}.{}", total / parts + tenths / 10, tenths % 10);
+}
+
+static std::string Hint(const ReportData &data, const Bar &bar, size_t first, size_t end)
+{
+  if (end - first == 1)
+    return fmt::format("part {}: weight {}, target {}, limit {}", bar.name, data.weights[first],
+                       FormatTarget(data, bar.average), data.limits[first]);
+  return fmt::format("parts {}, on average: weight {:.6g}, target {:.6g}, limit {:.6g}", bar.name,
+                     bar.average.weight, bar.average.target, bar.average.limit);
+}
+
+static std::vector<Bar> BarsOf(const ReportData &data, const std::vector<PartFigures> &parts,
+                               const Groups &groups)
 {
   std::vector<Bar> bars(groups.ngroups);
 
@@ -74,8 +97,9 @@ static std::vector<Bar> BarsOf(const std::vector<PartFigures> &parts, const Grou
       bar->least_off = p == first ? off : std::min(bar->least_off, off);
       bar->most_off = p == first ? off : std::max(bar->most_off, off);
       bar->limit_off = p == first ? limit_off : std::min(bar->limit_off, limit_off);
-      bar->over = bar->over || part.weight > part.limit;
+      bar->over = bar->over || part.over;
     }
+    bar->hint = Hint(data, *bar, first, end);
   }
   return bars;
 }
@@ -89,12 +113,6 @@ static void DrawNames(Svg *svg, const Plot &plot, const std::vector<Bar> &bars, 
     const double x = plot.x.from + step * (static_cast<double>(g) + 0.5);
     DrawText(svg, x, plot.y.from + 14.0, bars[g].name.substr(0, bars[g].name.find('-')), "middle");
   }
-}
-
-static std::string Hint(const Bar &bar)
-{
-  return fmt::format("part {}: weight {:.6g}, target {:.6g}, limit {:.6g}", bar.name, bar.average.weight,
-                     bar.average.target, bar.average.limit);
 }
 
 static void DrawWeights(Svg *svg, const std::vector<Bar> &bars, const std::string &xtitle, size_t stride)
@@ -114,7 +132,7 @@ static void DrawWeights(Svg *svg, const std::vector<Bar> &bars, const std::strin
     const double x = plot.x.from + step * static_cast<double>(g);
     const auto y = [&](double value) { return Position(plot.y, value); };
     DrawBox(svg, x + gap, y(bar.average.weight), step - 2 * gap, y(0.0) - y(bar.average.weight),
-            bar.over ? "bar over" : "bar", Hint(bar));
+            bar.over ? "bar over" : "bar", bar.hint);
     if (bar.average.fixed > 0.0)
       DrawBox(svg, x + gap, y(bar.average.fixed), step - 2 * gap, y(0.0) - y(bar.average.fixed), "hatch");
     DrawLine(svg, x, y(bar.average.target), x + step, y(bar.average.target), "target");
@@ -178,7 +196,7 @@ static Table WeightTable(const ReportData &data, const std::vector<PartFigures> 
   }
   for (const size_t p : rows) {
     table.rows.push_back({fmt::format("{}", p), fmt::format("{}", data.weights[p]),
-                          fmt::format("{:.1f}", parts[p].target), fmt::format("{}", data.limits[p]),
+                          FormatTarget(data, parts[p]), fmt::format("{}", data.limits[p]),
                           fmt::format("{:+.3f} %", 100.0 * parts[p].Deviation(parts[p].weight))});
     if (fixed)
       table.rows.back().push_back(fmt::format("{}", data.records->fixed_weights[p]));
@@ -190,7 +208,7 @@ std::string WeightsHtml(const ReportData &data)
 {
   const std::vector<PartFigures> parts = AllFigures(data);
   const Groups groups = GroupParts(parts.size(), most_bars);
-  const std::vector<Bar> bars = BarsOf(parts, groups);
+  const std::vector<Bar> bars = BarsOf(data, parts, groups);
   const bool fixed = data.records && !data.records->fixed_weights.empty(),
              grouped = groups.ngroups < parts.size();
   const std::string xtitle = grouped ? "first part of each group" : "part";

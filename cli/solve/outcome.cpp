@@ -106,7 +106,7 @@ static Json InputJson(const Input &input)
 
 static Json FixedWeightsJson(const Outcome &outcome)
 {
-  std::vector<long long> weights(static_cast<size_t>(outcome.request->nparts));
+  std::vector<std::int64_t> weights(static_cast<size_t>(outcome.request->nparts));
 
   if (outcome.fixed.empty())
     return nullptr;
@@ -206,7 +206,7 @@ std::string PlanSummary(const Outcome &outcome)
 {
   const kapris::Options &options = outcome.plan.options;
   const int nparts = outcome.request->nparts;
-  long long total = 0;
+  std::int64_t total = 0;
   std::string lines =
       PlanLines(outcome) +
       Line("seed", options.seed.value_or(-1) < 0 ? "clock" : fmt::format("{}", *options.seed));

@@ -29,8 +29,13 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 // Bits of the library's traces.
 enum { TRACE_RUNS = 8 | 16, TRACE_LEVELS = 1 | 2 | 4 | 128 };
+
+} // namespace
 
 static void CheckStreams(const Request &request)
 {
@@ -119,7 +124,7 @@ static void WriteParts(const Outcome &outcome)
   const std::vector<int> part = out != "-" && IsRegularFile(out)
                                     ? LoadParts(out, outcome.hgr.ncells, outcome.request->nparts)
                                     : result.part;
-  const Measures measures = Measure(outcome.hgr, part);
+  const Measures measures = Measure(NameOf(outcome.request->input), outcome.hgr, part);
   if (part != result.part)
     throw Failure{EXIT_FILES, fmt::format("{} does not hold what was written to it", out)};
   if (measures.cut != result.cut || measures.soed != result.soed)

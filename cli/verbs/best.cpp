@@ -29,6 +29,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct BestRequest {
   std::vector<std::string> files;
   std::string out, json;
@@ -42,21 +45,22 @@ struct SavedResult {
 
 using StartsByNumber = std::map<long long, Json>;
 
+} // namespace
+
 static Json At(const Json &json, const char *key)
 {
   return json.is_object() ? json.value(key, Json()) : Json();
 }
 
-static bool IsWhole(const Json &json, long long low, long long high)
+static bool IsWhole(const Json &json, std::int64_t low, std::int64_t high)
 {
-  return json.is_number_integer() &&
-         (!json.is_number_unsigned() || json.get<unsigned long long>() <= LLONG_MAX) &&
-         json.get<long long>() >= low && json.get<long long>() <= high;
+  return json.is_number_integer() && (!json.is_number_unsigned() || json.get<std::uint64_t>() <= INT64_MAX) &&
+         json.get<std::int64_t>() >= low && json.get<std::int64_t>() <= high;
 }
 
 static bool HasFigures(const Json &json)
 {
-  return IsWhole(At(json, "cut"), 0, LLONG_MAX) && IsWhole(At(json, "soed"), 0, LLONG_MAX) &&
+  return IsWhole(At(json, "cut"), 0, INT64_MAX) && IsWhole(At(json, "soed"), 0, INT64_MAX) &&
          At(json, "imbalance").is_number() && At(json, "balanced").is_boolean();
 }
 
@@ -111,7 +115,7 @@ static bool IsBetter(const SavedResult &a, const SavedResult &b)
 {
   const bool bycut = a.json["options"]["objective"] == "cut", given = At(a.json, "command") == "refine";
   const auto key = [bycut](const Json &best) {
-    const long long cut = best["cut"].get<long long>(), soed = best["soed"].get<long long>();
+    const auto cut = best["cut"].get<std::int64_t>(), soed = best["soed"].get<std::int64_t>();
     return std::make_tuple(!best["balanced"].get<bool>(), bycut ? cut : soed, bycut ? soed : cut,
                            best["imbalance"].get<double>(),
                            best["start"].is_null() ? -1 : best["start"].get<long long>());

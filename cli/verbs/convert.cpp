@@ -26,6 +26,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct ConvertRequest {
   Input input;
   std::string out;
@@ -33,6 +36,8 @@ struct ConvertRequest {
   bool drop_weights = false;
   bool drop_repeats = false;
 };
+
+} // namespace
 
 static Format OutputFormat(const ConvertRequest &request)
 {
@@ -45,19 +50,19 @@ static Format OutputFormat(const ConvertRequest &request)
   return format;
 }
 
-static bool AllOnes(const std::vector<int> &weights)
+static bool AllOnes(const std::vector<std::int64_t> &weights)
 {
-  return std::all_of(weights.begin(), weights.end(), [](int weight) { return weight == 1; });
+  return std::all_of(weights.begin(), weights.end(), [](std::int64_t weight) { return weight == 1; });
 }
 
 // Whether the cells weigh what the reader of matrices gives them.
 static bool WeighTheirEntries(const Hgr &hgr)
 {
-  std::vector<int> left = hgr.cellwgts;
+  std::vector<std::int64_t> left = hgr.cellwgts;
 
   for (const int pin : hgr.netind)
     left[static_cast<size_t>(pin)]--;
-  return std::all_of(left.begin(), left.end(), [](int weight) { return weight == 0; });
+  return std::all_of(left.begin(), left.end(), [](std::int64_t weight) { return weight == 0; });
 }
 
 // What remains of a hypergraph in a matrix of ones.

@@ -30,6 +30,9 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct EvalRequest {
   Input input;
   std::string parts;
@@ -49,8 +52,10 @@ struct Evaluation {
   int nfixed = 0;
   std::vector<int> misplaced; // fixed cells that are elsewhere
   std::vector<CutNet> nets;   // for the matrix and the list of nets
-  std::vector<std::vector<long long>> matrix;
+  std::vector<std::vector<std::int64_t>> matrix;
 };
+
+} // namespace
 
 static constexpr int most_matrix = 4096;
 static constexpr size_t most_misplaced = 5;
@@ -66,7 +71,7 @@ static Evaluation Evaluate(const EvalRequest &request)
   eval.part = LoadParts(request.parts, eval.hgr.ncells, request.nparts);
   if (!request.fixed.empty())
     eval.fixed = LoadFixed(request.fixed, eval.hgr.ncells, request.nparts);
-  eval.measures = Measure(eval.hgr, eval.part);
+  eval.measures = Measure(NameOf(request.input), eval.hgr, eval.part);
   eval.nparts = request.nparts;
   if (request.nparts == 0 && !eval.measures.used.empty())
     eval.nparts = eval.measures.used.back().number + 1LL;
@@ -74,7 +79,8 @@ static Evaluation Evaluate(const EvalRequest &request)
     throw Failure{EXIT_USAGE,
                   fmt::format("--matrix is for up to {} parts, not {}", most_matrix, eval.nparts)};
   if (request.epsilon >= 0 && eval.nparts > 0) {
-    const long long limit = ShareLimit(eval.measures.total, eval.nparts, std::llround(request.epsilon * 1e6));
+    const std::int64_t limit =
+        ShareLimit(eval.measures.total, eval.nparts, std::llround(request.epsilon * 1e6));
     eval.limits = [limit](int) { return limit; };
   }
   for (size_t cell = 0; cell < eval.fixed.size(); cell++) {

@@ -23,12 +23,17 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct GenerateRequest {
   Recipe recipe;
   std::string kind;
   std::string out;
   std::string partition; // empty: the planted parts are not written
 };
+
+} // namespace
 
 static constexpr int most = 1 << 30;
 
@@ -71,25 +76,30 @@ static void AddCount(CLI::App *kind, const char *name, int *value, int low, int 
       ->check(CLI::Range(low, high).description(""));
 }
 
-// "A:B" with low <= A <= B, or "A" for A:A.
-static Range ParseRange(const std::string &name, const std::string &text, int low)
+// "A:B" with low <= A <= B <= high, or "A" for A:A.
+template <typename AnyRange>
+static AnyRange ParseRange(const std::string &name, const std::string &text, decltype(AnyRange::low) low,
+                           decltype(AnyRange::low) high)
 {
-  Range range = {0, 0};
+  AnyRange range = {0, 0};
   const char *end = text.data() + text.size();
   const auto first = std::from_chars(text.data(), end, range.low);
   const bool pair = first.ec == std::errc{} && first.ptr != end && *first.ptr == ':';
   const auto last = std::from_chars(pair ? first.ptr + 1 : text.data(), end, range.high);
 
-  if (last.ec != std::errc{} || last.ptr != end || range.low < low || range.low > range.high)
+  if (last.ec != std::errc{} || last.ptr != end || range.low < low || range.low > range.high ||
+      range.high > high)
     throw Failure{EXIT_USAGE,
-                  fmt::format("{} is '{}', not A or A:B with {} <= A <= B <= {}", name, text, low, INT_MAX)};
+                  fmt::format("{} is '{}', not A or A:B with {} <= A <= B <= {}", name, text, low, high)};
   return range;
 }
 
-static void AddRange(CLI::App *kind, const std::string &name, Range *range, int low, const char *help)
+template <typename AnyRange>
+static void AddRange(CLI::App *kind, const std::string &name, AnyRange *range, decltype(AnyRange::low) low,
+                     decltype(AnyRange::low) high, const char *help)
 {
   kind->add_option_function<std::string>(
-          name, [=](const std::string &text) { *range = ParseRange(name, text, low); }, help)
+          name, [=](const std::string &text) { *range = ParseRange<AnyRange>(name, text, low, high); }, help)
       ->type_name("A:B")
       ->default_str(fmt::format("{}:{}", range->low, range->high));
 }
@@ -109,8 +119,9 @@ static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, 
                   "KIND-CELLS-SEED.hgr")
       ->type_name("OUT");
   AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence");
-  AddRange(app, "--cell-weights", &request->recipe.cellwgts, 0, "Random weights of cells, A to B");
-  AddRange(app, "--net-weights", &request->recipe.netwgts, 0, "Random weights of nets, A to B");
+  AddRange(app, "--cell-weights", &request->recipe.cellwgts, 0, most_weight,
+           "Random weights of cells, A to B");
+  AddRange(app, "--net-weights", &request->recipe.netwgts, 0, most_weight, "Random weights of nets, A to B");
   if (kind == Kind::PLANTED)
     app->add_option("--partition", request->partition, "Also write the planted parts, - for standard output")
         ->type_name("PART");
@@ -120,7 +131,8 @@ static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, 
   if (kind != Kind::GRID && kind != Kind::CIRCUIT)
     AddCount(app, "--nets", &request->recipe.nets, 0, most, "Number of nets; 0: as many as cells");
   if (kind == Kind::RANDOM || kind == Kind::PLANTED)
-    AddRange(app, "--size", &request->recipe.size, 1, "Cells of a net: A to B, all equally frequent");
+    AddRange(app, "--size", &request->recipe.size, 1, INT_MAX,
+             "Cells of a net: A to B, all equally frequent");
   app->callback([request, run] { *run = [request] { return WriteGenerated(*request); }; });
   return app;
 }

@@ -20,10 +20,15 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct ReportRequest {
   std::string result, part, out = "report.html";
   Input input; // path empty: neither hypergraph nor partition
 };
+
+} // namespace
 
 static ExitStatus Report(const ReportRequest &request)
 {

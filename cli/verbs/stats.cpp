@@ -20,10 +20,20 @@
 namespace kapris_cli
 {
 
+namespace
+{
+
 struct StatsRequest {
   Input input;
   std::string json; // empty: none
 };
+
+} // namespace
+
+static std::string FormatMedian(const Json &median)
+{
+  return median.is_number_float() ? fmt::format("{}", median.get<double>()) : median.dump();
+}
 
 static std::string FormatDistribution(const std::string &name, const Json &json)
 {
@@ -31,7 +41,7 @@ static std::string FormatDistribution(const std::string &name, const Json &json)
     return Line(name, "none");
   std::string text =
       Line(name, fmt::format("total {}, min {}, average {:.2f}, median {}, max {}", json["total"].dump(),
-                             json["min"].dump(), json["average"].get<double>(), json["median"].get<double>(),
+                             json["min"].dump(), json["average"].get<double>(), FormatMedian(json["median"]),
                              json["max"].dump()));
   for (const Json &bin : json["histogram"]) {
     const std::string from = bin["from"].dump(), to = bin["to"].dump();

@@ -135,8 +135,11 @@ class Commands(ToolTest):
         self.fails(3, "bad.hgr:3:3: pin 4", "eval", "bad.hgr", "bad.hgr")
         write("old", "kept\n")
         self.fails(3, "pin 4", "partition", "bad.hgr", "-k", "2", "-o", "old")
-        write("heavy.hgr", "1 2 10\n1 2\n2000000000\n1\n")
-        self.fails(3, "heavy.hgr: weights too large: twice", "partition", "heavy.hgr", "-k", "2")
+        write("heavy.hgr", f"1 2 10\n1 2\n{2**61}\n1\n")
+        self.fails(3, f"heavy.hgr:4:1: cell weight: 1 takes the total to {2**61 + 1}, above {2**61}",
+                   "partition", "heavy.hgr", "-k", "2")
+        write("heavy.hgr", f"2 3 1\n{2**59} 1 2 3\n{2**58} 1 2 3\n")
+        self.fails(3, f"heavy.hgr: weights too large: net 2, of weight {2**58}, takes the total", "partition", "heavy.hgr", "-k", "3")
 
         write("t.hgr", TWO_TRIANGLES)
         for parts, message in (("0\n1\n", "parts:3:1: the text ends after the parts of 2 of 6 cells"),

@@ -34,7 +34,7 @@ def nets_of(text):
 
 
 def histogram(values):
-    bins = [(0, 0)] + [(1 << n, (2 << n) - 1) for n in range(31)]
+    bins = [(0, 0)] + [(1 << n, (2 << n) - 1) for n in range(62)]
     counts = [(low, high, sum(low <= v <= high for v in values)) for low, high in bins]
     return [{"from": low, "to": high, "count": count} for low, high, count in counts if count]
 
@@ -113,7 +113,10 @@ class Generate(ToolTest):
                 ("--cells: Value 1 ", "powerlaw --cells 1"), ("--max-size: Value 1 ", "powerlaw --max-size 1"),
                 ("--size is '3:2'", "random --size 3:2"), ("--size is '3:'", "random --size 3:"),
                 ("--size is '0:2'", "random --size 0:2"), ("--size is 'x'", "random --size x"),
-                ("--cell-weights is '1:2147483648'", "random --cell-weights 1:2147483648"),
+                (f"--cell-weights is '1:{2**61 + 1}'", f"random --cell-weights 1:{2**61 + 1}"),
+                (f"--net-weights {2**60}:{2**61}: the first 2 of 9 weights add up to",
+                 f"random --nets 9 --net-weights {2**60}:{2**61}"),
+                ("--size is '1:2147483648'", "random --size 1:2147483648"),
                 ("--size goes up to 9, but --cells is 8", "random --cells 8 --size 9"),
                 ("--nets 600000000", "random --nets 600000000"),
                 ("--rows 50000", "grid --rows 50000 --cols 50000"), ("--depth 1000000", "grid --depth 1000000"),
@@ -130,7 +133,7 @@ class Counts(ToolTest):
 
     def test_stats(self):
         for seed in range(8):
-            text, nets, netwgts, cellwgts = random_hypergraph(seed, repeats=seed % 2 == 1)
+            text, nets, netwgts, cellwgts = random_hypergraph(seed, seed % 2 == 1, 2**40 if seed % 4 > 1 else None)
             if seed > 3:  # fewer nets, more components
                 nets, netwgts = nets[:20], netwgts[:20]
                 lines = text.splitlines()
@@ -152,11 +155,16 @@ class Counts(ToolTest):
             self.assertEqual(lines["identical nets"], str(expected["identical_nets"]))
             self.assertTrue(lines["net size"].endswith(f"max {max(map(len, sets))}"), lines)
         self.assertEqual(fields(self.run_kapris("stats", "-", text="0 0\n").stdout)["net size"], "none")
+        heavy = ("stats", "-"), f"0 3 10\n0\n{2**60 + 1}\n{2**60 - 1}\n"
+        found = json.loads(self.run_kapris(*heavy[0], "--json", text=heavy[1]).stdout)["cell_weight"]
+        self.assertEqual([found[key] for key in ("total", "max", "median")], [2**61, 2**60 + 1, 2**60 - 1])
+        self.assertIn(f"median {2**60 - 1}, max {2**60 + 1}", self.run_kapris(*heavy[0], text=heavy[1]).stdout)
 
     def test_eval(self):
-        for seed, nparts in enumerate((2, 3, 7, 20)):
+        # Sums above 2^53 would not be exact in doubles.
+        for seed, (nparts, heaviest) in enumerate(((2, None), (3, None), (7, 2**40), (20, None), (2, 2**40), (20, 2**54))):
             rng = random.Random(seed)
-            text, nets, netwgts, cellwgts = random_hypergraph(seed, repeats=True)
+            text, nets, netwgts, cellwgts = random_hypergraph(seed, repeats=True, heaviest=heaviest)
             part = [rng.randrange(nparts) for _ in cellwgts]
             fixed = [rng.choice((-1, p, p, rng.randrange(nparts))) for p in part]
             write("h.hgr", text)
@@ -200,6 +208,15 @@ class Counts(ToolTest):
                              sum(w > limit for w in weights))
             self.assertEqual([line.split()[1] for line in lines if " fixed to " in line],
                              [str(n + 1) for n in elsewhere[:5]])
+
+    def test_a_sum_that_leaves_64_bits_is_refused(self):
+        write("h.hgr", f"2 5 1\n{2**61 - 1} 1 2 3 4\n1 1 2 3 4 5\n")
+        write("parts", "0\n1\n2\n2\n2\n")
+        found = json.loads(self.run_kapris("eval", "h.hgr", "parts", "--json").stdout)
+        self.assertEqual([found[key] for key in ("cut", "soed", "connectivity")], [2**61, 3 * 2**61, 2 * 2**61])
+        write("parts", "0\n1\n2\n3\n4\n")
+        self.fails(3, f"h.hgr: weights too large: net 2, of weight 1 in 5 parts, takes the SOED above {2**63 - 1}",
+                   "eval", "h.hgr", "parts")
 
     def test_status_4_only_if_a_limit_or_a_fixed_cell_is_missed(self):
         write("h.hgr", "1 5 10\n1 2 3\n" + "1\n" * 4 + "2\n")

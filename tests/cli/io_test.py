@@ -65,10 +65,17 @@ class Io(ToolTest):
                           "2 errors, 0 warnings"])
         many = self.kapris("check", "-", status=3, text="1 1\n" + "0 " * 1200)
         self.assertEqual(many.splitlines()[1000:], ["200 more problems not listed", "1200 errors, 0 warnings"])
-        # Sums that the library refuses: for any number of parts, and for more than two only.
-        self.assertIn("weights too large", self.kapris("check", "-", status=3, text="0 2 10\n1073741824\n1\n"))
+        # Each total once, at the weight that takes it too far; then sums that the library refuses: for any number of
+        # parts, and for more than two only.
+        self.assertEqual(self.kapris("check", "-", status=3, text=f"2 3 11\n{2**61} 1\n1 2\n{2**61 + 1}\n{2**61}\n1\n")
+                         .splitlines(),
+                         [f"stdin:3:1: net weight: 1 takes the total to {2**61 + 1}, above {2**61}",
+                          f"stdin:4:1: cell weight: '{2**61 + 1}' is above {2**61}, the largest number",
+                          f"stdin:6:1: cell weight: 1 takes the total to {2**61 + 1}, above {2**61}",
+                          "3 errors, 0 warnings"])
+        self.assertIn("weights too large", self.kapris("check", "-", status=3, text=f"1 2 1\n{2**60 + 1} 1 2\n"))
         self.assertIn("(for more than two parts)\n0 errors, 1 warning\n",
-                      self.kapris("check", "-", text="1 2 1\n300000000 1 2\n"))
+                      self.kapris("check", "-", text=f"1 3 1\n{2**60} 1 2 3\n"))
         write("t.hgr.gz", WEIGHTED)
         with open("t.hgr.gz", "r+b") as file:
             file.truncate(30)

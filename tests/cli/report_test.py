@@ -213,6 +213,8 @@ class Report(ToolTest):
         for text in ("", "[" * 100000, read("good.json").replace('"cut": ', '"cut": NaN ', 1), '{"cells": 1e999}', "null", "[]"):
             write("bad.json", text)
             self.fails(3, "bad.json:1:1: ", "report", "bad.json", "-o", "page.html")
+        write("bad.json", changed(("part_weights",), [2**60, 2**60, 1]))
+        self.fails(3, f"bad.json:1:1: part_weights add up to more than {2**61}", "report", "bad.json", "-o", "page.html")
         # Nonsense of the right types makes a page all the same.
         for path, value in ((("starts",), []), (("records", "levels"), []), (("records", "trials"), []), (("part_limits",), [0, 0, 0]),
                             (("part_weights",), [0, 0, 0]), (("options", "epsilon"), 1e15), (("best", "imbalance"), 1e15),
@@ -221,6 +223,36 @@ class Report(ToolTest):
             self.run_kapris("report", "odd.json", "c.hgr", "p", "-o", "page.html")
             self.assertNotRegex(read("page.html"), r'="[^"]*\b(nan|inf)\b')
             Page(read("page.html"))
+
+    def test_figures_of_64_bits_are_exact(self):
+        unit = 2**50 + 1
+        result = self.make("c.hgr", "-k", "3", "--runs", "3", "--starts", "4")[1]
+        for place in (result["best"], *result["starts"], *result["records"]["trials"], *result["records"]["levels"]):
+            for key in {"cut", "soed", "connectivity", "value", "cycled"} & place.keys():
+                place[key] = place[key] and place[key] * unit
+        for key in ("part_weights", "part_limits"):
+            result[key] = [weight * unit for weight in result[key]]
+        result["records"]["fixed_weights"] = [unit, 0, 2 * unit]
+        # So close to each other that doubles cannot count the steps of a scale between them.
+        for number, start in enumerate(result["starts"]):
+            start["cut"] = 2**61 + 1 + 128 * number
+        write("big.json", json.dumps(result))
+        self.run_kapris("report", "big.json", "-o", "big.html")
+        page = Page(read("big.html"))
+        self.assertEqual([row[1] for row in page.tables["figures"][1:4]],
+                         [str(result["best"][key]) for key in ("cut", "soed", "connectivity")])
+        total = sum(result["part_weights"])
+        self.assertEqual([row[1:4] + row[5:] for row in page.tables["weights"][1:]],
+                         [[str(weight), f"{total // 3}.{(10 * (total % 3) + 1) // 3}", str(limit), str(fixed)]
+                          for weight, limit, fixed in zip(result["part_weights"], result["part_limits"], [unit, 0, 2 * unit])])
+        self.assertEqual([row[1:3] for row in page.tables["starts-numbers"][1:]],
+                         [[str(start[key]) for key in ("cut", "soed")] for start in result["starts"]])
+        self.assertIn(f"values from {2**61 + 1} to {2**61 + 385}", read("big.html"))
+        self.assertEqual(page.tables["starts-expected"][-1][2:], [str(2**61 + 1)] * 2)
+        self.assertEqual([row[2] for row in page.tables["trials-numbers"][1:]],
+                         [str(trial["value"]) for trial in result["records"]["trials"]])
+        self.assertEqual([row[5] for row in page.tables["levels-numbers"][1:]],
+                         [str(level["value"]) if level["value"] is not None else "" for level in result["records"]["levels"]])
 
     def test_files_that_do_not_belong_together_are_refused(self):
         self.run_kapris("partition", "c.hgr", "-k", "3", "--runs", "1", "-o", "p", "--json=r.json", "-q")

@@ -42,14 +42,15 @@ def snapshot():
             for top, _, names in os.walk(".") for name in names}
 
 
-def random_hypergraph(seed, repeats):
-    """Text, nets, net weights and cell weights of a small hypergraph; its nets may repeat pins."""
+def random_hypergraph(seed, repeats, heaviest=None):
+    """Text, nets, net weights and cell weights of a small hypergraph; its nets may repeat pins. Weights are small, or up to
+    the heaviest."""
     rng = random.Random(seed)
     ncells = 60
     draw = rng.choices if repeats else rng.sample
     nets = [draw(range(ncells), k=rng.choice((0, 1, 2, 2, 3, 5, 12))) for _ in range(90)]
-    netwgts = [rng.randrange(9) for _ in nets]
-    cellwgts = [rng.randrange(1, 5) for _ in range(ncells)]
+    netwgts = [rng.randrange(heaviest or 9) for _ in nets]
+    cellwgts = [rng.randrange(1, heaviest or 5) for _ in range(ncells)]
     lines = [f"{len(nets)} {ncells} 11"]
     lines += [" ".join(map(str, [weight] + [pin + 1 for pin in net])) for net, weight in zip(nets, netwgts)]
     lines += map(str, cellwgts)

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Checks what no compiler checks: folder edges, headers that compile alone, exported symbols, calls that could end
-the host's process or print, and what the gateway takes from MATLAB.
+"""Checks what no compiler checks: folder edges, headers that compile alone, names that are defined once, exported
+symbols, calls that could end the host's process or print, and what the gateway takes from MATLAB.
 
-usage: structure.py includes|headers|symbols|calls|gateway --lib DIR [--include DIR] [--cxx COMMAND --cc COMMAND]
-                    [--shared FILE] [--static FILE --checks LEVEL] [--gateway FILE] [--nm COMMAND]
+usage: structure.py includes|headers|names|symbols|calls|gateway --lib DIR [--include DIR] [--cli DIR]
+                    [--cxx COMMAND --cc COMMAND] [--shared FILE] [--static FILE --checks LEVEL] [--gateway FILE]
+                    [--nm COMMAND]
 """
 # SPDX-License-Identifier: MIT
 import argparse
@@ -11,6 +12,9 @@ import pathlib
 import re
 import subprocess
 import sys
+
+sys.dont_write_bytecode = True  # into the sources
+import names
 
 # Which folders a folder may include, a chain without a way up: what belongs to no hypergraph, the hypergraph and its
 # levels, then what makes something of them; public headers by name. A folder below refine/ is one of its own.
@@ -70,6 +74,20 @@ def broken_headers(args):
                 yield f"{header.name} does not compile alone: {result.stderr.strip()[:300]}"
 
 
+# What is linked together: two types of one name would be one to the linker, whichever files see which.
+def doubled_names(args):
+    flaw = names.flaw()
+    if flaw:
+        yield f"the search itself is wrong about {flaw}"
+    files = [file for folder in (args.lib, args.include, args.cli) for pattern in ("*.cpp", "*.h*")
+             for file in sources(folder, pattern)]
+    doubles, count = names.doubles({str(file): file.read_text() for file in files})
+    for name, where in doubles:
+        yield f"{name} is defined in {' and '.join(where)}"
+    if count < 400:
+        yield f"only {count} names found below {args.lib}, {args.include} and {args.cli}"
+
+
 def wrong_symbols(args):
     headers = "".join((args.include / name).read_text() for name in ("kapris.h", "kapris_api.h"))
     declared = set(re.findall(r"^KAPRIS_(?:SAFE_)?API .*?\*?(\w+)\(", headers, re.M))
@@ -123,9 +141,10 @@ def wrong_gateway(args):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("check", choices=["includes", "headers", "symbols", "calls", "gateway"])
+    parser.add_argument("check", choices=["includes", "headers", "names", "symbols", "calls", "gateway"])
     parser.add_argument("--lib", type=pathlib.Path, required=True)
     parser.add_argument("--include", type=pathlib.Path)
+    parser.add_argument("--cli", type=pathlib.Path)
     parser.add_argument("--cxx")
     parser.add_argument("--cc")
     parser.add_argument("--shared")
@@ -134,7 +153,7 @@ def main():
     parser.add_argument("--gateway")
     parser.add_argument("--nm", default="nm")
     args = parser.parse_args()
-    check = {"includes": wrong_includes, "headers": broken_headers, "symbols": wrong_symbols,
+    check = {"includes": wrong_includes, "headers": broken_headers, "names": doubled_names, "symbols": wrong_symbols,
              "calls": wrong_calls, "gateway": wrong_gateway}[args.check]
     faults = list(check(args))
     print("\n".join(faults))
