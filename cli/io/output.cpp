@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <optional>
 #include <set>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -196,17 +197,15 @@ static void Replace(const std::string &path, std::string_view text, mode_t mode)
 namespace
 {
 
-// Signals that would end the process wait while this lives, so that no temporary file stays behind.
+// Signals wait while this lives, so that no temporary file stays behind and no file ends halfway.
 struct SignalPause {
   sigset_t before;
 
   SignalPause()
   {
-    sigset_t ending;
-    sigemptyset(&ending);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-      sigaddset(&ending, signal);
-    sigprocmask(SIG_BLOCK, &ending, &before);
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, &before);
   }
 
   ~SignalPause()
@@ -223,21 +222,19 @@ struct SignalPause {
 static void WriteBytes(const std::string &path, std::string_view bytes)
 {
   struct stat info;
+  const bool exists = (path == "-" ? fstat(STDOUT_FILENO, &info) : stat(path.c_str(), &info)) == 0;
+  const int stream = path == "-" ? STDOUT_FILENO : exists ? StreamOf(info) : -1;
+  std::optional<SignalPause> pause;
 
-  if (path == "-") {
-    WriteToStream(STDOUT_FILENO, path, bytes);
-    return;
-  }
-  const bool exists = stat(path.c_str(), &info) == 0;
-  const int stream = exists ? StreamOf(info) : -1;
-  if (stream != -1) {
+  // Devices and pipes can wait for ever.
+  if (!exists || S_ISREG(info.st_mode))
+    pause.emplace();
+  if (stream != -1)
     WriteToStream(stream, path, bytes);
-  } else if (exists && !S_ISREG(info.st_mode)) {
+  else if (exists && !S_ISREG(info.st_mode))
     WriteInPlace(path, bytes);
-  } else {
-    const SignalPause pause;
+  else
     Replace(path, bytes, exists ? info.st_mode & 07777 : UsualMode());
-  }
 }
 
 void WriteFile(const std::string &path, std::string_view text)
