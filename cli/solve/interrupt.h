@@ -1,4 +1,4 @@
-// cli/solve/interrupt.h - Ctrl-C while the library runs.
+// cli/solve/interrupt.h - signals while the library runs and its result is written.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -7,8 +7,9 @@
 namespace kapris_cli
 {
 
-// From here on the first interrupt (Ctrl-C, or the signal with which batch systems end a job) only makes *flag
-// non-zero; a second one ends the process.
+// From here to the end of the process Ctrl-C, the end of the terminal and the signals with which batch systems announce or
+// ask for the end of a job (TERM, USR1, USR2, XCPU) only make *flag non-zero, however often they come: timeout sends two
+// at once. Only the third Ctrl-C or a later one ends the process, two seconds after the first signal at the earliest.
 std::atomic<int> *CatchInterrupts();
 
 } // namespace kapris_cli
