@@ -140,10 +140,13 @@ static void Report(const Outcome &outcome)
       outcome.plan.out == "-" || request.json == "-" || request.report == "-" ? stderr : stdout;
 
   const Json json = request.json.empty() && request.report.empty() ? Json() : ResultJson(outcome);
-  if (!request.json.empty())
-    WriteJson(json, request.json);
-  if (!request.report.empty())
-    WriteFile(request.report, ReportPage("the result", json, &outcome.hgr, &outcome.result.part));
+  // Files first: whoever reads standard output may go away.
+  for (const bool tostdout : {false, true}) {
+    if (!request.json.empty() && (request.json == "-") == tostdout)
+      WriteJson(json, request.json);
+    if (!request.report.empty() && (request.report == "-") == tostdout)
+      WriteFile(request.report, ReportPage("the result", json, &outcome.hgr, &outcome.result.part));
+  }
   if (request.quiet) {
     if (stream == stdout)
       fmt::print("{}\n", outcome.plan.out);
@@ -181,7 +184,13 @@ ExitStatus Solve(const std::string &command, const Request &request)
   }
   RunLibrary(request, &outcome);
   WriteParts(outcome);
-  Report(outcome);
+  try {
+    Report(outcome);
+  } catch (Failure &failure) {
+    if (outcome.plan.out != "-")
+      failure.text += fmt::format("\nthe partition is in {}", outcome.plan.out);
+    throw;
+  }
   return StatusOf(outcome.result);
 }
 

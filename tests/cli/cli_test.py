@@ -214,6 +214,10 @@ class Commands(ToolTest):
             with open("/dev/full", "w", encoding="ascii") as full:
                 self.fails(6, "cannot write standard output", *partition, "-", stdout=full)
                 self.fails(6, "cannot write standard output", "--help", stdout=full)
+            # The partition itself is there when something after it fails.
+            done = self.run_kapris(*partition, "parts", "--json=/dev/full", status=6)
+            self.assertIn("cannot write /dev/full: No space left on device\nthe partition is in parts\n", done.stderr)
+            self.run_kapris("eval", "t.hgr", "parts", "-k", "2", "--epsilon", "0.03")
         if os.geteuid() != 0:
             write("protected", "kept\n")
             os.chmod("protected", 0o444)
@@ -241,9 +245,13 @@ class Commands(ToolTest):
             self.fails(6, "cannot read /proc/self/mem: Input/output error", *args)
         # Nobody reads on: the usual signal ends the tool, and its other results are not half done.
         before = sorted(os.listdir("."))
-        with subprocess.Popen([KAPRIS, *partition, "-o", "-"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as child:
-            child.stdout.close()
-        self.assertEqual((child.returncode, sorted(os.listdir("."))), (-signal.SIGPIPE, before))
+        reader, writer = os.pipe()
+        os.close(reader)
+        with open(writer, "w", encoding="ascii") as stream:
+            self.run_kapris(*partition, "-o", "-", "--json=run.json", stdout=stream, status=-signal.SIGPIPE)
+            self.assertEqual(sorted(os.listdir(".")), before)
+            self.run_kapris(*partition, "-o", "parts", "--report", "page", "--json", stdout=stream, status=-signal.SIGPIPE)
+        self.assertEqual(sorted(os.listdir(".")), sorted([*before, "page", "parts"]))
 
 
 if __name__ == "__main__":
