@@ -17,6 +17,7 @@
 #include <fmt/format.h>
 #include <new>
 #include <string>
+#include <system_error>
 #include <vector>
 
 using namespace kapris_cli;
@@ -112,6 +113,9 @@ int main(int argc, char **argv)
   } catch (const std::bad_alloc &) {
     Complain(color, EXIT_OUT_OF_MEMORY, "out of memory");
     return EXIT_OUT_OF_MEMORY;
+  } catch (const std::system_error &error) { // of fmt::print
+    Complain(color, EXIT_FILES, "cannot write standard output: ", std::strerror(error.code().value()));
+    return EXIT_FILES;
   } catch (const std::exception &error) {
     Complain(color, EXIT_INTERNAL, "internal failure: ", error.what());
     return EXIT_INTERNAL;

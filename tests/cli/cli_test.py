@@ -214,6 +214,8 @@ class Commands(ToolTest):
             with open("/dev/full", "w", encoding="ascii") as full:
                 self.fails(6, "cannot write standard output", *partition, "-", stdout=full)
                 self.fails(6, "cannot write standard output", "--help", stdout=full)
+                self.fails(6, "cannot write standard output: No space left", "check", "-", stdout=full,
+                           text="1 1\n" + "0 " * 900)
             # The partition itself is there when something after it fails.
             done = self.run_kapris(*partition, "parts", "--json=/dev/full", status=6)
             self.assertIn("cannot write /dev/full: No space left on device\nthe partition is in parts\n", done.stderr)
