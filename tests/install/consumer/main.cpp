@@ -1,5 +1,6 @@
 // tests/install/consumer/main.cpp - the same as main.c for C++, with weights: the heavy net must not be cut.
 // SPDX-License-Identifier: MIT
+#include <cstdint>
 #include <iostream>
 #include <kapris.h>
 #include <kapris.hpp>
@@ -9,9 +10,9 @@
 int main()
 {
   const std::vector<std::vector<int>> nets = {{0, 1}, {1, 2}, {2, 3}, {3, 0}};
-  const std::vector<int> netwgts = {9, 1, 9, 1};
+  const std::vector<std::int64_t> netwgts = {9, 1, 9, 1};
   std::vector<int> netptr = {0}, netind;
-  int recount = 0;
+  std::int64_t recount = 0;
 
   for (const auto &net : nets) {
     netind.insert(netind.end(), net.begin(), net.end());
