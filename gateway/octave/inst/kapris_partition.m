@@ -176,6 +176,49 @@ endfunction
 %! assert (size (kapris_partition (sparse (0, 5), 2, struct ("net", "row"))), [5, 1]);
 %! assert (numel (unique (kapris_partition (sparse ([1i, 0; 0, 1]), 2))), 2);
 
+%!test
+%! ## weights beyond 32 bits: every figure as a count in integers of 64 bits has it
+%! for scheme = {"recursive", "kway"}
+%!   for nparts = [2, 5]
+%!     options = struct ("scheme", scheme{1}, "objective", "soed", "imbalance", 0.1, "runs", 2, "starts", 2);
+%!     options.cell_weights = 2^40 + mod ((1:300) * 1e9, 2^31 - 1);
+%!     options.net_weights = 2^40 + mod ((1:120) * 7e8, 2^31 - 1);
+%!     [part, info] = kapris_partition (B, nparts, options);
+%!     cut = soed = connectivity = int64 (0);
+%!     for j = 1:columns (B)
+%!       spans = numel (unique (part(B(:, j))));
+%!       if (spans > 1)
+%!         weight = int64 (options.net_weights(j));
+%!         cut += weight;
+%!         soed += spans * weight;
+%!         connectivity += (spans - 1) * weight;
+%!       endif
+%!     endfor
+%!     weights = zeros (1, nparts, "int64");
+%!     for i = 1:rows (B)
+%!       weights(part(i)) += options.cell_weights(i);
+%!     endfor
+%!     assert (info.status, "ok");
+%!     assert (int64 ([info.cut, info.soed, info.connectivity]), [cut, soed, connectivity]);
+%!     assert (int64 (info.part_weights), weights);
+%!     assert (all (info.part_weights <= info.part_limits) && info.balanced);
+%!     assert (info.part_limits, repmat (1.1 * sum (options.cell_weights) / nparts, 1, nparts), -1e-14);
+%!     assert (info.starts(info.best_start).soed, info.soed);
+%!   endfor
+%! endfor
+
+%!test
+%! ## totals of 2^53, and limits without room to spare
+%! options = struct ("imbalance", 0, "cell_weights", repmat (2^50, 1, 8), "net_weights", repmat (2^50, 1, 4));
+%! nets = sparse (1:8, [1, 1, 2, 2, 3, 3, 4, 4], 1);
+%! [part, info] = kapris_partition (nets, 4, options);
+%! assert ({info.status, info.cut}, {"ok", 0});
+%! assert ({info.part_weights, info.part_limits}, {repmat(2^51, 1, 4), repmat(2^51, 1, 4)});
+%! ## With all nets cut, the SOED is as large as it can be.
+%! options.fixed = [1, 2, 1, 2, 3, 4, 3, 4];
+%! [part, info] = kapris_partition (nets, 4, options);
+%! assert ({info.status, info.cut, info.soed}, {"ok", 2^52, 2^53});
+
 %!warning <infeasible balance> kapris_partition (speye (4), 2, struct ("cell_weights", [9, 1, 1, 1]));
 
 %!error id=Octave:invalid-fun-call kapris_partition (1)
