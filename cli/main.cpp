@@ -68,8 +68,8 @@ static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
   return FlushResults(run());
 }
 
-// The text of malformed input begins with its place, as compilers have it. Nothing here allocates: memory can be what the
-// failure is about.
+// The text of malformed input begins with its place, as compilers have it. Nothing here allocates: memory can be what
+// the failure is about.
 static void Complain(ColorWhen color, ExitStatus status, const char *text, const char *more = "")
 {
   const Ink red = Red(color);
@@ -102,7 +102,8 @@ int main(int argc, char **argv)
 {
   ColorWhen color = ColorWhen::AUTO;
 
-  // Beyond the limit on the size of files a write then fails, instead of ending the process with half a file on the disk.
+  // Beyond the limit on the size of files a write then fails, instead of ending the process with half a file on the
+  // disk.
   std::signal(SIGXFSZ, SIG_IGN);
   std::set_terminate(EndAtOnce);
   try {

@@ -1,4 +1,5 @@
-// fuzz/parts.cpp - part files and files of fixed cells: exactly the numbers that are allowed, or a fault with its place.
+// fuzz/parts.cpp - part files and files of fixed cells: exactly the numbers that are allowed, or a fault with its
+// place.
 // SPDX-License-Identifier: MIT
 //
 // The first three bytes say how many cells and parts there should be and which of the two files it is.

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // usage: replay_TARGET [--near] FOLDER...; folders that are not there hold nothing
-// --near also tries what one edit makes of each file: a byte left out, put in or replaced, a part written twice, the end cut off.
+// --near also tries what one edit makes of each file: a byte left out, put in or replaced, a part written twice, the
+// end cut off.
 
 #include "fuzz.h"
 

@@ -47,8 +47,8 @@ struct Generated {
   std::int64_t planted_cut = 0; // the weight of the crossing nets
 };
 
-// Throws a usage failure that names the options if no such hypergraph exists, it would have 2^31 pins or its weights add
-// up to more than most_weight.
+// Throws a usage failure that names the options if no such hypergraph exists, it would have 2^31 pins or its weights
+// add up to more than most_weight.
 Generated Generate(const Recipe &recipe);
 
 } // namespace kapris_cli

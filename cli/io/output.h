@@ -13,8 +13,8 @@ namespace kapris_cli
 // names. "-" stands for standard input or output; empty names are passed over.
 void CheckFiles(const std::vector<std::string> &inputs, const std::vector<std::string> &outputs);
 
-// Makes text the contents of path, all of it or nothing: a failure leaves an older file as it was. Compressed if the name
-// ends with .gz. Path "-" writes to standard output.
+// Makes text the contents of path, all of it or nothing: a failure leaves an older file as it was. Compressed if the
+// name ends with .gz. Path "-" writes to standard output.
 void WriteFile(const std::string &path, std::string_view text);
 
 } // namespace kapris_cli

@@ -118,8 +118,8 @@ static std::string ZshAction(const Item &item)
   return item.choices.empty() ? " " : fmt::format("({})", Words(item.choices));
 }
 
-// "-k+" takes the value in the same word, too, "--parts=" after an equals sign, "--json=-" only there. Forms exclude each
-// other.
+// "-k+" takes the value in the same word, too, "--parts=" after an equals sign, "--json=-" only there. Forms exclude
+// each other.
 static std::string ZshItem(const Item &item)
 {
   if (item.names.empty())

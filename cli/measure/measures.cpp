@@ -1,7 +1,8 @@
 // cli/measure/measures.cpp - the quality of a partition, from its definition and without the library.
 // SPDX-License-Identifier: MIT
 //
-// The weights of all cells or nets add up to at most most_weight; what counts a net for each part that it spans can leave
+// The weights of all cells or nets add up to at most most_weight; what counts a net for each part that it spans can
+// leave
 // 64 bits.
 
 #include "measure/measures.h"

@@ -12,9 +12,9 @@ namespace kapris_cli
 
 static constexpr size_t most_cells = 64, most_matrix_rows = 32, most_pairs = 60, most_labelled = 12;
 
-// For each pair of groups the weight of the nets between their parts, a net counting once for each pair of parts that it
-// touches: for groups of one part that is CutMatrix without its diagonal. Below the sum over pairs of parts, since a net
-// can span thousands. Where 64 bits end, so do the sums.
+// For each pair of groups the weight of the nets between their parts, a net counting once for each pair of parts that
+// it touches: for groups of one part that is CutMatrix without its diagonal. Below the sum over pairs of parts, since
+// a net can span thousands. Where 64 bits end, so do the sums.
 static std::vector<std::int64_t> PairWeights(const Hgr &hgr, const std::vector<CutNet> &nets,
                                              const Groups &groups)
 {

@@ -60,7 +60,8 @@ svg .cut{stroke:var(--red);stroke-width:.8;stroke-opacity:.8}
 svg .h1{fill:var(--h1)}svg .h2{fill:var(--h2)}svg .h3{fill:var(--h3)}svg .h4{fill:var(--h4)}
 svg .h5{fill:var(--h5)}svg .h6{fill:var(--h6)}svg .h7{fill:var(--h7)}svg .h8{fill:var(--h8)}
 image{image-rendering:pixelated}
-pre{margin:4px 0 8px;max-height:18em;overflow:auto;padding:10px 12px;background:var(--bg);border:1px solid var(--grid);border-radius:6px;white-space:pre-wrap;
+pre{margin:4px 0 8px;max-height:18em;overflow:auto;padding:10px 12px;background:var(--bg);border:1px solid var(--grid);
+border-radius:6px;white-space:pre-wrap;
 overflow-wrap:anywhere;font:13px/1.5 ui-monospace,"DejaVu Sans Mono",monospace}
 pre span{display:inline-block;max-width:100%;overflow-wrap:anywhere}
 details{margin-top:8px}
@@ -75,10 +76,12 @@ th{font-weight:600}
 .facts th{text-align:left;font-weight:400;color:var(--soft);white-space:nowrap}
 footer{margin-top:24px;color:var(--soft);font-size:13px}
 @media (max-width:600px){svg text{font-size:12.8px}}
-@media print{:root{color-scheme:light;--bg:#fff;--card:#fff;--ink:#000;--soft:#333;--rule:#666;--grid:#ddd;--blue:#0072b2;
+@media print{:root{color-scheme:light;--bg:#fff;--card:#fff;--ink:#000;--soft:#333;--rule:#666;
+--grid:#ddd;--blue:#0072b2;
 --sky:#8cc4ea;--red:#c84b00;--green:#00795a;--h1:#dcebf7;--h2:#bcd9ef;--h3:#94c1e3;--h4:#67a6d4;--h5:#3477b0;
 --h6:#215f98;--h7:#114a7c;--h8:#082f5c}
-.card{break-inside:avoid}.scroll{max-height:none;overflow:visible}*{print-color-adjust:exact;-webkit-print-color-adjust:exact}}
+.card{break-inside:avoid}.scroll{max-height:none;overflow:visible}
+*{print-color-adjust:exact;-webkit-print-color-adjust:exact}}
 )";
 
 static std::string RowHtml(const std::vector<std::string> &cells, const char *first, const char *others)

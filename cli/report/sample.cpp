@@ -6,8 +6,8 @@
 namespace kapris_cli
 {
 
-// The i-th smallest of m values is the smallest of n drawn ones with probability C(m - i, n - 1) / C(m, n): n / m for the
-// first, and from one to the next (m - i - n + 1) / (m - i) of it.
+// The i-th smallest of m values is the smallest of n drawn ones with probability C(m - i, n - 1) / C(m, n): n / m for
+// the first, and from one to the next (m - i - n + 1) / (m - i) of it.
 ExpectedBest ExpectBest(const std::vector<std::int64_t> &sorted, std::size_t n)
 {
   const double m = static_cast<double>(sorted.size()), drawn = static_cast<double>(n);

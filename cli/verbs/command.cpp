@@ -50,8 +50,8 @@ static const char compiler[] = "clang++ " __clang_version__;
 static const char compiler[] = "g++ " __VERSION__;
 #endif
 
-// What no option means: a value that is not there, as a script's variable that was never set, and a number with a leading
-// zero, which the parser would read as octal.
+// What no option means: a value that is not there, as a script's variable that was never set, and a number with a
+// leading zero, which the parser would read as octal.
 static void CheckValues(CLI::App *app)
 {
   for (CLI::Option *option : app->get_options()) {

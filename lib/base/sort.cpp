@@ -66,8 +66,9 @@ int OrderThree(KeyVal *a, int lo, int hi, Less less)
 // Entries that Partition takes at a time from either end.
 constexpr int BLOCK = 32;
 
-// Exchanges, outermost first, the entries of a[*left..] that belong to the right with those of a[..*right] that belong to
-// the left, while there are two blocks to look at. Which entries do is collected without a branch: it cannot be foretold.
+// Exchanges, outermost first, the entries of a[*left..] that belong to the right with those of a[..*right] that
+// belong to the left, while there are two blocks to look at. Which entries do is collected without a branch: it
+// cannot be foretold.
 template <class Less>
 void PartitionBlocks(KeyVal *a, KeyVal pivot, int *left, int *right, Less less)
 {

@@ -46,8 +46,8 @@ void CollapseSameHEdges__(int nnets, const Pin *netptr, Cell *netind, const Weig
 // anchors are the free ones (part[i] = -1), in increasing order. *cellmap, [ncells], receives its cell for each cell of
 // graph and belongs to the caller.
 HGraph *CompressFixedCells__(const Control *ctrl, const HGraph *graph, const int *part, Cell **cellmap);
-// Carries the partition cpart of the compressed hypergraph to the ncells cells, renaming the parts so that the anchor of
-// part p lies in part p.
+// Carries the partition cpart of the compressed hypergraph to the ncells cells, renaming the parts so that the anchor
+// of part p lies in part p.
 void ProjectFixedCells__(const Control *ctrl, int ncells, const Cell *cellmap, int *part, const int *cpart);
 
 // Validators: the first broken invariant, or NULL.

@@ -54,8 +54,8 @@ Grouping CMatch_EdgesStars__(const Control *ctrl, const HGraph *graph, const int
 Grouping Match_Hedges_PHedges_Edges__(const Control *ctrl, const HGraph *graph, MatchWork *work);
 
 // Asks for what a walk over all cells, in the order of cellat, will read after number i: the nets of a cell lie
-// anywhere, and so do their pins. Each step needs what the one before it has asked for some cells earlier. Always inlined: a function
-// without a visible effect would be dropped.
+// anywhere, and so do their pins. Each step needs what the one before it has asked for some cells earlier. Always
+// inlined: a function without a visible effect would be dropped.
 template <class CellAt>
 __attribute__((always_inline)) inline void LookAhead(const HGraph *graph, int i, CellAt cellat)
 {

@@ -27,8 +27,8 @@ namespace kapris::engine::KAPRIS_ENGINE
 // ----------------------------------------------------------------------------------------------------------
 // Partner search
 
-// Collects the other pins of the nets of v, in incidence order, with their scores; returns how many there are. Without a
-// branch per pin: whether a pin was seen before cannot be foretold.
+// Collects the other pins of the nets of v, in incidence order, with their scores; returns how many there are.
+// Without a branch per pin: whether a pin was seen before cannot be foretold.
 template <class SkipNet>
 static inline int CollectCandidates(const HGraph *graph, MatchWork *work, int v, SkipNet skipnet)
 {

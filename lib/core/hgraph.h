@@ -9,8 +9,8 @@
 namespace kapris::engine::KAPRIS_ENGINE
 {
 
-// One hypergraph: the caller's, its pruned copy, a coarser level, or a side of the recursion. Constant once it is built,
-// so that any number of trials can work on it at once. The record owns its arrays.
+// One hypergraph: the caller's, its pruned copy, a coarser level, or a side of the recursion. Constant once it is
+// built, so that any number of trials can work on it at once. The record owns its arrays.
 struct HGraph {
   int ncells;
   int nislands; // cells on no net that have been set aside: they stand behind the ncells others in the arrays of cells
@@ -63,8 +63,8 @@ float ComputeBalanceKway__(const HGraph *graph, int nparts, const int *part);
 // ----------------------------------------------------------------------------------------------------------
 // Pruning (prune.cpp)
 
-// A copy with every cell and only the nets of at most ctrl->maxnetsize pins, its incidence built; NULL if that is all of
-// graph, whose incidence must be built.
+// A copy with every cell and only the nets of at most ctrl->maxnetsize pins, its incidence built; NULL if that is all
+// of graph, whose incidence must be built.
 HGraph *PruneHGraph__(const Control *ctrl, const HGraph *graph);
 // Sets ctrl->maxcellwgt, the largest weight of a coarse cell, and ctrl->heavycells.
 void ComputeMaxCellWgt__(Control *ctrl, int n, const Weight *cellwgt);

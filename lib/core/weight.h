@@ -1,8 +1,9 @@
 // lib/core/weight.h - the numbers of the engine, and the namespace of the form that is being compiled.
 // SPDX-License-Identifier: MIT
 //
-// The engine is compiled twice from one source, for weights of 32 and of 64 bits. A call takes the narrow form where its
-// sums fit: it is faster and needs less memory. Each form has a namespace of its own, so both can be linked together.
+// The engine is compiled twice from one source, for weights of 32 and of 64 bits. A call takes the narrow form where
+// its sums fit: it is faster and needs less memory. Each form has a namespace of its own, so both can be linked
+// together.
 #pragma once
 
 #include "base/memory.h"

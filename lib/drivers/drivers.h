@@ -7,12 +7,13 @@
 namespace kapris::engine::KAPRIS_ENGINE
 {
 
-// Partitions graph into ctrl->nparts parts by recursive bisection; returns the cut. With ctrl->fixed, part holds on entry
+// Partitions graph into ctrl->nparts parts by recursive bisection; returns the cut. With ctrl->fixed, part holds on
+// entry
 // -1 or the part that a cell must go to. Builds the incidence of graph.
 Weight MultilevelPartition__(const Control *ctrl, HGraph *graph, int *part);
 
-// Partitions graph into ctrl->nparts parts by multilevel k-way trials; returns the value of ctrl->objective. The rest as
-// above.
+// Partitions graph into ctrl->nparts parts by multilevel k-way trials; returns the value of ctrl->objective. The rest
+// as above.
 Weight MultilevelKwayPartition__(const Control *ctrl, HGraph *graph, int *part);
 
 // Both improve part, that of ctrl->initial, by ctrl->nruns rounds of refinement and V-cycles; return the value of what
@@ -42,8 +43,8 @@ BisectionOutcome Hypergraph_Bisection__(const Control *ctrl, HGraph *graph, int 
 // part. Builds the incidence of graph.
 Weight ImproveBisection(const Control *ctrl, HGraph *graph, int *part);
 
-// Recursive bisection alone, of a graph whose first nfixed cells are anchors; the sum of the cuts of all bisections, and
-// the cap of the last one. Builds the incidence of graph.
+// Recursive bisection alone, of a graph whose first nfixed cells are anchors; the sum of the cuts of all bisections,
+// and the cap of the last one. Builds the incidence of graph.
 BisectionOutcome PartitionByBisection(const Control *ctrl, HGraph *graph, int *part);
 
 // Fills two fresh records with the sides of the bisection where of graph. Nets that are cut are dropped, or with
@@ -51,8 +52,9 @@ BisectionOutcome PartitionByBisection(const Control *ctrl, HGraph *graph, int *p
 void SplitGraphPart__(const Control *ctrl, const HGraph *graph, const int *where, HGraph *sides[2],
                       Cell *labels[2]);
 
-// Partitions by the given function; with ctrl->fixed, the hypergraph in which one anchor stands for all cells of a part,
-// carrying the result over. part holds the pre-assigned parts on entry. Reports a cell that did not end in its part.
+// Partitions by the given function; with ctrl->fixed, the hypergraph in which one anchor stands for all cells of a
+// part, carrying the result over. part holds the pre-assigned parts on entry. Reports a cell that did not end in its
+// part.
 Weight PartitionAroundFixed(const Control *ctrl, HGraph *graph, int *part,
                             Weight (*partition)(const Control *, HGraph *, int *part));
 

@@ -42,8 +42,8 @@ static void BisectLeftSide(void *argument)
   EnterPhase(left->ctrl, PHASE_END, 0);
 }
 
-// Both sides, the right one last on this thread: what follows goes on from the random sequence and the cap that its last
-// bisection leaves behind.
+// Both sides, the right one last on this thread: what follows goes on from the random sequence and the cap that its
+// last bisection leaves behind.
 static BisectionOutcome BisectSides(const Control *ctrl, const Subproblem sides[2], int *part)
 {
   const Hooks *hooks = ctrl->hooks;
@@ -76,8 +76,8 @@ static void Relabel(const HGraph *graph, const Cell *above, Cell *labels)
     labels[i] = above[labels[i]];
 }
 
-// Writes part[label] of all cells; returns the sum of the cuts of all bisections, and the cap of the last one. Frees what
-// the problem holds, but the graph of a root.
+// Writes part[label] of all cells; returns the sum of the cuts of all bisections, and the cap of the last one. Frees
+// what the problem holds, but the graph of a root.
 static BisectionOutcome MLRB__(const Control *call, Subproblem problem, int *part)
 {
   const int nparts = problem.nparts, nparts0 = nparts / 2; // side 0 is the smaller one of an odd number

@@ -109,8 +109,8 @@ void PartitionPruned(const Control *ctrl, Level *pruned)
   Uncoarsen(ctrl, Scheme::GetRefiner(ctrl), pruned, coarsest);
 }
 
-// Moves the partition of the pruned copy to the full hypergraph, which may be the same, and refines it there if nets are
-// missing in the copy.
+// Moves the partition of the pruned copy to the full hypergraph, which may be the same, and refines it there if nets
+// are missing in the copy.
 template <TrialScheme Scheme>
 void FinishOnFull(const Control *ctrl, Level *full, Level *pruned)
 {

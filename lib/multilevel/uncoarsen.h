@@ -15,8 +15,8 @@ namespace kapris::engine::KAPRIS_ENGINE
 // the same.
 void Uncoarsen(const Control *ctrl, const Refiner *refiner, Level *top, Level *coarsest);
 
-// Improves the partition of top by at most ncycles V-cycles; they end after IDLE_CYCLES in a row without a better value.
-// Returns the value of the last one, whose partition stays.
+// Improves the partition of top by at most ncycles V-cycles; they end after IDLE_CYCLES in a row without a better
+// value. Returns the value of the last one, whose partition stays.
 Weight RunVCycles(const Control *ctrl, const Refiner *refiner, Level *top, int ncycles);
 
 } // namespace kapris::engine::KAPRIS_ENGINE

@@ -1,4 +1,5 @@
-// lib/refine/refiner.h - the shape that every refinement of a level has, so that the road through the levels can take any.
+// lib/refine/refiner.h - the shape that every refinement of a level has, so that the road through the levels can take
+// any.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -12,8 +13,8 @@ struct Refiner {
   const char *name;
   // Gives the level room for a partition and what belongs to it, uninitialised.
   void (*initialise)(const Control *ctrl, Level *level);
-  // Improves the partition in where and sets the figures of Partition that value names. coarsest = number of the level on
-  // which the first partition was made.
+  // Improves the partition in where and sets the figures of Partition that value names. coarsest = number of the
+  // level on which the first partition was made.
   void (*refine)(const Control *ctrl, Level *level, int coarsest);
   // Puts the cells that have been set aside into parts.
   void (*dealislands)(const Control *ctrl, Level *level);

@@ -1,4 +1,5 @@
-// lib/starts/candidate.h - partitions that can become the result of a call, and their order; for this folder and the safe interface.
+// lib/starts/candidate.h - partitions that can become the result of a call, and their order; for this folder and the
+// safe interface.
 // SPDX-License-Identifier: MIT
 #pragma once
 

@@ -1,4 +1,5 @@
-// lib/starts/problem.h - the problem as the engine gets it, and the measures of a partition; for this folder and the safe interface.
+// lib/starts/problem.h - the problem as the engine gets it, and the measures of a partition; for this folder and the
+// safe interface.
 // SPDX-License-Identifier: MIT
 #pragma once
 

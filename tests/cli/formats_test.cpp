@@ -1,4 +1,5 @@
-// tests/cli/formats_test.cpp - the readers of .hgr, .patoh, .mtx and .cnf: what they make of a text, and where faults are.
+// tests/cli/formats_test.cpp - the readers of .hgr, .patoh, .mtx and .cnf: what they make of a text, and where faults
+// are.
 // SPDX-License-Identifier: MIT
 
 #include "failure.h"

@@ -165,8 +165,8 @@ static bool HasPartition(const Task &task, Ints *part, std::size_t i)
   return false;
 }
 
-// Random weights, limits between tight and loose, some cells fixed, a random partition; every other one with weights and
-// limits of 60 bits, of which nothing else depends.
+// Random weights, limits between tight and loose, some cells fixed, a random partition; every other one with weights
+// and limits of 60 bits, of which nothing else depends.
 static Task RandomTask(TestRandom *random, int ncells, int nparts, int heaviest, Ints *part)
 {
   Task task = {RandomInstance(random, ncells, ncells, 0),

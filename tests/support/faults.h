@@ -1,8 +1,8 @@
 // tests/support/faults.h - allocations that fail.
 // SPDX-License-Identifier: MIT
 //
-// In a program that is linked with faults.cpp every operator new counts, that of the C++ library too; malloc and calloc count
-// in the objects that the program is linked from if it is linked with --wrap for both.
+// In a program that is linked with faults.cpp every operator new counts, that of the C++ library too; malloc and
+// calloc count in the objects that the program is linked from if it is linked with --wrap for both.
 #pragma once
 
 #include <initializer_list>
@@ -14,9 +14,9 @@ void FailAllocation(long n, Failing failing);
 // All succeed again. Returns how many failed.
 long StopFailing();
 
-// Runs the call with allocation 0, 1, 2, ... failing, once and from then on, until nothing failed any more; check(call's
-// result, n) after each. Above dense, n grows by n / dense, so that long calls are sampled. Returns how many calls met a
-// failure.
+// Runs the call with allocation 0, 1, 2, ... failing, once and from then on, until nothing failed any more;
+// check(call's result, n) after each. Above dense, n grows by n / dense, so that long calls are sampled. Returns how
+// many calls met a failure.
 template <class Attempt, class Check>
 long FailEach(Attempt attempt, Check check, long dense = 64)
 {

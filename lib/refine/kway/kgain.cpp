@@ -5,17 +5,18 @@
 // nets touch with the gains of a move. Lists are searched from the front: they are short. Entries stand in
 // the order in which they were first met and the last entry fills a hole; both decide ties of refinement.
 //
-// At the start id and soloed of all cells are summed up net by net, which makes the records of most of them. A move makes
-// the records of the cells around it stale; a record is computed when it is looked at. Cells that would lose by any move
-// have no list.
+// At the start id and soloed of all cells are summed up net by net, which makes the records of most of them. A move
+// makes the records of the cells around it stale; a record is computed when it is looked at. Cells that would lose by
+// any move have no list.
 //
-// What a stale record will say is fixed when it becomes stale: results depend on it, for pref counts every net of a cell
-// but is not brought up to date by every move. A net that keeps at least two pins in the part left and had two in the
-// part reached changes no id, soloed, ed or kgain of its other pins, so their records stay as they are, pref included.
-// But a stale record among them has not been computed yet and would see the new counts; so it is computed before the net
-// changes. For example v moves from part 0 to part 1, and net {u, v, w, x, y, z} has three pins in each. Moving v leaves
-// two and four. u, in part 0, then has fewer fellow pins there than in part 1, which would raise its pref for part 1 by
-// one. If u is up to date, it keeps the old pref, and so must it if it is stale because of another net.
+// What a stale record will say is fixed when it becomes stale: results depend on it, for pref counts every net of a
+// cell but is not brought up to date by every move. A net that keeps at least two pins in the part left and had two
+// in the part reached changes no id, soloed, ed or kgain of its other pins, so their records stay as they are, pref
+// included. But a stale record among them has not been computed yet and would see the new counts; so it is computed
+// before the net changes. For example v moves from part 0 to part 1, and net {u, v, w, x, y, z} has three pins in
+// each. Moving v leaves two and four. u, in part 0, then has fewer fellow pins there than in part 1, which would
+// raise its pref for part 1 by one. If u is up to date, it keeps the old pref, and so must it if it is stale because
+// of another net.
 //
 // A net of one pin can never be cut: it counts neither as internal weight nor as a loss.
 

@@ -154,8 +154,8 @@ inline unsigned FM_ChangedSide(FMChange change)
 // The state
 
 // The working storage of one call of a two-way routine: the level laid out for moves, and the state of a pass. Nets of
-// two pins have no record: either cell links to the other one. Those of one pin or no weight are not linked: they change
-// no gain.
+// two pins have no record: either cell links to the other one. Those of one pin or no weight are not linked: they
+// change no gain.
 struct FMState {
   // Of each cell from nodes[cell].links on: their length, then the index of each net's record in nets, or for a net of
   // two pins ~(the other cell) and, in LINK_INTS, the net's weight. See FM_ForEachLink.
@@ -226,8 +226,8 @@ __attribute__((always_inline)) inline void FM_ForEachLink(const FMState *fm, int
   }
 }
 
-// Where the counts of the nets come from: the sides of their pins, or the start of the last pass and its moves up to the
-// best point.
+// Where the counts of the nets come from: the sides of their pins, or the start of the last pass and its moves up to
+// the best point.
 enum FMCounts { FROM_PINS, FROM_PASS };
 // Computes counts, gains, the sides' weights and the cut, which it returns; no pin is locked.
 Weight FM_ComputeGains(const HGraph *graph, FMState *fm, FMCounts counts);

@@ -13,8 +13,8 @@ namespace kapris::engine::KAPRIS_ENGINE
 namespace
 {
 
-// What links a cell to a net: a net with a record has weight 0 here; one of two pins has the complement of their exclusive
-// or; one that changes no gain has neither.
+// What links a cell to a net: a net with a record has weight 0 here; one of two pins has the complement of their
+// exclusive or; one that changes no gain has neither.
 struct NetLink {
   int target;
   Weight weight;

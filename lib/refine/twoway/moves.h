@@ -1,8 +1,8 @@
 // lib/refine/twoway/moves.h - how a move changes counts and gains; private to this folder.
 // SPDX-License-Identifier: MIT
 //
-// The gain of a cell is the weight of the nets that its move makes whole, less that of the nets that it cuts. So a net of
-// weight w gives a pin on side s
+// The gain of a cell is the weight of the nets that its move makes whole, less that of the nets that it cuts. So a
+// net of weight w gives a pin on side s
 //   +w  if the pin is the only one on s (and there is one on the other side)   moving it makes the net whole
 //   -w  if there is no pin on the other side                                   moving it cuts the net
 // and nothing else. A move of c from one side to the other changes the counts of the net by one each, and with them the
@@ -13,9 +13,9 @@
 //   pins now on to
 //   1                   +w: the net is cut already         -
 //   2                   -                                  -w: it is no longer the only one there
-// For example a net {a, b, c} on side 0 whose pin c moves: a and b gained -w, as each would have cut it; now they gain 0.
-// Then b follows: a is alone and gains +w. So a net with more than two pins on to and at least two left on from changes
-// no gain, and for a net with just one pin on each side the one on from gets both of its entries.
+// For example a net {a, b, c} on side 0 whose pin c moves: a and b gained -w, as each would have cut it; now they
+// gain 0. Then b follows: a is alone and gains +w. So a net with more than two pins on to and at least two left on
+// from changes no gain, and for a net with just one pin on each side the one on from gets both of its entries.
 #pragma once
 
 #include "fm.h"

@@ -1,8 +1,8 @@
 // lib/refine/twoway/twoway.h - refinement of a bisection on one level.
 // SPDX-License-Identifier: MIT
 //
-// All of it works on the partition of a level: where, and derived from it pwgts and mincut. Cells that have been set aside
-// as islands have an entry in where but take no part until they are dealt.
+// All of it works on the partition of a level: where, and derived from it pwgts and mincut. Cells that have been set
+// aside as islands have an entry in where but take no part until they are dealt.
 #pragma once
 
 #include "refine/refiner.h"
@@ -16,8 +16,8 @@ const Refiner *TwoWayRefiner(TwoWayScheme scheme);
 // Allocates where, uninitialised; the level must not hold it.
 void AllocateRefinementMemory__(Level *level);
 
-// FM passes, at most npasses; leave where, pwgts and mincut of the best bisection found. Refine_FM2__ prefers cells that
-// fit into the room of their side, for levels with heavy cells.
+// FM passes, at most npasses; leave where, pwgts and mincut of the best bisection found. Refine_FM2__ prefers cells
+// that fit into the room of their side, for levels with heavy cells.
 void Refine_FM__(const Control *ctrl, Level *level, int npasses);
 void Refine_FM2__(const Control *ctrl, Level *level, int npasses);
 // Refine_FM2__ when the run has heavy cells, else Refine_FM__.
