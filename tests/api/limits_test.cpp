@@ -171,8 +171,11 @@ TEST(limits, any_allocation_may_fail)
   long ncalls = 0;
 
   for (const int threads : {1, 3})
-    for (const bool refines : {false, true}) {
+    for (const int variant : {0, 1, 2, 3}) {
+      const bool refines = variant & 1, wide = variant & 2;
       Call call = MakeCall(Circuit(30), 4);
+      if (wide) // weights for the engine of 64 bits
+        call.instance.cellwgt.assign(30, std::int64_t{1} << 40);
       call.options.runs = 1;
       call.options.starts = call.options.threads = threads;
       call.options.records = 1;
