@@ -1,6 +1,5 @@
 // fuzz/checked.cpp - one small hypergraph on all roads: with the internal checks on, every gain, cut and k-way record
-// is
-// compared with its definition on the way; traces must not change a result.
+// is compared with its definition on the way; traces must not change a result.
 // SPDX-License-Identifier: MIT
 
 #include "fuzz.h"

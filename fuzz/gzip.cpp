@@ -1,6 +1,5 @@
 // fuzz/gzip.cpp - gzip data from anyone: a text or a fault; and every text comes back from its compressed form, which
-// is no
-// text once a piece is missing, and no other one once a byte is wrong.
+// is no text once a piece is missing, and no other one once a byte is wrong.
 // SPDX-License-Identifier: MIT
 
 #include "io/gzip.h"

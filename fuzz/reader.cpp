@@ -1,6 +1,5 @@
 // fuzz/reader.cpp - one reader of hypergraphs, FUZZ_READER, on any text: a sound record or a fault with its place,
-// the same
-// with a list of problems as without, nothing read behind the text, and what is written is read again.
+// the same with a list of problems as without, nothing read behind the text, and what is written is read again.
 // SPDX-License-Identifier: MIT
 
 #include "fuzz.h"

@@ -1,6 +1,5 @@
 // fuzz/safe.cpp - kapris_partition and kapris_refine: figures and limits by the definitions, refinement never worse,
-// and a
-// broken problem is refused with a message.
+// and a broken problem is refused with a message.
 // SPDX-License-Identifier: MIT
 
 #include "fuzz.h"

@@ -8,8 +8,7 @@ namespace kapris::engine::KAPRIS_ENGINE
 {
 
 // Partitions graph into ctrl->nparts parts by recursive bisection; returns the cut. With ctrl->fixed, part holds on
-// entry
-// -1 or the part that a cell must go to. Builds the incidence of graph.
+// entry -1 or the part that a cell must go to. Builds the incidence of graph.
 Weight MultilevelPartition__(const Control *ctrl, HGraph *graph, int *part);
 
 // Partitions graph into ctrl->nparts parts by multilevel k-way trials; returns the value of ctrl->objective. The rest

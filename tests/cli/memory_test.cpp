@@ -1,6 +1,5 @@
 // tests/cli/memory_test.cpp - the whole command with any allocation failing: status 5, or the usual one if the
-// command could
-// do without; every output absent or complete; and the next command right.
+// command could do without; every output absent or complete; and the next command right.
 // SPDX-License-Identifier: MIT
 
 #include "failure.h"

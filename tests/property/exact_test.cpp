@@ -1,6 +1,5 @@
 // tests/property/exact_test.cpp - what is known exactly: measures do not change with the form of a hypergraph, no
-// partition
-// is below the optimum, planted partitions are found, and refinement never worsens.
+// partition is below the optimum, planted partitions are found, and refinement never worsens.
 // SPDX-License-Identifier: MIT
 
 #include "kapris.hpp"

@@ -1,6 +1,5 @@
 // tests/refine/fm_test.cpp - the bounds and the decisions of every kind of pass; gains are compared with their
-// definition
-// wherever the internal checks are on.
+// definition wherever the internal checks are on.
 // SPDX-License-Identifier: MIT
 
 #include "refine/twoway/fm.h"
