@@ -160,10 +160,17 @@ static void CleanNets(const kapris_problem *problem, CleanProblem *clean)
 static std::int64_t PartLimit(double imbalance, double share, std::int64_t total)
 {
   const double limit = (1.0 + imbalance) * share * static_cast<double>(total);
-  // Of large totals a hair would be many whole numbers: no more than what rounding can amount to.
-  const double hair = limit < 0x1p32 ? 1e-12 : 0x1p-51;
 
-  return limit >= 9e18 ? INT64_MAX : static_cast<std::int64_t>(std::ceil(limit * (1.0 - hair)));
+  if (limit >= 9e18)
+    return INT64_MAX;
+  // Of large limits that hair would be whole numbers: no more than what is surely less than one.
+  return static_cast<std::int64_t>(std::ceil(limit < 0x1p31 ? limit * (1.0 - 1e-12) : limit - 0x1p-8));
+}
+
+// Beyond 53 bits a product can come out below what an even division needs.
+static std::int64_t EvenShare(std::int64_t total, int nparts)
+{
+  return total / nparts + (total % nparts != 0);
 }
 
 static bool IsNarrow(const CleanProblem *problem, const kapris_options *options)
@@ -196,6 +203,8 @@ CleanProblem MakeCleanProblem(const kapris_problem *problem, const kapris_option
   for (int p = 0; p < clean.nparts; p++) {
     clean.shares[p] = problem->part_shares == nullptr ? 1.0 / clean.nparts : problem->part_shares[p];
     clean.limits[p] = PartLimit(options->imbalance, clean.shares[p], clean.total);
+    if (problem->part_shares == nullptr)
+      clean.limits[p] = std::max(clean.limits[p], EvenShare(clean.total, clean.nparts));
   }
   clean.isnarrow = IsNarrow(&clean, options);
   return clean;
