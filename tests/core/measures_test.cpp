@@ -49,8 +49,8 @@ TEST(measures, balance_is_the_lighter_side_or_the_heaviest_part)
 TEST(prune, keeps_all_cells_and_the_nets_of_at_most_so_many_pins)
 {
   Control ctrl = TestControl();
-  HGraph *graph = HGraphOf(
-      Instance{5, {{0, 1, 2, 3}, {4, 1, 0}, {2, 3}, {1, 1, 2, 3}, {3}}, {1, 2, 3, 4, 5}, Units({6, 7, 8, 9, 5})});
+  HGraph *graph = HGraphOf(Instance{
+      5, {{0, 1, 2, 3}, {4, 1, 0}, {2, 3}, {1, 1, 2, 3}, {3}}, {1, 2, 3, 4, 5}, Units({6, 7, 8, 9, 5})});
   graph->nfixed = 1;
   const std::string before = BytesOf(graph);
 
