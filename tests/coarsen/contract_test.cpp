@@ -37,7 +37,8 @@ TEST(contraction, drops_nets_within_a_cell_and_merges_identical_ones)
       {},           // stays
   };
   const Control ctrl = TestControl();
-  HGraph *graph = HGraphOf(Instance{7, nets, Units({1, 2, 3, 4, 5, 6, 7}), Units({1, 2, 3, 4, 5, 6, 7, 8, 9})});
+  HGraph *graph =
+      HGraphOf(Instance{7, nets, Units({1, 2, 3, 4, 5, 6, 7}), Units({1, 2, 3, 4, 5, 6, 7, 8, 9})});
   Grouping groups = GroupingOf(7, {{1, 0}, {3, 2}, {5}, {4}, {6}});
 
   graph->dropwgt = static_cast<Weight>(3 * UNIT);
@@ -69,8 +70,10 @@ TEST(contraction, nets_are_merged_by_their_pins_not_by_their_key)
     Nets merged;
     Weights mergedwgt;
   } rows[] = {
-      {nets, {1, 2, 4, 8, 16, 32, 64, 128, 256, 512},
-       {{}, {4}, {0, 1}, {0, 3}, {1, 2}, {0, 0, 1}}, {1, 32, 64, 2 + 8 + 512, 4 + 256, 16 + 128}},
+      {nets,
+       {1, 2, 4, 8, 16, 32, 64, 128, 256, 512},
+       {{}, {4}, {0, 1}, {0, 3}, {1, 2}, {0, 0, 1}},
+       {1, 32, 64, 2 + 8 + 512, 4 + 256, 16 + 128}},
       {{{2, 0, 1}}, {3}, {{0, 1, 2}}, {3}},
       {{}, {}, {}, {}},
   };

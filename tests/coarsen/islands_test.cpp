@@ -12,8 +12,8 @@ namespace
 // Cells 1 3 5 on nets, 0 2 4 6 on none; those that are set aside go behind, the lowest number last:
 //   nets {1,3} {3,5,1} {5,1}
 struct islands : testing::Test {
-  HGraph *graph = HGraphOf(Instance{
-      7, {{1, 3}, {3, 5, 1}, {5, 1}}, Units({10, 11, 12, 13, 14, 15, 16}), Units({1, 2, 3})});
+  HGraph *graph = HGraphOf(
+      Instance{7, {{1, 3}, {3, 5, 1}, {5, 1}}, Units({10, 11, 12, 13, 14, 15, 16}), Units({1, 2, 3})});
   std::string before;
 
   ~islands() override

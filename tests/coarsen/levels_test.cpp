@@ -6,7 +6,8 @@
 
 typedef std::vector<int> Ints;
 
-static const Matching all_matchings[] = {MATCH_ALTERNATE, MATCH_DEGREE, MATCH_STRONG, MATCH_NETS, MATCH_PAIRS};
+static const Matching all_matchings[] = {MATCH_ALTERNATE, MATCH_DEGREE, MATCH_STRONG, MATCH_NETS,
+                                         MATCH_PAIRS};
 
 // A path of n cells with a weight of 1 per cell and net, and nets over every third, fifth and ninth cell of it; every
 // 50th cell but the first is on no net.
@@ -151,7 +152,8 @@ TEST(levels, each_keeps_weights_anchors_and_the_cut_of_every_partition_below)
         cpart.push_back(random.Below(4));
       for (int c : map)
         part.push_back(c == -1 ? 0 : cpart[static_cast<std::size_t>(c)]);
-      EXPECT_EQ(ComputeActualCut__(coarsest->graph, cpart.data()), ComputeActualCut__(top.graph, part.data()));
+      EXPECT_EQ(ComputeActualCut__(coarsest->graph, cpart.data()),
+                ComputeActualCut__(top.graph, part.data()));
     }
     FreeBelow(&top, coarsest);
   }
