@@ -117,7 +117,8 @@ TEST(kpass, passes_keep_anchors_and_limits_and_never_lose)
   for (int t = 0; t < 40; t++) {
     SCOPED_TRACE(t);
     const int nparts = 2 + random.Below(5), ncells = 30 + random.Below(90), nfixed = nparts;
-    const Instance instance = RandomInstance(&random, ncells, 2 * ncells, ODD_WEIGHTS | ODD_DUPLICATES | (IS_WIDE ? ODD_WIDE : 0));
+    const Instance instance =
+        RandomInstance(&random, ncells, 2 * ncells, ODD_WEIGHTS | ODD_DUPLICATES | (IS_WIDE ? ODD_WIDE : 0));
     std::string digits;
     for (int i = 0; i < ncells; i++)
       digits += static_cast<char>('0' + (i < nfixed ? i : random.Below(nparts)));
@@ -143,10 +144,13 @@ TEST(kpass, passes_keep_anchors_and_limits_and_never_lose)
         EXPECT_EQ(part->mincut, ComputeActualCut__(level.graph, part->where));
         EXPECT_EQ(part->soed, ComputeActualSOED__(level.graph, part->where));
         for (int p = 0; p < nparts; p++) {
-          EXPECT_LE(part->kpwgts[p], std::max(upper[static_cast<std::size_t>(p)], before[static_cast<std::size_t>(p)]));
-          EXPECT_GE(part->kpwgts[p], std::min(lower[static_cast<std::size_t>(p)], before[static_cast<std::size_t>(p)]));
+          EXPECT_LE(part->kpwgts[p],
+                    std::max(upper[static_cast<std::size_t>(p)], before[static_cast<std::size_t>(p)]));
+          EXPECT_GE(part->kpwgts[p],
+                    std::min(lower[static_cast<std::size_t>(p)], before[static_cast<std::size_t>(p)]));
         }
-        EXPECT_EQ(level.Digits().substr(0, static_cast<std::size_t>(nfixed)), digits.substr(0, static_cast<std::size_t>(nfixed)));
+        EXPECT_EQ(level.Digits().substr(0, static_cast<std::size_t>(nfixed)),
+                  digits.substr(0, static_cast<std::size_t>(nfixed)));
       }
     }
   }

@@ -162,7 +162,8 @@ TEST(moves, change_the_gains_that_the_table_names_and_no_others)
 TEST(moves, are_undone_to_any_point_of_the_pass)
 {
   // {0,1,2} of weight 2, {2,3} of 1, {1,3,4,5} of 3, {0,5} of 1; 0 1 2 on side 0, 3 4 5 on side 1
-  const Instance drawn = {6, {{0, 1, 2}, {2, 3}, {1, 3, 4, 5}, {0, 5}}, {1, 2, 3, 4, 5, 6}, Units({2, 1, 3, 1})};
+  const Instance drawn = {
+      6, {{0, 1, 2}, {2, 3}, {1, 3, 4, 5}, {0, 5}}, {1, 2, 3, 4, 5, 6}, Units({2, 1, 3, 1})};
   const Ints moves = {0, 3, 1, 4};
   const struct {
     std::string sides;
@@ -189,7 +190,8 @@ TEST(moves, are_undone_to_any_point_of_the_pass)
       }
       for (int n = 3; n > best; n--) {
         const int c = pass.swaps[n];
-        exactness == ALL_EXACT ? FM_Undo(&pass, c) : FM_Shift(&pass, c, FM_Side(&pass, c), 1 - FM_Side(&pass, c));
+        exactness == ALL_EXACT ? FM_Undo(&pass, c)
+                               : FM_Shift(&pass, c, FM_Side(&pass, c), 1 - FM_Side(&pass, c));
       }
       pass.best = best;
       // Exact gains are those of the point; the other passes compute them again from what they know of this one.
