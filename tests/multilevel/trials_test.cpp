@@ -36,7 +36,8 @@ TEST(trials, a_policy_chooses_those_that_get_cycles_at_once)
     Trials trials = {};
     ctrl.vcycle = row.policy;
     trials.best = static_cast<Weight>(row.best);
-    EXPECT_EQ(WantsVCycle(&ctrl, &trials, static_cast<Weight>(row.value), row.improved), row.wanted) << &row - rows;
+    EXPECT_EQ(WantsVCycle(&ctrl, &trials, static_cast<Weight>(row.value), row.improved), row.wanted)
+        << &row - rows;
   }
 }
 

@@ -81,13 +81,9 @@ TEST(uncoarsen, cycles_end_after_two_without_a_better_value_and_the_last_one_sta
     Weights values; // of as many cycles as there should be
     int ncycles;
   } rows[] = {
-      {10, {10, 10}, 9},
-      {10, {11, 12}, 9}, // a worse partition stays
-      {10, {9, 8, 8, 8}, 9},
-      {10, {9, 11, 8, 12, 8}, 9}, // 8 is better than 9, then not than 8
-      {10, {11, 10, 9}, 2},
-      {10, {9, 8, 7}, 3},
-      {10, {}, 0},
+      {10, {10, 10}, 9},     {10, {11, 12}, 9},          // a worse partition stays
+      {10, {9, 8, 8, 8}, 9}, {10, {9, 11, 8, 12, 8}, 9}, // 8 is better than 9, then not than 8
+      {10, {11, 10, 9}, 2},  {10, {9, 8, 7}, 3},         {10, {}, 0},
   };
   // A path of 1100 cells, and one on no net; one step is enough to a level that a cycle starts from.
   const int n = 1100;
