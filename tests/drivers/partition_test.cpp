@@ -150,7 +150,8 @@ TEST(drivers, find_a_part_for_each_clique_of_a_ring)
 
     // The nets of the ring are cut, each between two parts.
     const std::int64_t value = row.objective == MINIMISE_SOED ? 2 * nparts : nparts;
-    EXPECT_EQ((row.direct ? MultilevelKwayPartition__ : MultilevelPartition__)(&ctrl, graph, part.data()), value * UNIT);
+    EXPECT_EQ((row.direct ? MultilevelKwayPartition__ : MultilevelPartition__)(&ctrl, graph, part.data()),
+              value * UNIT);
     EXPECT_EQ(ComputeActualCut__(graph, part.data()), nparts * UNIT);
     std::set<int> used;
     for (std::size_t k = 0; k < cliques.size(); k++) {
@@ -160,7 +161,8 @@ TEST(drivers, find_a_part_for_each_clique_of_a_ring)
       if (!row.parts.empty()) {
         EXPECT_EQ(p, row.parts[k]);
       } else if (!row.shares.empty()) {
-        EXPECT_EQ(row.shares[static_cast<std::size_t>(p)] * graph->ncells, static_cast<double>(cliques[k].size()));
+        EXPECT_EQ(row.shares[static_cast<std::size_t>(p)] * graph->ncells,
+                  static_cast<double>(cliques[k].size()));
       }
       used.insert(p);
     }

@@ -34,7 +34,8 @@ TEST(split, sides_keep_whole_nets_and_with_reconst_their_pieces)
   for (const auto &row : rows) {
     SCOPED_TRACE(row.reconst);
     Control ctrl = TestControl();
-    HGraph *sides[2], *graph = HGraphOf(Instance{8, nets, Units({1, 2, 3, 4, 5, 6, 7, 8}), Units({1, 2, 4, 8, 16, 32, 64, 128, 256})});
+    HGraph *sides[2], *graph = HGraphOf(Instance{8, nets, Units({1, 2, 3, 4, 5, 6, 7, 8}),
+                                                 Units({1, 2, 4, 8, 16, 32, 64, 128, 256})});
     const std::string before = BytesOf(graph);
     Cell *labels[2];
     ctrl.reconst = row.reconst;
