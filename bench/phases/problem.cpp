@@ -3,10 +3,10 @@
 
 #include "problem.h"
 
-#include "coarsen/coarsen.h"
+#include "core/constants.h"
+#include "drivers/drivers.h"
 #include "generate/generate.h"
 #include "io/formats.h"
-#include "recursive/recursive.h"
 
 #include <cmath>
 
@@ -16,43 +16,45 @@ Control ControlFor(const HGraph *graph, int nparts)
 {
   Control ctrl = {};
 
-  ctrl.coarsento = 100;
-  ctrl.maxnetsize = 50;
-  ctrl.part0frac = 0.5f;
-  ctrl.ubfactor = nparts == 2 ? 0.05f : 1.05f;
-  ctrl.nruns = ctrl.rtype = ctrl.polishtype = 1;
-  ctrl.ctype = 2;
+  ctrl.coarsento = COARSEST_BISECTION;
+  ctrl.maxnetsize = MAX_NET_SIZE;
+  ctrl.bounds.part0frac = 0.5f;
+  ctrl.bounds.dealshare = 0.5;
+  ctrl.bounds.ubfactor = nparts == 2 ? 0.05f : 1.05f;
+  ctrl.nruns = 1;
+  ctrl.ctype = MATCH_DEGREE;
+  ctrl.rtype = REFINE_FM;
+  ctrl.objective = MINIMISE_CUT;
   ctrl.seed = 1;
   ctrl.nparts = nparts;
-  ctrl.maxcellwgt = ComputeMaxCellWgt__(&ctrl, graph->ncells, graph->cellwgt);
+  ctrl.hooks = &NO_HOOKS;
+  ComputeMaxCellWgt__(&ctrl, graph->ncells, graph->cellwgt);
   return ctrl;
 }
 
-HGraph *ContractOnce(const Problem &problem)
+Level *ContractOnce(Level *top)
 {
-  Control ctrl = ControlFor(problem.graph, 2);
+  Control ctrl = ControlFor(top->graph, 2);
 
-  ctrl.coarsento = problem.graph->ncells - 1;
+  ctrl.coarsento = top->graph->ncells - 1;
   InitRandom__(1);
-  return Coarsen__(&ctrl, problem.graph);
+  return Coarsen__(&ctrl, top);
 }
 
-void FreeLevels(const Problem &problem, HGraph *coarsest)
+void FreeLevels(Level *top, Level *coarsest)
 {
-  while (coarsest != nullptr && coarsest != problem.graph) {
-    HGraph *finer = coarsest->finer;
-    FreeHGraph__(coarsest);
+  while (coarsest != top) {
+    Level *finer = coarsest->finer;
+    FreeLevel(coarsest);
     coarsest = finer;
   }
-  FreeCycleState(problem.graph);
-  problem.graph->coarser = nullptr;
+  top->coarser = nullptr;
+  CloseLevel(top);
 }
 
-void SetWhere(HGraph *graph, const std::vector<int> &part)
+void SetWhere(Level *level, const std::vector<int> &part)
 {
-  if (graph->where == nullptr)
-    graph->where = imalloc__(graph->ncells, "bench: where");
-  icopy__(graph->ncells, part.data(), graph->where);
+  icopy__(level->graph->ncells, part.data(), level->part.where);
 }
 
 static Hgr GenerateHgr(const std::string &kind, int ncells)
@@ -73,18 +75,20 @@ static HGraph *CopyOf(const Hgr &hgr)
   return CopyHGraph(hgr.ncells, hgr.nnets, nullptr, hgr.netptr.data(), hgr.netind.data(), nullptr);
 }
 
-static std::vector<int> ProjectedPartition(const HGraph *graph, const HGraph *coarser, int nparts)
+// The partition of a coarser level, as one of the finest.
+static std::vector<int> ProjectedPartition(const Level *coarser, int nparts)
 {
-  Control ctrl = ControlFor(coarser, nparts);
-  HGraph *copy = CopyHGraph(coarser->ncells, coarser->nnets, coarser->cellwgt, coarser->netptr,
-                            coarser->netind, coarser->netwgt);
-  std::vector<int> cpart(static_cast<std::size_t>(coarser->ncells)), part;
+  const HGraph *graph = coarser->graph;
+  Control ctrl = ControlFor(graph, nparts);
+  HGraph *copy =
+      CopyHGraph(graph->ncells, graph->nnets, graph->cellwgt, graph->netptr, graph->netind, graph->netwgt);
+  std::vector<int> cpart(static_cast<std::size_t>(graph->ncells)), part;
 
-  ctrl.ubfactor = nparts == 2 ? 0.05f : 0.01f; // of each bisection
-  PartitionByBisection(&ctrl, copy, 0, cpart.data());
+  ctrl.bounds.ubfactor = nparts == 2 ? 0.05f : 0.01f; // of each bisection
+  PartitionByBisection(&ctrl, copy, cpart.data());
   FreeHGraph__(copy);
-  for (int i = 0; i < graph->ncells; i++)
-    part.push_back(cpart[static_cast<std::size_t>(graph->cellmap[i])]);
+  for (int i = 0; i < coarser->finer->graph->ncells; i++)
+    part.push_back(cpart[static_cast<std::size_t>(coarser->finer->cellmap[i])]);
   return part;
 }
 
@@ -102,16 +106,17 @@ const Problem &ProblemOf(const std::string &kind, int ncells)
   HGraph *full = CopyOf(hgr);
   const Control ctrl = ControlFor(full, 2);
   CreateIncidentHGraph__(full);
-  HGraph *graph = PruneHGraph__(&ctrl, full);
-  if (graph != full)
+  HGraph *pruned = PruneHGraph__(&ctrl, full);
+  if (pruned != nullptr)
     FreeHGraph__(full);
-  problem = {name, kapris_cli::FormatHgr(hgr), graph, 0, {}, {}};
-  problem.npins = graph->netptr[graph->nnets];
-  HGraph *coarser = ContractOnce(problem);
-  if (graph->nislands != 0)
-    errexit__("%s has cells without nets: its numbers would change from timing to timing", name.c_str());
-  problem.halves = ProjectedPartition(graph, coarser, 2);
-  problem.kparts = ProjectedPartition(graph, coarser, KWAY_PARTS);
-  FreeLevels(problem, coarser);
+  HGraph *graph = pruned != nullptr ? pruned : full;
+  problem = {name, kapris_cli::FormatHgr(hgr), graph, graph->netptr[graph->nnets], {}, {}};
+  Level top = OpenLevel(graph);
+  Level *coarser = ContractOnce(&top);
+  if (top.graph != graph)
+    errexit__("%s has cells without nets: they would be set aside and dealt", name.c_str());
+  problem.halves = ProjectedPartition(coarser, 2);
+  problem.kparts = ProjectedPartition(coarser, KWAY_PARTS);
+  FreeLevels(&top, coarser);
   return problem;
 }

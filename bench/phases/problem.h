@@ -2,18 +2,21 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "control/ctrl.h"
-#include "core/core.h"
+#include "base/random.h"
+#include "coarsen/coarsen.h"
 
 #include <benchmark/benchmark.h>
 #include <string>
 #include <vector>
 
+// The form for weights of 32 bits, which calls of these sizes take.
+using namespace kapris::engine::narrow;
+
 // A generated hypergraph as a trial of the library finds it.
 struct Problem {
   std::string name; // kind and size, "circuit/10000"
   std::string text; // the .hgr file
-  HGraph *graph;    // without large nets, with its incidence
+  HGraph *graph;    // without large nets, with its incidence; no timing changes it
   int npins;        // of graph
   // A bisection and a partition into KWAY_PARTS parts of the next coarser level, projected: what refinement of the
   // finest level starts from.
@@ -62,9 +65,10 @@ extern const std::vector<PhaseTiming> coarsening_phases, refinement_phases;
 // One problem is kept at a time, so the timings of a problem should follow each other.
 const Problem &ProblemOf(const std::string &kind, int ncells);
 
-// One contraction of the problem's graph by the default matching, for set-up.
-HGraph *ContractOnce(const Problem &problem);
-// Frees the levels from the given one, if any, up to the problem's graph, and what coarsening left in that.
-void FreeLevels(const Problem &problem, HGraph *coarsest);
+// One contraction of a finest level by the default matching, for set-up; its result is the same each time.
+Level *ContractOnce(Level *top);
+// Frees the levels from the given one up to the finest, and what coarsening and refinement have left in that.
+void FreeLevels(Level *top, Level *coarsest);
 
-void SetWhere(HGraph *graph, const std::vector<int> &part); // allocates where if need be
+// The partition of a level, whose room must be there.
+void SetWhere(Level *level, const std::vector<int> &part);

@@ -47,6 +47,60 @@ inline HGraph *HGraphOf(const Nets &nets)
   return HGraphOf(Instance{ncells, nets, {}, {}});
 }
 
+// What tests multiply weights by: the wide form then needs more than 32 bits.
+constexpr std::int64_t UNIT = IS_WIDE ? std::int64_t{1} << 40 : 1;
+
+inline Weights Units(Weights weights)
+{
+  for (std::int64_t &weight : weights)
+    weight *= UNIT;
+  return weights;
+}
+
+// The first n entries of an array; EXPECT_EQ prints them.
+template <class T>
+std::vector<T> ListOf(int n, const T *x)
+{
+  return std::vector<T>(x, x + n);
+}
+
+inline Weights WeightsOf(int n, const Weight *x)
+{
+  return Weights(x, x + n);
+}
+
+inline Nets NetsOf(const HGraph *graph)
+{
+  Nets nets;
+
+  for (int j = 0; j < graph->nnets; j++)
+    nets.push_back(ListOf(NetSize(graph, j), graph->netind + graph->netptr[j]));
+  return nets;
+}
+
+// The record and its arrays, to see that nobody has written there.
+inline std::string BytesOf(const HGraph *graph)
+{
+  const std::size_t ncells = static_cast<std::size_t>(graph->ncells + graph->nislands),
+                    nnets = static_cast<std::size_t>(graph->nnets);
+  const std::size_t npins = static_cast<std::size_t>(graph->netptr[graph->nnets]);
+  std::string bytes;
+  const auto add = [&bytes](const auto *x, std::size_t n) {
+    bytes.append(reinterpret_cast<const char *>(x), n * sizeof *x);
+  };
+
+  add(graph, 1);
+  add(graph->incptr, ncells + 1);
+  add(graph->incind, npins);
+  add(graph->netptr, nnets + 1);
+  add(graph->netind, npins);
+  add(graph->cellwgt, ncells);
+  add(graph->netwgt, nnets);
+  add(graph->adjwgt, ncells);
+  add(graph->edgewgt, nnets);
+  return bytes;
+}
+
 // A level over a hypergraph of its own, with a partition: one digit per cell.
 struct TestLevel : Level {
   HGraph *owned;
