@@ -7,8 +7,8 @@
 
 #include "io/files.h"
 #include "io/output.h"
+#include "options/options.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -18,9 +18,8 @@ namespace kapris_cli
 
 void AddJson(CLI::App *verb, std::string *path, const std::string &schema)
 {
-  verb->add_option("--json", *path,
-                   fmt::format("Print one JSON object, schema {}, or write it to FILE", schema))
-      ->type_name("[=FILE]");
+  AddText(verb, "--json", path, "[=FILE]",
+          fmt::format("Print one JSON object, schema {}, or write it to FILE", schema));
 }
 
 void ExpandJson(std::vector<std::string> *args)

@@ -14,9 +14,9 @@
 #include "io/parts.h"
 #include "measure/hash.h"
 #include "options/json.h"
+#include "options/options.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <climits>
 #include <cstdio>
 #include <fmt/format.h>
@@ -244,22 +244,22 @@ static ExitStatus Best(const BestRequest &request)
 
 void AddBest(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("best", "Choose the best of the results of several runs");
   auto request = std::make_shared<BestRequest>();
-
-  verb->footer(
+  CLI::App *verb = AddVerb(
+      app, "best", "Choose the best of the results of several runs",
       "Examples:\n"
       "  kapris partition circuit.hgr -k 8 --start-range 0:9 --json=a.json -o a.part     (one machine)\n"
       "  kapris partition circuit.hgr -k 8 --start-range 10:19 --json=b.json -o b.part   (another)\n"
       "  kapris best a.json b.json -o best.part\n\n"
       "Results are put together only if they come from the same version, the same hypergraph, fixed cells\n"
       "and given partition, and the same options. With the starts 0 to N-1 all there and complete, the\n"
-      "partition is that of one run with --starts N.");
-  verb->add_option("RESULT", request->files, "Files written with --json=FILE")->required()->type_name("");
-  verb->add_option("-o,--output", request->out, "Copy the part file of the best here, - for standard output")
-      ->type_name("FILE");
+      "partition is that of one run with --starts N.",
+      [request, run] { *run = [request] { return Best(*request); }; });
+
+  Require(AddArguments(verb, "RESULT", &request->files, "Files written with --json=FILE"));
+  AddText(verb, "-o,--output", &request->out, "FILE",
+          "Copy the part file of the best here, - for standard output");
   AddJson(verb, &request->json, "kapris-result-1");
-  verb->callback([request, run] { *run = [request] { return Best(*request); }; });
 }
 
 } // namespace kapris_cli

@@ -12,11 +12,10 @@
 #include "measure/bounds.h"
 #include "measure/measures.h"
 #include "measure/report.h"
-#include "options/decimal.h"
 #include "options/json.h"
+#include "options/options.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -24,6 +23,7 @@
 #include <fmt/format.h>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,9 +36,9 @@ namespace
 struct EvalRequest {
   Input input;
   std::string parts;
-  std::string fixed;   // empty: no cell is fixed
-  int nparts = 0;      // 0: as many as the largest part number asks for
-  double epsilon = -1; // negative: no limits
+  std::string fixed;             // empty: no cell is fixed
+  int nparts = 0;                // 0: as many as the largest part number asks for
+  std::optional<double> epsilon; // of the limits to check
   bool matrix = false, nets = false;
   std::string json; // empty: none
 };
@@ -78,9 +78,9 @@ static Evaluation Evaluate(const EvalRequest &request)
   if (request.matrix && eval.nparts > most_matrix)
     throw Failure{EXIT_USAGE,
                   fmt::format("--matrix is for up to {} parts, not {}", most_matrix, eval.nparts)};
-  if (request.epsilon >= 0 && eval.nparts > 0) {
+  if (request.epsilon && eval.nparts > 0) {
     const std::int64_t limit =
-        ShareLimit(eval.measures.total, eval.nparts, std::llround(request.epsilon * 1e6));
+        ShareLimit(eval.measures.total, eval.nparts, std::llround(*request.epsilon * 1e6));
     eval.limits = [limit](int) { return limit; };
   }
   for (size_t cell = 0; cell < eval.fixed.size(); cell++) {
@@ -207,10 +207,9 @@ static ExitStatus Eval(const EvalRequest &request)
 
 void AddEval(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("eval", "Measure a partition");
   auto request = std::make_shared<EvalRequest>();
-
-  verb->footer(
+  CLI::App *verb = AddVerb(
+      app, "eval", "Measure a partition",
       "cut             weight of the nets that span more than one part\n"
       "soed            weight of these nets, each times the parts that it spans\n"
       "connectivity-1  weight of these nets, each times the parts that it spans less one\n"
@@ -218,25 +217,20 @@ void AddEval(CLI::App *app, Run *run)
       "matrix P        for each part: weight of the cut nets that touch it and part P\n"
       "cut net         its number from 1, its weight, the number of parts that it spans, these parts\n\n"
       "The exit status is 4 if a part is over its limit or a fixed cell is elsewhere.\n\n"
-      "Example: kapris eval circuit.hgr circuit.hgr.part.4 --epsilon 0.03 --matrix");
+      "Example: kapris eval circuit.hgr circuit.hgr.part.4 --epsilon 0.03 --matrix",
+      [request, run] { *run = [request] { return Eval(*request); }; });
+
   AddInput(verb, &request->input);
-  verb->add_option("PART", request->parts, "Part file, - for standard input")->required()->type_name("");
-  verb->add_option("-k,--parts", request->nparts,
-                   "Number of parts; default: the largest part number plus one")
-      ->type_name("N")
-      ->check(CLI::Range(1, INT_MAX).description(""));
-  verb->add_option(
-          "--fixed", request->fixed,
-          "Check against the part that each cell must be in, or -1 for a free cell; - for standard input")
-      ->type_name("FIXED");
-  AddDecimal(verb, "--epsilon", &request->epsilon, 0, 1,
-             "Check against the limit (1 + E) x total / parts, rounded up; 6 decimals count")
-      ->type_name("E")
-      ->default_str("");
-  verb->add_flag("--matrix", request->matrix, "Print what each pair of parts shares of the cut");
-  verb->add_flag("--nets", request->nets, "List the cut nets");
+  Require(AddArgument(verb, "PART", &request->parts, "Part file, - for standard input"));
+  AddNumber(verb, "-k,--parts", &request->nparts, 1, INT_MAX, "N",
+            "Number of parts; default: the largest part number plus one");
+  AddText(verb, "--fixed", &request->fixed, "FIXED",
+          "Check against the part that each cell must be in, or -1 for a free cell; - for standard input");
+  AddDecimal(verb, "--epsilon", &request->epsilon, 0, 1, "E",
+             "Check against the limit (1 + E) x total / parts, rounded up; 6 decimals count");
+  AddFlag(verb, "--matrix", &request->matrix, "Print what each pair of parts shares of the cut");
+  AddFlag(verb, "--nets", &request->nets, "List the cut nets");
   AddJson(verb, &request->json, "kapris-eval-1");
-  verb->callback([request, run] { *run = [request] { return Eval(*request); }; });
 }
 
 } // namespace kapris_cli

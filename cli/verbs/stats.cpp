@@ -7,9 +7,9 @@
 #include "io/output.h"
 #include "measure/report.h"
 #include "options/json.h"
+#include "options/options.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <fmt/format.h>
@@ -82,19 +82,20 @@ static ExitStatus PrintStats(const StatsRequest &request)
 
 void AddStatsVerb(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("stats", "Describe a hypergraph");
   auto request = std::make_shared<StatsRequest>();
+  CLI::App *verb =
+      AddVerb(app, "stats", "Describe a hypergraph",
+              "repeated pins    pins on a cell that their net has named already; nothing below counts them\n"
+              "one cell nets    nets that no partition cuts, besides the empty ones\n"
+              "identical nets   nets with the same cells as an earlier net, in any order\n"
+              "islands          cells on no net\n"
+              "components       groups of cells that nets connect; an island is a component\n"
+              "The lines below a size, degree or weight tell how many there are between powers of two.\n\n"
+              "Example: kapris stats --json circuit.hgr",
+              [request, run] { *run = [request] { return PrintStats(*request); }; });
 
-  verb->footer("repeated pins    pins on a cell that their net has named already; nothing below counts them\n"
-               "one cell nets    nets that no partition cuts, besides the empty ones\n"
-               "identical nets   nets with the same cells as an earlier net, in any order\n"
-               "islands          cells on no net\n"
-               "components       groups of cells that nets connect; an island is a component\n"
-               "The lines below a size, degree or weight tell how many there are between powers of two.\n\n"
-               "Example: kapris stats --json circuit.hgr");
   AddInput(verb, &request->input);
   AddJson(verb, &request->json, "kapris-stats-1");
-  verb->callback([request, run] { *run = [request] { return PrintStats(*request); }; });
 }
 
 } // namespace kapris_cli
