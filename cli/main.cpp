@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <new>
 #include <string>
 #include <utility>

@@ -10,7 +10,7 @@
 #include "io/output.h"
 #include "options/choice.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

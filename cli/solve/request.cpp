@@ -6,6 +6,7 @@
 #include "failure.h"
 
 #include "io/files.h"
+#include "json/json.h"
 #include "options/choice.h"
 #include "options/json.h"
 
@@ -13,8 +14,7 @@
 #include <charconv>
 #include <climits>
 #include <cmath>
-#include <fmt/format.h>
-#include <nlohmann/json.hpp>
+#include <fmt/core.h>
 #include <thread>
 
 namespace kapris_cli
@@ -259,16 +259,6 @@ static std::string DefaultOutput(const std::string &command, const Request &requ
                      command == "refine" ? refined_suffix : part_suffix, request.nparts);
 }
 
-// The verb best finds the part file by its name in the result.
-static void CheckName(const std::string &path)
-{
-  try {
-    Json(path).dump();
-  } catch (const Json::exception &) {
-    Refuse("--json cannot name an output that is not UTF-8 text; choose another with -o");
-  }
-}
-
 Plan Resolve(const std::string &command, const Request &request)
 {
   const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
@@ -297,8 +287,9 @@ Plan Resolve(const std::string &command, const Request &request)
   if (!request.target_weights.empty())
     plan.shares = ParseShares(request.target_weights, request.nparts);
   plan.out = request.out.empty() ? DefaultOutput(command, request) : request.out;
-  if (!request.json.empty())
-    CheckName(plan.out);
+  // The verb best finds the part file by its name in the result.
+  if (!request.json.empty() && !IsJsonText(plan.out))
+    Refuse("--json cannot name an output that is not UTF-8 text; choose another with -o");
   if (!request.json.empty() && request.dry_run)
     Refuse("--dry-run has no result for --json");
   if (!request.report.empty() && request.dry_run)

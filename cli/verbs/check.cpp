@@ -9,7 +9,7 @@
 #include "verbs/verbs.h"
 
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 #include <string>
 

@@ -6,7 +6,7 @@
 #include "options/choice.h"
 #include "verbs/verbs.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

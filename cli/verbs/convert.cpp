@@ -17,7 +17,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 #include <string>
 #include <vector>

@@ -5,57 +5,29 @@
 //   print     as lines or as one object    FormatEvaluation, EvaluationJson
 
 #include "failure.h"
+#include "text.h"
 
 #include "io/input.h"
 #include "io/output.h"
 #include "io/parts.h"
-#include "measure/bounds.h"
-#include "measure/measures.h"
+#include "json/objects.h"
 #include "measure/report.h"
 #include "options/json.h"
 #include "options/options.h"
+#include "verbs/evaluation.h"
 #include "verbs/verbs.h"
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
-#include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace kapris_cli
 {
-
-namespace
-{
-
-struct EvalRequest {
-  Input input;
-  std::string parts;
-  std::string fixed;             // empty: no cell is fixed
-  int nparts = 0;                // 0: as many as the largest part number asks for
-  std::optional<double> epsilon; // of the limits to check
-  bool matrix = false, nets = false;
-  std::string json; // empty: none
-};
-
-struct Evaluation {
-  Hgr hgr;
-  std::vector<int> part, fixed;
-  long long nparts = 0;
-  Measures measures;
-  Limits limits;
-  int nfixed = 0;
-  std::vector<int> misplaced; // fixed cells that are elsewhere
-  std::vector<CutNet> nets;   // for the matrix and the list of nets
-  std::vector<std::vector<std::int64_t>> matrix;
-};
-
-} // namespace
 
 static constexpr int most_matrix = 4096;
 static constexpr size_t most_misplaced = 5;
@@ -113,7 +85,7 @@ static std::string FormatNets(const Evaluation &eval)
 
   for (const CutNet &cut : eval.nets)
     text += Line("cut net", fmt::format("{} {} {} {}", cut.net + 1, NetWeight(eval.hgr, cut.net),
-                                        cut.parts.size(), fmt::join(cut.parts, " ")));
+                                        cut.parts.size(), Join(cut.parts, " ")));
   return text;
 }
 
@@ -122,7 +94,7 @@ static std::string FormatMatrix(const Evaluation &eval)
   std::string text;
 
   for (size_t p = 0; p < eval.matrix.size(); p++)
-    text += Line(fmt::format("matrix {}", p), fmt::format("{}", fmt::join(eval.matrix[p], "\t")));
+    text += Line(fmt::format("matrix {}", p), Join(eval.matrix[p], "\t"));
   return text;
 }
 
@@ -139,67 +111,12 @@ static std::string FormatEvaluation(const EvalRequest &request, const Evaluation
          (request.nets ? FormatNets(eval) : "");
 }
 
-static Json WeightsJson(const Evaluation &eval)
-{
-  Json weights = Json::array();
-
-  for (const UsedPart &used : eval.measures.used) {
-    weights.push_back({{"part", used.number}, {"weight", used.weight}});
-    if (eval.limits)
-      weights.back()["over"] = used.weight > eval.limits(used.number);
-  }
-  return weights;
-}
-
-static Json FixedJson(const Evaluation &eval)
-{
-  Json misplaced = Json::array();
-
-  for (const int cell : eval.misplaced)
-    misplaced.push_back({{"cell", cell + 1},
-                         {"fixed", eval.fixed[static_cast<size_t>(cell)]},
-                         {"part", eval.part[static_cast<size_t>(cell)]}});
-  return {{"cells", eval.nfixed}, {"elsewhere", misplaced}};
-}
-
-static Json NetsJson(const Evaluation &eval)
-{
-  Json nets = Json::array();
-
-  for (const CutNet &cut : eval.nets)
-    nets.push_back({{"net", cut.net + 1}, {"weight", NetWeight(eval.hgr, cut.net)}, {"parts", cut.parts}});
-  return nets;
-}
-
-static Json EvaluationJson(const EvalRequest &request, const Evaluation &eval)
-{
-  Json json = StartJson("kapris-eval-1", NameOf(request.input), eval.hgr);
-
-  json["parts"] = eval.nparts;
-  json["cut"] = eval.measures.cut;
-  json["soed"] = eval.measures.soed;
-  json["connectivity"] = eval.measures.connectivity;
-  json["imbalance"] = Imbalance(eval.measures, eval.nparts);
-  json["part_weights"] = WeightsJson(eval);
-  if (eval.limits) {
-    json["limit"] = eval.limits(0);
-    json["parts_over"] = CountOver(eval.measures, eval.limits);
-  }
-  if (!request.fixed.empty())
-    json["fixed"] = FixedJson(eval);
-  if (request.matrix)
-    json["matrix"] = eval.matrix;
-  if (request.nets)
-    json["cut_nets"] = NetsJson(eval);
-  return json;
-}
-
 static ExitStatus Eval(const EvalRequest &request)
 {
   const Evaluation eval = Evaluate(request);
 
   if (!request.json.empty())
-    WriteJson(EvaluationJson(request, eval), request.json);
+    WriteEvaluation(request, eval);
   if (request.json != "-")
     std::fputs(FormatEvaluation(request, eval).c_str(), stdout);
   return CountOver(eval.measures, eval.limits) > 0 || !eval.misplaced.empty() ? EXIT_OVER_LIMIT : EXIT_DONE;

@@ -15,7 +15,7 @@
 #include <charconv>
 #include <climits>
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 #include <string>
 

@@ -7,14 +7,12 @@
 
 #include "io/files.h"
 #include "io/output.h"
-#include "options/json.h"
 #include "options/options.h"
 #include "verbs/verbs.h"
 
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 
 namespace kapris_cli
@@ -32,7 +30,6 @@ struct ReportRequest {
 
 static ExitStatus Report(const ReportRequest &request)
 {
-  const std::string name = InputName(request.result);
   std::optional<ReportInput> input;
 
   if (request.input.path.empty() != request.part.empty())
@@ -40,11 +37,10 @@ static ExitStatus Report(const ReportRequest &request)
   if ((request.result == "-") + (request.input.path == "-") + (request.part == "-") > 1)
     throw Failure{EXIT_USAGE, "only one of RESULT, FILE and PART can be standard input"};
   CheckFiles({request.result, request.input.path, request.part}, {request.out});
-  const Json result = ReadJson(request.result);
+  const ReportData data = LoadReportData(request.result);
   if (!request.part.empty())
-    input = LoadReportInput(name, result, request.input, request.part);
-  WriteFile(request.out,
-            ReportPage(name, result, input ? &input->hgr : nullptr, input ? &input->part : nullptr));
+    input = LoadReportInput(InputName(request.result), data, request.input, request.part);
+  WriteFile(request.out, ReportPage(data, input ? &input->hgr : nullptr, input ? &input->part : nullptr));
   if (request.out != "-")
     fmt::print("{}\n", request.out);
   return EXIT_DONE;
