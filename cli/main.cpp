@@ -4,20 +4,20 @@
 #include "failure.h"
 
 #include "options/json.h"
+#include "options/options.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <new>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 using namespace kapris_cli;
@@ -30,42 +30,15 @@ static ExitStatus FlushResults(ExitStatus status)
   return status;
 }
 
-// In the parser's words, or better ones where it only says that a verb is missing.
-[[noreturn]] static void FailUsage(const CLI::App &app, const CLI::ParseError &error)
-{
-  const std::vector<CLI::App *> verbs = app.get_subcommands();
-  const std::string verb = verbs.empty() ? "" : " " + verbs[0]->get_name();
-  std::string text = error.what();
-
-  if (verbs.empty() && dynamic_cast<const CLI::RequiredError *>(&error) != nullptr) {
-    const std::vector<std::string> words = app.remaining();
-    const auto word = std::find_if(words.begin(), words.end(), [](auto &arg) { return arg[0] != '-'; });
-    text = word == words.end() ? "a verb is missing" : fmt::format("there is no verb '{}'", *word);
-  }
-  throw Failure{EXIT_USAGE, fmt::format("{}\n'kapris{} --help' shows how to use it", text, verb)};
-}
-
 static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
 {
-  CLI::App app("", "kapris");
   Run run;
   std::vector<std::string> args(argv + 1, argv + argc);
 
-  DescribeCommand(&app, &run, color);
   ExpandJson(&args);
-  std::reverse(args.begin(), args.end()); // as the parser wants them
-  try {
-    app.parse(args);
-  } catch (const CLI::Success &request) {
-    app.exit(request); // prints the help or the version
-    std::cout.flush();
-    if (!std::cout)
-      throw Failure{EXIT_FILES, "cannot write standard output"};
-    return EXIT_DONE;
-  } catch (const CLI::ParseError &error) {
-    FailUsage(app, error);
-  }
-  return FlushResults(run());
+  const bool described =
+      !ReadCommandLine(std::move(args), [&](CLI::App *app) { DescribeCommand(app, &run, color); });
+  return described ? EXIT_DONE : FlushResults(run());
 }
 
 // The text of malformed input begins with its place, as compilers have it. Nothing here allocates: memory can be what

@@ -11,7 +11,7 @@
 #include "generate/draft.h"
 
 #include <algorithm>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <map>
 
 namespace kapris_cli

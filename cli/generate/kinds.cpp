@@ -10,7 +10,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <functional>
 #include <utility>
 

@@ -11,7 +11,7 @@
 
 #include <climits>
 #include <cstdlib>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <utility>
 
 namespace kapris_cli

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>

@@ -8,7 +8,7 @@
 #include "failure.h"
 
 #include <algorithm>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 #include <new>
 #include <vector>

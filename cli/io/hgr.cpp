@@ -17,7 +17,7 @@
 #include "io/scan.h"
 
 #include <algorithm>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <utility>
 
 namespace kapris_cli

@@ -10,7 +10,7 @@
 #include "io/output.h"
 #include "options/choice.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {
@@ -24,21 +24,23 @@ static const Names<Model> models = {{"row-net", Model::ROW_NET},
                                     {"dual", Model::DUAL},
                                     {"literal", Model::LITERAL}};
 
-void AddInput(CLI::App *verb, Input *input)
+void AddInput(CLI::App *verb, Input *input, bool required)
 {
-  verb->add_option("FILE", input->path,
-                   "Hypergraph (.hgr, .patoh), matrix (.mtx) or formula (.cnf), also gzip-compressed; - for "
-                   "standard input")
-      ->required()
-      ->type_name("");
+  CLI::Option *file =
+      AddArgument(verb, "FILE", &input->path,
+                  "Hypergraph (.hgr, .patoh), matrix (.mtx) or formula (.cnf), also gzip-compressed; - for "
+                  "standard input");
+
+  if (required)
+    Require(file);
   Choice(verb, "--format", &input->format, "Format of FILE; default: by the end of its name, otherwise hgr",
          formats);
   Choice(verb, "--model", &input->model,
          "What becomes nets. Matrix: row-net (default) or column-net. Formula: its clauses with variables "
          "(primal, default) or literals as cells, or its variables (dual)",
          models);
-  verb->add_flag("--unit-weights", input->unit_weights,
-                 "Matrix: all cells weigh 1, not the number of their entries");
+  AddFlag(verb, "--unit-weights", &input->unit_weights,
+          "Matrix: all cells weigh 1, not the number of their entries");
 }
 
 template <typename Value>

@@ -26,7 +26,7 @@ struct Input {
 };
 
 // Adds the argument FILE and the options that say how to read it.
-void AddInput(CLI::App *verb, Input *input);
+void AddInput(CLI::App *verb, Input *input, bool required = true);
 
 // The name for messages: "stdin" for "-".
 std::string NameOf(const Input &input);

@@ -9,13 +9,15 @@
 //
 // Entries are read as (row, column); the column-net model swaps them at the end.
 
+#include "text.h"
+
 #include "io/entries.h"
 #include "io/formats.h"
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <string>
 #include <utility>
 
@@ -54,7 +56,7 @@ static std::string NextOf(Scan *scan, const char *what, const std::vector<std::s
 
   if (std::find(allowed.begin(), allowed.end(), word) == allowed.end())
     FailAt(*scan, place,
-           fmt::format("the {} is {}, not {}", what, Quoted(*scan, place), fmt::join(allowed, ", ")));
+           fmt::format("the {} is {}, not {}", what, Quoted(*scan, place), Join(allowed, ", ")));
   return word;
 }
 

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <utility>
 #include <vector>
 

@@ -17,7 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <optional>
 #include <set>
 #include <sys/stat.h>

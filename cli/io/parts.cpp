@@ -8,7 +8,7 @@
 #include "io/scan.h"
 
 #include <cctype>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

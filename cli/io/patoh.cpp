@@ -8,7 +8,7 @@
 #include "io/scan.h"
 
 #include <algorithm>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

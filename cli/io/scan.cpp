@@ -7,7 +7,7 @@
 
 #include <climits>
 #include <cstring>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <utility>
 
 namespace kapris_cli

@@ -4,7 +4,7 @@
 #include "io/formats.h"
 
 #include <charconv>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <utility>
 
 namespace kapris_cli

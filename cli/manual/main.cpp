@@ -7,9 +7,7 @@
 
 #include "io/output.h"
 #include "manual/table.h"
-#include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -52,12 +50,7 @@ int main(int argc, char **argv)
     if (argc != 3)
       throw Failure{EXIT_USAGE, "usage: kapris_manual OUTDIR DATE"};
     const std::filesystem::path out = argv[1];
-    CLI::App app("", "kapris");
-    Run run;
-    ColorWhen color = ColorWhen::AUTO;
-    DescribeCommand(&app, &run, &color);
-    const Command root = ReadCommand(&app);
-    const std::string version = app.version();
+    const auto [root, version] = ReadDescription();
     WritePages({out / "man/man1", version.substr(0, version.find('\n')), argv[2]}, root, nullptr, root);
     Write(out / "bash-completion/completions" / root.word, BashCompletion(root));
     Write(out / "zsh/site-functions" / ("_" + root.word), ZshCompletion(root));

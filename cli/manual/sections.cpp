@@ -3,8 +3,8 @@
 
 #include "manual/table.h"
 
-#include <CLI/CLI.hpp>
 #include <cctype>
+#include <sstream>
 
 namespace kapris_cli
 {
@@ -33,11 +33,14 @@ static void ReadLine(std::vector<Paragraph> *paragraphs, bool fresh, const std::
 std::vector<Section> ReadSections(const std::string &text)
 {
   std::vector<Section> sections(1);
-  const std::vector<std::string> lines = CLI::detail::split(text, '\n');
+  std::vector<std::string> lines;
   const std::string example = "Example: ";
   size_t current = 0;
   bool fresh = true;
 
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);)
+    lines.push_back(line);
   for (size_t i = 0; i < lines.size(); i++) {
     if (lines[i].empty()) {
       fresh = true;

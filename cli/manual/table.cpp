@@ -3,6 +3,8 @@
 
 #include "manual/table.h"
 
+#include "verbs/verbs.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
@@ -85,7 +87,8 @@ static std::string ReadSummary(const Command &command)
   return summary.substr(0, summary.find_first_of(":."));
 }
 
-Command ReadCommand(CLI::App *app, const std::string &parent)
+// Parses on the way, so app is good for nothing else afterwards.
+static Command ReadCommand(CLI::App *app, const std::string &parent)
 {
   Command command;
 
@@ -97,6 +100,16 @@ Command ReadCommand(CLI::App *app, const std::string &parent)
   for (CLI::App *verb : app->get_subcommands([](CLI::App *) { return true; }))
     command.verbs.push_back(ReadCommand(verb, command.name));
   return command;
+}
+
+Description ReadDescription()
+{
+  CLI::App app("", "kapris");
+  Run run;
+  ColorWhen color = ColorWhen::AUTO;
+
+  DescribeCommand(&app, &run, &color);
+  return {ReadCommand(&app, ""), app.version()};
 }
 
 } // namespace kapris_cli

@@ -5,11 +5,6 @@
 #include <string>
 #include <vector>
 
-namespace CLI
-{
-class App;
-}
-
 namespace kapris_cli
 {
 
@@ -48,8 +43,12 @@ struct Command {
   std::vector<Command> verbs;
 };
 
-// Reads the whole description. Parses on the way, so app is good for nothing else afterwards.
-Command ReadCommand(CLI::App *app, const std::string &parent = "");
+// The whole description of the tool.
+struct Description {
+  Command command;
+  std::string version; // as the option --version prints it
+};
+Description ReadDescription();
 
 // Splits help text into sections. A line such as "Exit status:" with indented lines below opens one, "Example: "
 // is one; columns are two blanks or more apart.

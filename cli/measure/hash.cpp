@@ -4,7 +4,7 @@
 #include "measure/hash.h"
 
 #include <cstdint>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <type_traits>
 
 namespace kapris_cli

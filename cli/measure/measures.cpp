@@ -12,7 +12,7 @@
 #include "measure/sums.h"
 
 #include <algorithm>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

@@ -4,11 +4,15 @@
 #include "measure/report.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <nlohmann/json.hpp>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {
+
+std::string Line(const std::string &name, const std::string &value)
+{
+  return fmt::format("{:<15}{}\n", name, value);
+}
 
 std::string FormatSizes(const std::string &name, const Hgr &hgr)
 {
@@ -16,18 +20,9 @@ std::string FormatSizes(const std::string &name, const Hgr &hgr)
          Line("pins", hgr.netind.size());
 }
 
-Json StartJson(const std::string &schema, const std::string &name, const Hgr &hgr)
-{
-  return {{"schema", schema},
-          {"file", name},
-          {"cells", hgr.ncells},
-          {"nets", hgr.nnets},
-          {"pins", hgr.netind.size()}};
-}
-
 static std::string FormatPart(int part, std::int64_t weight, const Limits &limits)
 {
-  std::string value = fmt::format("{}", weight);
+  std::string value = std::to_string(weight);
 
   if (limits)
     value += fmt::format(" of at most {}{}", limits(part), weight > limits(part) ? ", over" : "");

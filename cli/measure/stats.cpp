@@ -4,7 +4,7 @@
 //   sets        the cells of each net, sorted and once each    CellsOfNets
 //   identical   sets that come again                           CountIdentical
 //   components  union of the cells of each net                 ComponentSizes
-//   sum up      average, median, powers of two                 Distribution
+//   sum up      average, median, powers of two                 DistributionOf
 
 #include "measure/stats.h"
 
@@ -13,7 +13,6 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <numeric>
 #include <span>
 #include <utility>
@@ -116,45 +115,37 @@ static std::vector<int> ComponentSizes(const Hgr &sets)
 }
 
 // How many of the values are 0, 1, 2-3, 4-7, and so on.
-static Json Histogram(const std::vector<std::int64_t> &values)
+static std::vector<Bin> Histogram(const std::vector<std::int64_t> &values)
 {
-  std::array<long long, 64> counts = {};
-  Json histogram = Json::array();
+  std::array<std::int64_t, 64> counts = {};
+  std::vector<Bin> histogram;
 
   for (const std::int64_t value : values)
     counts[static_cast<size_t>(std::bit_width(static_cast<std::uint64_t>(value)))]++;
   for (size_t n = 0; n < counts.size(); n++)
     if (counts[n] > 0)
-      histogram.push_back({{"from", (1LL << n) / 2}, {"to", (1LL << n) - 1}, {"count", counts[n]}});
+      histogram.push_back({(std::int64_t{1} << n) / 2, (std::int64_t{1} << n) - 1, counts[n]});
   return histogram;
 }
 
-// The middle between two values: a whole number where a double would not be exact.
-static Json Middle(std::int64_t low, std::int64_t high)
+static Distribution DistributionOf(std::vector<std::int64_t> values)
 {
-  constexpr std::int64_t most_exact = std::int64_t{1} << 53;
-
-  if (low + high > most_exact && (low + high) % 2 == 0)
-    return (low + high) / 2;
-  return static_cast<double>(low + high) / 2;
-}
-
-static Json Distribution(std::vector<std::int64_t> values)
-{
-  const std::int64_t total = std::accumulate(values.begin(), values.end(), std::int64_t{0});
+  Distribution distribution;
 
   if (values.empty())
-    return {{"total", 0}, {"histogram", Json::array()}};
+    return distribution;
   const auto [min, max] = std::minmax_element(values.begin(), values.end());
-  Json json = {{"total", total}, {"min", *min}, {"max", *max}};
-  json["average"] = static_cast<double>(total) / static_cast<double>(values.size());
+  distribution.total = std::accumulate(values.begin(), values.end(), std::int64_t{0});
+  distribution.min = *min;
+  distribution.max = *max;
+  distribution.average = static_cast<double>(distribution.total) / static_cast<double>(values.size());
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
   // Of an even number of values, the middle of the middle two.
-  json["median"] =
-      Middle(values.size() % 2 == 0 ? *std::max_element(values.begin(), middle) : *middle, *middle);
-  json["histogram"] = Histogram(values);
-  return json;
+  distribution.median_twice =
+      *middle + (values.size() % 2 == 0 ? *std::max_element(values.begin(), middle) : *middle);
+  distribution.histogram = Histogram(values);
+  return distribution;
 }
 
 static std::vector<std::int64_t> WeightsOf(const std::vector<std::int64_t> &weights, int count)
@@ -162,31 +153,32 @@ static std::vector<std::int64_t> WeightsOf(const std::vector<std::int64_t> &weig
   return weights.empty() ? std::vector<std::int64_t>(static_cast<size_t>(count), 1) : weights;
 }
 
-static Json CountDistribution(const std::vector<int> &counts)
+static Distribution DistributionOf(const std::vector<int> &counts)
 {
-  return Distribution({counts.begin(), counts.end()});
+  return DistributionOf(std::vector<std::int64_t>(counts.begin(), counts.end()));
 }
 
-void AddStats(const Hgr &hgr, Json *json)
+Stats CountStats(const Hgr &hgr)
 {
   const Hgr sets = CellsOfNets(hgr);
-  std::vector<int> sizes, degrees(static_cast<size_t>(hgr.ncells)), components = ComponentSizes(sets);
+  const std::vector<int> components = ComponentSizes(sets);
+  std::vector<int> sizes, degrees(static_cast<size_t>(hgr.ncells));
 
   for (size_t net = 0; net < static_cast<size_t>(hgr.nnets); net++)
     sizes.push_back(static_cast<int>(CellsOf(sets, net).size()));
   for (const int cell : sets.netind)
     degrees[static_cast<size_t>(cell)]++;
-  (*json)["repeated_pins"] = hgr.netind.size() - sets.netind.size();
-  (*json)["empty_nets"] = std::count(sizes.begin(), sizes.end(), 0);
-  (*json)["one_cell_nets"] = std::count(sizes.begin(), sizes.end(), 1);
-  (*json)["identical_nets"] = CountIdentical(sets);
-  (*json)["islands"] = std::count(degrees.begin(), degrees.end(), 0);
-  (*json)["components"] = components.size();
-  (*json)["cell_weight"] = Distribution(WeightsOf(hgr.cellwgts, hgr.ncells));
-  (*json)["net_weight"] = Distribution(WeightsOf(hgr.netwgts, hgr.nnets));
-  (*json)["net_size"] = CountDistribution(sizes);
-  (*json)["cell_degree"] = CountDistribution(degrees);
-  (*json)["component_size"] = CountDistribution(components);
+  return {{{"repeated_pins", static_cast<std::int64_t>(hgr.netind.size() - sets.netind.size())},
+           {"empty_nets", std::count(sizes.begin(), sizes.end(), 0)},
+           {"one_cell_nets", std::count(sizes.begin(), sizes.end(), 1)},
+           {"identical_nets", CountIdentical(sets)},
+           {"islands", std::count(degrees.begin(), degrees.end(), 0)},
+           {"components", static_cast<std::int64_t>(components.size())}},
+          {{"cell_weight", DistributionOf(WeightsOf(hgr.cellwgts, hgr.ncells))},
+           {"net_weight", DistributionOf(WeightsOf(hgr.netwgts, hgr.nnets))},
+           {"net_size", DistributionOf(sizes)},
+           {"cell_degree", DistributionOf(degrees)},
+           {"component_size", DistributionOf(components)}}};
 }
 
 } // namespace kapris_cli

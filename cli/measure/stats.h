@@ -2,13 +2,36 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "measure/report.h"
+#include "io/hgr.h"
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace kapris_cli
 {
 
-// Adds what the help of the verb stats explains to an object: counts, and distributions with a histogram by powers
-// of two. In time near linear.
-void AddStats(const Hgr &hgr, Json *json);
+// How many values are in low .. high.
+struct Bin {
+  std::int64_t low, high, count;
+};
+
+struct Distribution {
+  std::int64_t total = 0;
+  // Only of values that there are:
+  std::int64_t min = 0, max = 0, median_twice = 0;
+  double average = 0.0;
+  std::vector<Bin> histogram; // by powers of two; empty without values
+};
+
+// By the names that docs/json.md and the help of the verb stats explain.
+struct Stats {
+  std::vector<std::pair<std::string, std::int64_t>> counts;
+  std::vector<std::pair<std::string, Distribution>> distributions;
+};
+
+// In time near linear.
+Stats CountStats(const Hgr &hgr);
 
 } // namespace kapris_cli

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "options/options.h"
+
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -15,34 +16,26 @@ namespace kapris_cli
 template <typename T>
 using Names = std::vector<std::pair<std::string, T>>;
 
-// Adds an option, or an argument, that takes one of the names and stores what the name stands for. The type name of the
-// option is the names, "fast|default|quality": help shows it, manual pages and completions read it. The default is
+// Adds an option, or an argument, that takes one of the names and stores what the name stands for. The default is
 // what *value is now, and is shown if it has a name.
 //
 //   Choice(verb, "--preset", &request->preset, "How much time to spend", {{"fast", FAST}, {"quality", QUALITY}});
 template <typename T>
-CLI::Option *Choice(CLI::App *verb, const std::string &option_name, T *value, const std::string &description,
+CLI::Option *Choice(CLI::App *verb, const char *option_name, T *value, const std::string &help,
                     const Names<std::type_identity_t<T>> &choices)
 {
-  std::string names;
-  std::string shown;
+  std::vector<std::string> names;
+  std::vector<T> meanings;
+  std::string standard;
+
   for (const auto &[name, meaning] : choices) {
-    names += (names.empty() ? "" : "|") + name;
+    names.push_back(name);
+    meanings.push_back(meaning);
     if (meaning == *value)
-      shown = name;
+      standard = name;
   }
-  const std::string blamed = option_name.substr(option_name.rfind(',') + 1);
-  const auto store = [value, choices, names, blamed](const std::string &given) {
-    for (const auto &[name, meaning] : choices)
-      if (name == given) {
-        *value = meaning;
-        return;
-      }
-    throw CLI::ValidationError(blamed, "'" + given + "' is not one of " + names);
-  };
-  return verb->add_option_function<std::string>(option_name, store, description)
-      ->type_name(names)
-      ->default_str(shown);
+  const auto store = [value, meanings](size_t n) { *value = meanings[n]; };
+  return AddChoice(verb, option_name, names, store, standard, help);
 }
 
 } // namespace kapris_cli

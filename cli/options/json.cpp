@@ -3,24 +3,17 @@
 
 #include "options/json.h"
 
-#include "failure.h"
+#include "options/options.h"
 
-#include "io/files.h"
-#include "io/output.h"
-
-#include <CLI/CLI.hpp>
-#include <cstdio>
-#include <fmt/format.h>
-#include <nlohmann/json.hpp>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {
 
 void AddJson(CLI::App *verb, std::string *path, const std::string &schema)
 {
-  verb->add_option("--json", *path,
-                   fmt::format("Print one JSON object, schema {}, or write it to FILE", schema))
-      ->type_name("[=FILE]");
+  AddText(verb, "--json", path, "[=FILE]",
+          fmt::format("Print one JSON object, schema {}, or write it to FILE", schema));
 }
 
 void ExpandJson(std::vector<std::string> *args)
@@ -31,39 +24,6 @@ void ExpandJson(std::vector<std::string> *args)
     if (arg == "--json")
       arg = "--json=-";
   }
-}
-
-// Objects of results are not nested deeply, and what is cannot even be copied safely.
-static Json ParseJson(std::string_view text)
-{
-  constexpr int deepest = 16;
-  bool toodeep = false;
-  Json json = Json::parse(
-      text,
-      [&toodeep](int depth, Json::parse_event_t, Json &) {
-        toodeep = toodeep || depth > deepest;
-        return !toodeep;
-      },
-      false);
-
-  return toodeep ? Json(Json::value_t::discarded) : json;
-}
-
-Json ReadJson(const std::string &path)
-{
-  Json json = ParseJson(OpenText(path).bytes);
-
-  if (json.is_discarded())
-    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not a JSON file of ours", InputName(path))};
-  return json;
-}
-
-void WriteJson(const Json &json, const std::string &path)
-{
-  // Names of files can hold any bytes.
-  const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-
-  WriteFile(path, text);
 }
 
 } // namespace kapris_cli

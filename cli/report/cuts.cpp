@@ -5,6 +5,7 @@
 #include "report/pictures.h"
 
 #include <algorithm>
+#include <fmt/core.h>
 #include <utility>
 
 namespace kapris_cli

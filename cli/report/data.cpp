@@ -4,9 +4,14 @@
 #include "report/data.h"
 
 #include "failure.h"
+#include "text.h"
 
+#include "io/files.h"
+#include "io/hgr.h"
+
+#include <algorithm>
 #include <climits>
-#include <cmath>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 #include <numeric>
 
@@ -90,7 +95,7 @@ static std::string Words(const Place &at)
 static std::string OneOf(const Place &at, const std::vector<std::string> &allowed)
 {
   if (!at.json->is_string() || std::find(allowed.begin(), allowed.end(), *at.json) == allowed.end())
-    Fail(at, fmt::format("one of {}", fmt::join(allowed, ", ")));
+    Fail(at, fmt::format("one of {}", Join(allowed, ", ")));
   return at.json->get<std::string>();
 }
 
@@ -257,6 +262,11 @@ ReportData ReadReportData(const std::string &name, const Json &json)
   if (json.contains("records"))
     data.records = ReadRecords(At(result, "records"), data.parts);
   return data;
+}
+
+ReportData LoadReportData(const std::string &path)
+{
+  return ReadReportData(InputName(path), ReadJson(path));
 }
 
 std::int64_t TotalWeight(const ReportData &data)

@@ -1,8 +1,8 @@
-// cli/report/data.h - what a JSON result says, with its types checked; private to this folder but for the verb report.
+// cli/report/data.h - what a JSON result says, with its types checked.
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "measure/report.h"
+#include "json/json.h"
 
 #include <cstdint>
 #include <optional>
@@ -82,6 +82,8 @@ struct ReportData {
 
 // Throws Failure that names the file and the key of the first thing that is not as docs/json.md says.
 ReportData ReadReportData(const std::string &name, const Json &json);
+// The same of a file, which is named as it was given.
+ReportData LoadReportData(const std::string &path);
 
 // What the starts are compared by first.
 inline std::int64_t ObjectiveOf(const ReportData &data, const ReportFigures &figures)

@@ -4,7 +4,7 @@
 #include "report/escape.h"
 
 #include <algorithm>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

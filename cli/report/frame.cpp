@@ -5,7 +5,7 @@
 
 #include "report/escape.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

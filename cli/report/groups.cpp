@@ -4,6 +4,7 @@
 #include "report/pictures.h"
 
 #include <algorithm>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

@@ -6,6 +6,7 @@
 #include "report/pictures.h"
 
 #include <algorithm>
+#include <fmt/core.h>
 #include <limits>
 
 namespace kapris_cli

@@ -9,6 +9,8 @@
 #include "report/pictures.h"
 #include "report/report.h"
 
+#include <fmt/core.h>
+
 namespace kapris_cli
 {
 
@@ -25,10 +27,8 @@ static std::string InputPictures(const ReportData &data, const Hgr *hgr, const s
   return CutMatrixHtml(data, nets, *hgr) + SpyHtml(data, *hgr, *part) + SpansHtml(data, nets, *hgr);
 }
 
-std::string ReportPage(const std::string &name, const Json &result, const Hgr *hgr,
-                       const std::vector<int> *part)
+std::string ReportPage(const ReportData &data, const Hgr *hgr, const std::vector<int> *part)
 {
-  const ReportData data = ReadReportData(name, result);
   const std::string body = SummaryHtml(data) + "<div class=\"cards\">\n" + WeightsHtml(data) +
                            InputPictures(data, hgr, part) + StartsHtml(data) + TrialsHtml(data) +
                            LevelsHtml(data) + "</div>\n<footer>Made by kapris report.</footer>\n";
@@ -44,9 +44,9 @@ static void CheckHash(const std::string &file, const char *what, const std::stri
                                               file, what, name, hash, expected)};
 }
 
-ReportInput LoadReportInput(const std::string &name, const Json &result, Input file, const std::string &part)
+ReportInput LoadReportInput(const std::string &name, const ReportData &data, Input file,
+                            const std::string &part)
 {
-  const ReportData data = ReadReportData(name, result);
   ReportInput input;
 
   if (data.records && file.format == Format::BY_NAME && file.model == Model::BY_FORMAT &&

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "measure/measures.h"
 #include "report/data.h"
 #include "report/frame.h"
 

@@ -1,10 +1,12 @@
 // cli/report/repeat.cpp - the command line that gives the same result.
 // SPDX-License-Identifier: MIT
 
+#include "text.h"
+
 #include "report/data.h"
 
 #include <algorithm>
-#include <fmt/ranges.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {
@@ -50,7 +52,7 @@ std::vector<std::string> RepeatCommand(const ReportData &data)
   add("-k", fmt::format("{}", data.parts));
   add("--epsilon", fmt::format("{}", data.epsilon));
   if (!data.shares.empty())
-    add("--target-weights", fmt::format("{}", fmt::join(data.shares, ",")));
+    add("--target-weights", Join(data.shares, ","));
   if (!data.fixed.path.empty())
     add("--fixed", FileWord(data.fixed.path));
   add("--objective", data.objective);

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "io/input.h"
-#include "measure/report.h"
+#include "report/data.h"
 
 #include <string>
 #include <vector>
@@ -18,12 +18,11 @@ struct ReportInput {
 };
 
 // Reads them as the run did that gave the result, unless the options of the input say how. Throws Failure if they are
-// not those of the result. In all of these, name is that of the result for messages, and what is wrong in a result
-// throws Failure.
-ReportInput LoadReportInput(const std::string &name, const Json &result, Input file, const std::string &part);
+// not those of the result, whose name is for messages.
+ReportInput LoadReportInput(const std::string &name, const ReportData &data, Input file,
+                            const std::string &part);
 
 // One page of HTML that needs nothing else. Without hypergraph and partition, both NULL, it says what would need them.
-std::string ReportPage(const std::string &name, const Json &result, const Hgr *hgr,
-                       const std::vector<int> *part);
+std::string ReportPage(const ReportData &data, const Hgr *hgr, const std::vector<int> *part);
 
 } // namespace kapris_cli

@@ -4,6 +4,7 @@
 #include "report/pictures.h"
 
 #include <algorithm>
+#include <fmt/core.h>
 #include <map>
 
 namespace kapris_cli

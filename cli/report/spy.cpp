@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fmt/core.h>
 #include <numeric>
 
 namespace kapris_cli

@@ -1,11 +1,13 @@
 // cli/report/summary.cpp - the head of the page: what came out, what was run, how to run it again.
 // SPDX-License-Identifier: MIT
 
+#include "text.h"
+
 #include "report/escape.h"
 #include "report/pictures.h"
 
 #include <algorithm>
-#include <fmt/ranges.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {
@@ -137,7 +139,7 @@ std::string SummaryHtml(const ReportData &data)
                      EscapeHtml(data.file), data.parts, data.cells, data.nets, data.pins,
                      data.best.balanced ? "" : " bad", EscapeHtml(BalanceSentence(data)),
                      EscapeHtml(ObjectiveSentence(data)), TableHtml(Figures(data)), TableHtml(Facts(data)),
-                     fmt::join(words, " "), EscapeHtml(RepeatNote(data)));
+                     Join(words, " "), EscapeHtml(RepeatNote(data)));
 }
 
 } // namespace kapris_cli

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

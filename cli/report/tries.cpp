@@ -5,6 +5,7 @@
 #include "report/sample.h"
 
 #include <algorithm>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fmt/core.h>
 #include <numeric>
 
 namespace kapris_cli

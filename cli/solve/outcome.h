@@ -1,8 +1,8 @@
-// cli/solve/outcome.h - what a run of the library gave, and the forms in which users get it.
+// cli/solve/outcome.h - what a run of the library gave, and its summary.
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "measure/report.h"
+#include "io/hgr.h"
 #include "solve/request.h"
 
 #include <string>
@@ -20,9 +20,6 @@ struct Outcome {
   double seconds_read;
   kapris::Result result;
 };
-
-// The object that docs/json.md describes; the verb best reads it.
-Json ResultJson(const Outcome &outcome);
 
 // The lines of a summary.
 std::string Summary(const Outcome &outcome);

@@ -4,7 +4,7 @@
 #include "solve/progress.h"
 
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 #include <string>
 #include <sys/ioctl.h>

@@ -6,16 +6,15 @@
 #include "failure.h"
 
 #include "io/files.h"
+#include "json/json.h"
 #include "options/choice.h"
-#include "options/decimal.h"
 #include "options/json.h"
 
 #include <algorithm>
 #include <charconv>
 #include <climits>
 #include <cmath>
-#include <fmt/format.h>
-#include <nlohmann/json.hpp>
+#include <fmt/core.h>
 #include <thread>
 
 namespace kapris_cli
@@ -84,34 +83,19 @@ static void AddNamed(CLI::App *verb, const char *option, std::optional<Value> *v
   Choice<std::optional<Value>>(verb, option, value, help, {names.begin(), names.end()});
 }
 
-static CLI::Option *AddCount(CLI::App *verb, const char *option, std::optional<int> *value, int lowest,
-                             const char *help)
-{
-  return verb->add_option(option, *value, help)
-      ->type_name("N")
-      ->check(CLI::Range(lowest, INT_MAX).description(""));
-}
-
 static void AddGoal(CLI::App *verb, Request *request)
 {
-  verb->add_option("-k,--parts", request->nparts, "Number of parts, at least 2")
-      ->required()
-      ->type_name("N")
-      ->check(CLI::Range(2, INT_MAX).description(""));
-  CLI::Option *epsilon = AddDecimal(verb, "-e,--epsilon", &request->epsilon, 0.0, 1e6,
-                                    "A part may weigh (1 + E) x its share of the total, rounded up [0.03]")
-                             ->type_name("E");
-  verb->add_option("--ubfactor", request->ubfactor,
-                   "The same as a percentage, 1 to 49: of each bisection, or with --scheme kway of the parts")
-      ->type_name("P")
-      ->check(CLI::Range(1, 49).description(""))
-      ->excludes(epsilon);
-  verb->add_option("--target-weights", request->target_weights,
-                   "Relative weights that the parts should get, as in 2,1,1, or @FILE that has them")
-      ->type_name("W,W,...");
-  verb->add_option("--fixed", request->fixed,
-                   "File with the part, from 0, that each cell must go to, or -1 for a free cell")
-      ->type_name("FILE");
+  Require(AddNumber(verb, "-k,--parts", &request->nparts, 2, INT_MAX, "N", "Number of parts, at least 2"));
+  CLI::Option *epsilon = AddDecimal(verb, "-e,--epsilon", &request->epsilon, 0.0, 1e6, "E",
+                                    "A part may weigh (1 + E) x its share of the total, rounded up [0.03]");
+  CLI::Option *ubfactor =
+      AddNumber(verb, "--ubfactor", &request->ubfactor, 1, 49, "P",
+                "The same as a percentage, 1 to 49: of each bisection, or with --scheme kway of the parts");
+  Exclude(ubfactor, epsilon);
+  AddText(verb, "--target-weights", &request->target_weights, "W,W,...",
+          "Relative weights that the parts should get, as in 2,1,1, or @FILE that has them");
+  AddText(verb, "--fixed", &request->fixed, "FILE",
+          "File with the part, from 0, that each cell must go to, or -1 for a free cell");
   AddNamed(verb, "--objective", &request->objective, "What to minimise [cut]", objectives);
 }
 
@@ -121,33 +105,21 @@ static void AddEffort(CLI::App *verb, Request *request)
            schemes);
   AddNamed(verb, "--refinement", &request->refinement, "Refinement of bisections [fm]", refinements);
   AddNamed(verb, "--vcycle", &request->vcycle, "Which runs are improved by V-cycles [best]", vcycles);
-  AddCount(verb, "--runs", &request->runs, 1, "Runs of each bisection or k-way partitioning [10]");
-  CLI::Option *starts =
-      AddCount(verb, "--starts", &request->starts, 1, "Independent starts, of which the best counts [1]");
-  verb->add_option("--start-range", request->start_range,
-                   "Only the starts numbered A to B, to spread starts over machines; see the verb best")
-      ->type_name("A:B")
-      ->excludes(starts);
-  verb->add_option("--seed", request->seed, "Fixes the random sequence; negative: from the clock")
-      ->type_name("S")
-      ->capture_default_str();
-  verb->add_option("-t,--threads", request->threads,
-                   "Threads, 0 = one per processor; no effect on the result")
-      ->type_name("N")
-      ->capture_default_str()
-      ->check(CLI::Range(0, INT_MAX).description(""));
-  AddDecimal(verb, "--time-limit", &request->time_limit, 1e-3, 1e9,
-             "Seconds after which the best so far is written")
-      ->type_name("S");
-  verb->add_option("--memory-limit", request->memory_limit, "Bytes for the partitioning, as in 500M or 2G")
-      ->type_name("SIZE")
-      ->transform(CLI::AsSizeValue(false).description(""))
-      ->transform(CLI::Validator(
-          [](std::string &text) -> std::string {
-            return text.starts_with('-') || text == "0" ? "'" + text + "' is not a number of bytes above 0"
-                                                        : "";
-          },
-          ""));
+  AddNumber(verb, "--runs", &request->runs, 1, INT_MAX, "N",
+            "Runs of each bisection or k-way partitioning [10]");
+  CLI::Option *starts = AddNumber(verb, "--starts", &request->starts, 1, INT_MAX, "N",
+                                  "Independent starts, of which the best counts [1]");
+  CLI::Option *range =
+      AddText(verb, "--start-range", &request->start_range, "A:B",
+              "Only the starts numbered A to B, to spread starts over machines; see the verb best");
+  Exclude(range, starts);
+  ShowDefault(AddNumber(verb, "--seed", &request->seed, INT_MIN, INT_MAX, "S",
+                        "Fixes the random sequence; negative: from the clock"));
+  ShowDefault(AddNumber(verb, "-t,--threads", &request->threads, 0, INT_MAX, "N",
+                        "Threads, 0 = one per processor; no effect on the result"));
+  AddDecimal(verb, "--time-limit", &request->time_limit, 1e-3, 1e9, "S",
+             "Seconds after which the best so far is written");
+  AddBytes(verb, "--memory-limit", &request->memory_limit, "Bytes for the partitioning, as in 500M or 2G");
 }
 
 // Of the default output.
@@ -155,19 +127,16 @@ static const char part_suffix[] = "part", refined_suffix[] = "refined";
 
 static void AddOutput(CLI::App *verb, Request *request, const char *suffix)
 {
-  verb->add_option(
-          "-o,--output", request->out,
-          fmt::format("Part file, - for standard output; default: FILE.{}.N in the working directory",
-                      suffix))
-      ->type_name("FILE");
+  AddText(
+      verb, "-o,--output", &request->out, "FILE",
+      fmt::format("Part file, - for standard output; default: FILE.{}.N in the working directory", suffix));
   AddJson(verb, &request->json, "kapris-result-1");
-  verb->add_flag("--records", request->records, "The JSON object tells of trials and levels too");
-  verb->add_option("--report", request->report,
-                   "Write a page with pictures of the result; see the verb report")
-      ->type_name("FILE");
-  verb->add_flag("-q,--quiet", request->quiet, "Print only the name of the file written");
-  verb->add_flag("-v,--verbose", request->verbosity, "Trace the runs on standard error; -vv: the levels too");
-  verb->add_flag("--dry-run", request->dry_run, "Check everything and say what would be done");
+  AddFlag(verb, "--records", &request->records, "The JSON object tells of trials and levels too");
+  AddText(verb, "--report", &request->report, "FILE",
+          "Write a page with pictures of the result; see the verb report");
+  AddFlag(verb, "-q,--quiet", &request->quiet, "Print only the name of the file written");
+  AddFlag(verb, "-v,--verbose", &request->verbosity, "Trace the runs on standard error; -vv: the levels too");
+  AddFlag(verb, "--dry-run", &request->dry_run, "Check everything and say what would be done");
 }
 
 void AddPartitionOptions(CLI::App *verb, Request *request)
@@ -177,7 +146,7 @@ void AddPartitionOptions(CLI::App *verb, Request *request)
          presets);
   AddNamed(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
   AddEffort(verb, request);
-  verb->add_flag("--reconst", request->reconst, "Pieces of cut nets stay in the recursion");
+  AddFlag(verb, "--reconst", &request->reconst, "Pieces of cut nets stay in the recursion");
   AddOutput(verb, request, part_suffix);
 }
 
@@ -290,16 +259,6 @@ static std::string DefaultOutput(const std::string &command, const Request &requ
                      command == "refine" ? refined_suffix : part_suffix, request.nparts);
 }
 
-// The verb best finds the part file by its name in the result.
-static void CheckName(const std::string &path)
-{
-  try {
-    Json(path).dump();
-  } catch (const Json::exception &) {
-    Refuse("--json cannot name an output that is not UTF-8 text; choose another with -o");
-  }
-}
-
 Plan Resolve(const std::string &command, const Request &request)
 {
   const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
@@ -328,8 +287,9 @@ Plan Resolve(const std::string &command, const Request &request)
   if (!request.target_weights.empty())
     plan.shares = ParseShares(request.target_weights, request.nparts);
   plan.out = request.out.empty() ? DefaultOutput(command, request) : request.out;
-  if (!request.json.empty())
-    CheckName(plan.out);
+  // The verb best finds the part file by its name in the result.
+  if (!request.json.empty() && !IsJsonText(plan.out))
+    Refuse("--json cannot name an output that is not UTF-8 text; choose another with -o");
   if (!request.json.empty() && request.dry_run)
     Refuse("--dry-run has no result for --json");
   if (!request.report.empty() && request.dry_run)

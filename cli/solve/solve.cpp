@@ -12,18 +12,17 @@
 #include "io/files.h"
 #include "io/output.h"
 #include "io/parts.h"
+#include "json/objects.h"
 #include "measure/bounds.h"
 #include "measure/measures.h"
-#include "options/json.h"
-#include "report/report.h"
+#include "measure/report.h"
 #include "solve/interrupt.h"
 #include "solve/outcome.h"
 #include "solve/progress.h"
 
 #include <chrono>
 #include <cstdio>
-#include <fmt/format.h>
-#include <nlohmann/json.hpp>
+#include <fmt/core.h>
 #include <string_view>
 
 namespace kapris_cli
@@ -139,14 +138,7 @@ static void Report(const Outcome &outcome)
   std::FILE *stream =
       outcome.plan.out == "-" || request.json == "-" || request.report == "-" ? stderr : stdout;
 
-  const Json json = request.json.empty() && request.report.empty() ? Json() : ResultJson(outcome);
-  // Files first: whoever reads standard output may go away.
-  for (const bool tostdout : {false, true}) {
-    if (!request.json.empty() && (request.json == "-") == tostdout)
-      WriteJson(json, request.json);
-    if (!request.report.empty() && (request.report == "-") == tostdout)
-      WriteFile(request.report, ReportPage("the result", json, &outcome.hgr, &outcome.result.part));
-  }
+  WriteResult(outcome);
   if (request.quiet) {
     if (stream == stdout)
       fmt::print("{}\n", outcome.plan.out);

@@ -8,19 +8,21 @@
 //   deliver  the part file of the best, checked against its result   CopyPart
 
 #include "failure.h"
+#include "text.h"
 
 #include "io/files.h"
 #include "io/output.h"
 #include "io/parts.h"
+#include "json/json.h"
 #include "measure/hash.h"
+#include "measure/report.h"
 #include "options/json.h"
+#include "options/options.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <climits>
 #include <cstdio>
-#include <fmt/format.h>
-#include <fmt/ranges.h>
+#include <fmt/core.h>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -43,7 +45,7 @@ struct SavedResult {
   Json json;
 };
 
-using StartsByNumber = std::map<long long, Json>;
+using StartsByNumber = std::map<std::int64_t, Json>;
 
 } // namespace
 
@@ -118,7 +120,7 @@ static bool IsBetter(const SavedResult &a, const SavedResult &b)
     const auto cut = best["cut"].get<std::int64_t>(), soed = best["soed"].get<std::int64_t>();
     return std::make_tuple(!best["balanced"].get<bool>(), bycut ? cut : soed, bycut ? soed : cut,
                            best["imbalance"].get<double>(),
-                           best["start"].is_null() ? -1 : best["start"].get<long long>());
+                           best["start"].is_null() ? -1 : best["start"].get<std::int64_t>());
   };
   const Json &x = a.json["best"], &y = b.json["best"];
   const bool simplex = !given && x["start"].is_null(), simpley = !given && y["start"].is_null();
@@ -134,7 +136,7 @@ static StartsByNumber MergeStarts(const std::vector<SavedResult> &results)
 
   for (const SavedResult &result : results)
     for (const Json &start : result.json["starts"]) {
-      const auto [at, isnew] = merged.emplace(start["number"].get<long long>(), start);
+      const auto [at, isnew] = merged.emplace(start["number"].get<std::int64_t>(), start);
       const Json &before = at->second;
       // Of a start that was cut short here and completed there, the completed one counts.
       if (!isnew && !before["completed"].get<bool>())
@@ -149,11 +151,11 @@ static StartsByNumber MergeStarts(const std::vector<SavedResult> &results)
 }
 
 // The numbers up to the largest that no result has, or only cut short.
-static std::vector<long long> MissingStarts(const StartsByNumber &starts)
+static std::vector<std::int64_t> MissingStarts(const StartsByNumber &starts)
 {
   constexpr size_t most = 20;
-  std::vector<long long> missing;
-  long long next = 0;
+  std::vector<std::int64_t> missing;
+  std::int64_t next = 0;
 
   for (const auto &[number, start] : starts) {
     for (; next < number && missing.size() < most; next++)
@@ -217,14 +219,11 @@ static ExitStatus Best(const BestRequest &request)
       best = results.size() - 1;
   }
   const StartsByNumber starts = MergeStarts(results);
-  const std::vector<long long> missing = MissingStarts(starts);
+  const std::vector<std::int64_t> missing = MissingStarts(starts);
   if (!missing.empty())
-    std::fputs(
-        fmt::format(
-            "kapris: note: no completed start {}: one run with all starts may give another partition\n",
-            fmt::join(missing, ", "))
-            .c_str(),
-        stderr);
+    fmt::print(stderr,
+               "kapris: note: no completed start {}: one run with all starts may give another partition\n",
+               Join(missing, ", "));
 
   if (!request.out.empty())
     CopyPart(results[best], request.out);
@@ -244,22 +243,22 @@ static ExitStatus Best(const BestRequest &request)
 
 void AddBest(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("best", "Choose the best of the results of several runs");
   auto request = std::make_shared<BestRequest>();
-
-  verb->footer(
+  CLI::App *verb = AddVerb(
+      app, "best", "Choose the best of the results of several runs",
       "Examples:\n"
       "  kapris partition circuit.hgr -k 8 --start-range 0:9 --json=a.json -o a.part     (one machine)\n"
       "  kapris partition circuit.hgr -k 8 --start-range 10:19 --json=b.json -o b.part   (another)\n"
       "  kapris best a.json b.json -o best.part\n\n"
       "Results are put together only if they come from the same version, the same hypergraph, fixed cells\n"
       "and given partition, and the same options. With the starts 0 to N-1 all there and complete, the\n"
-      "partition is that of one run with --starts N.");
-  verb->add_option("RESULT", request->files, "Files written with --json=FILE")->required()->type_name("");
-  verb->add_option("-o,--output", request->out, "Copy the part file of the best here, - for standard output")
-      ->type_name("FILE");
+      "partition is that of one run with --starts N.",
+      [request, run] { *run = [request] { return Best(*request); }; });
+
+  Require(AddArguments(verb, "RESULT", &request->files, "Files written with --json=FILE"));
+  AddText(verb, "-o,--output", &request->out, "FILE",
+          "Copy the part file of the best here, - for standard output");
   AddJson(verb, &request->json, "kapris-result-1");
-  verb->callback([request, run] { *run = [request] { return Best(*request); }; });
 }
 
 } // namespace kapris_cli

@@ -5,11 +5,11 @@
 
 #include "io/input.h"
 #include "measure/bounds.h"
+#include "options/options.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 #include <string>
 
@@ -55,15 +55,15 @@ static ExitStatus Check(const Input &input)
 
 void AddCheck(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("check", "Find everything that is wrong with a file, or odd");
   auto input = std::make_shared<Input>();
-
-  verb->footer(
+  CLI::App *verb = AddVerb(
+      app, "check", "Find everything that is wrong with a file, or odd",
       "Each problem is a line file:line:column: message; the last line counts them. Odd is what is read all\n"
       "the same: repeated pins, nets without pins or with the weight 0, a graph in place of a hypergraph.\n"
-      "The exit status is 0 without errors and 3 with errors, warnings or not.");
+      "The exit status is 0 without errors and 3 with errors, warnings or not.",
+      [input, run] { *run = [input] { return Check(*input); }; });
+
   AddInput(verb, input.get());
-  verb->callback([input, run] { *run = [input] { return Check(*input); }; });
 }
 
 } // namespace kapris_cli

@@ -6,8 +6,7 @@
 #include "options/choice.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace kapris_cli
 {
@@ -50,37 +49,13 @@ static const char compiler[] = "clang++ " __clang_version__;
 static const char compiler[] = "g++ " __VERSION__;
 #endif
 
-// What no option means: a value that is not there, as a script's variable that was never set, and a number with a
-// leading zero, which the parser would read as octal.
-static void CheckValues(CLI::App *app)
-{
-  for (CLI::Option *option : app->get_options()) {
-    if (option->get_items_expected_max() == 0)
-      continue;
-    const bool iscount = option->get_type_name() == "N";
-    option->transform(CLI::Validator(
-        [iscount](std::string &text) -> std::string {
-          if (text.empty())
-            return "the value is empty";
-          return iscount && text.size() > 1 && text[0] == '0' ? "'" + text + "' has a leading zero" : "";
-        },
-        ""));
-  }
-  for (CLI::App *verb : app->get_subcommands([](const CLI::App *) { return true; }))
-    CheckValues(verb);
-}
-
 void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
 {
-  app->description(description);
-  app->footer(footer);
-  app->set_version_flag("--version",
-                        fmt::format("kapris {}.{}.{}\nMIT licence\nbuilt with {}", KAPRIS_VERSION_MAJOR,
-                                    KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH, compiler));
+  DescribeApp(app, description, footer,
+              fmt::format("kapris {}.{}.{}\nMIT licence\nbuilt with {}", KAPRIS_VERSION_MAJOR,
+                          KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH, compiler));
   Choice(app, "--color", color, "Colours in messages",
          {{"auto", ColorWhen::AUTO}, {"always", ColorWhen::ALWAYS}, {"never", ColorWhen::NEVER}});
-  app->require_subcommand(1);
-  app->fallthrough();
   AddPartition(app, run);
   AddRefine(app, run);
   AddBest(app, run);

@@ -15,10 +15,9 @@
 #include "options/choice.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 #include <string>
 #include <vector>
@@ -118,22 +117,21 @@ static ExitStatus Convert(const ConvertRequest &request)
 
 void AddConvert(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("convert", "Write a hypergraph in another format");
   auto request = std::make_shared<ConvertRequest>();
+  CLI::App *verb =
+      AddVerb(app, "convert", "Write a hypergraph in another format",
+              "A matrix is written with a row per net and a column per cell, without weights. What it "
+              "cannot hold is\n"
+              "refused unless an option drops it.",
+              [request, run] { *run = [request] { return Convert(*request); }; });
 
-  verb->footer("A matrix is written with a row per net and a column per cell, without weights. What it "
-               "cannot hold is\n"
-               "refused unless an option drops it.");
   AddInput(verb, &request->input);
-  verb->add_option("OUT", request->out,
-                   "Output, compressed if it ends with .gz; - for standard output, with --to")
-      ->required()
-      ->type_name("");
+  Require(AddArgument(verb, "OUT", &request->out,
+                      "Output, compressed if it ends with .gz; - for standard output, with --to"));
   Choice(verb, "--to", &request->to, "Format of OUT; default: by the end of its name",
          {{"hgr", Format::HGR}, {"mtx", Format::MTX}, {"patoh", Format::PATOH}});
-  verb->add_flag("--drop-weights", request->drop_weights, "Leave out weights that OUT cannot hold");
-  verb->add_flag("--drop-repeats", request->drop_repeats, "Leave out repeated pins that OUT cannot hold");
-  verb->callback([request, run] { *run = [request] { return Convert(*request); }; });
+  AddFlag(verb, "--drop-weights", &request->drop_weights, "Leave out weights that OUT cannot hold");
+  AddFlag(verb, "--drop-repeats", &request->drop_repeats, "Leave out repeated pins that OUT cannot hold");
 }
 
 } // namespace kapris_cli

@@ -5,57 +5,29 @@
 //   print     as lines or as one object    FormatEvaluation, EvaluationJson
 
 #include "failure.h"
+#include "text.h"
 
 #include "io/input.h"
 #include "io/output.h"
 #include "io/parts.h"
-#include "measure/bounds.h"
-#include "measure/measures.h"
+#include "json/objects.h"
 #include "measure/report.h"
-#include "options/decimal.h"
 #include "options/json.h"
+#include "options/options.h"
+#include "verbs/evaluation.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 namespace kapris_cli
 {
-
-namespace
-{
-
-struct EvalRequest {
-  Input input;
-  std::string parts;
-  std::string fixed;   // empty: no cell is fixed
-  int nparts = 0;      // 0: as many as the largest part number asks for
-  double epsilon = -1; // negative: no limits
-  bool matrix = false, nets = false;
-  std::string json; // empty: none
-};
-
-struct Evaluation {
-  Hgr hgr;
-  std::vector<int> part, fixed;
-  long long nparts = 0;
-  Measures measures;
-  Limits limits;
-  int nfixed = 0;
-  std::vector<int> misplaced; // fixed cells that are elsewhere
-  std::vector<CutNet> nets;   // for the matrix and the list of nets
-  std::vector<std::vector<std::int64_t>> matrix;
-};
-
-} // namespace
 
 static constexpr int most_matrix = 4096;
 static constexpr size_t most_misplaced = 5;
@@ -78,9 +50,9 @@ static Evaluation Evaluate(const EvalRequest &request)
   if (request.matrix && eval.nparts > most_matrix)
     throw Failure{EXIT_USAGE,
                   fmt::format("--matrix is for up to {} parts, not {}", most_matrix, eval.nparts)};
-  if (request.epsilon >= 0 && eval.nparts > 0) {
+  if (request.epsilon && eval.nparts > 0) {
     const std::int64_t limit =
-        ShareLimit(eval.measures.total, eval.nparts, std::llround(request.epsilon * 1e6));
+        ShareLimit(eval.measures.total, eval.nparts, std::llround(*request.epsilon * 1e6));
     eval.limits = [limit](int) { return limit; };
   }
   for (size_t cell = 0; cell < eval.fixed.size(); cell++) {
@@ -113,7 +85,7 @@ static std::string FormatNets(const Evaluation &eval)
 
   for (const CutNet &cut : eval.nets)
     text += Line("cut net", fmt::format("{} {} {} {}", cut.net + 1, NetWeight(eval.hgr, cut.net),
-                                        cut.parts.size(), fmt::join(cut.parts, " ")));
+                                        cut.parts.size(), Join(cut.parts, " ")));
   return text;
 }
 
@@ -122,7 +94,7 @@ static std::string FormatMatrix(const Evaluation &eval)
   std::string text;
 
   for (size_t p = 0; p < eval.matrix.size(); p++)
-    text += Line(fmt::format("matrix {}", p), fmt::format("{}", fmt::join(eval.matrix[p], "\t")));
+    text += Line(fmt::format("matrix {}", p), Join(eval.matrix[p], "\t"));
   return text;
 }
 
@@ -139,67 +111,12 @@ static std::string FormatEvaluation(const EvalRequest &request, const Evaluation
          (request.nets ? FormatNets(eval) : "");
 }
 
-static Json WeightsJson(const Evaluation &eval)
-{
-  Json weights = Json::array();
-
-  for (const UsedPart &used : eval.measures.used) {
-    weights.push_back({{"part", used.number}, {"weight", used.weight}});
-    if (eval.limits)
-      weights.back()["over"] = used.weight > eval.limits(used.number);
-  }
-  return weights;
-}
-
-static Json FixedJson(const Evaluation &eval)
-{
-  Json misplaced = Json::array();
-
-  for (const int cell : eval.misplaced)
-    misplaced.push_back({{"cell", cell + 1},
-                         {"fixed", eval.fixed[static_cast<size_t>(cell)]},
-                         {"part", eval.part[static_cast<size_t>(cell)]}});
-  return {{"cells", eval.nfixed}, {"elsewhere", misplaced}};
-}
-
-static Json NetsJson(const Evaluation &eval)
-{
-  Json nets = Json::array();
-
-  for (const CutNet &cut : eval.nets)
-    nets.push_back({{"net", cut.net + 1}, {"weight", NetWeight(eval.hgr, cut.net)}, {"parts", cut.parts}});
-  return nets;
-}
-
-static Json EvaluationJson(const EvalRequest &request, const Evaluation &eval)
-{
-  Json json = StartJson("kapris-eval-1", NameOf(request.input), eval.hgr);
-
-  json["parts"] = eval.nparts;
-  json["cut"] = eval.measures.cut;
-  json["soed"] = eval.measures.soed;
-  json["connectivity"] = eval.measures.connectivity;
-  json["imbalance"] = Imbalance(eval.measures, eval.nparts);
-  json["part_weights"] = WeightsJson(eval);
-  if (eval.limits) {
-    json["limit"] = eval.limits(0);
-    json["parts_over"] = CountOver(eval.measures, eval.limits);
-  }
-  if (!request.fixed.empty())
-    json["fixed"] = FixedJson(eval);
-  if (request.matrix)
-    json["matrix"] = eval.matrix;
-  if (request.nets)
-    json["cut_nets"] = NetsJson(eval);
-  return json;
-}
-
 static ExitStatus Eval(const EvalRequest &request)
 {
   const Evaluation eval = Evaluate(request);
 
   if (!request.json.empty())
-    WriteJson(EvaluationJson(request, eval), request.json);
+    WriteEvaluation(request, eval);
   if (request.json != "-")
     std::fputs(FormatEvaluation(request, eval).c_str(), stdout);
   return CountOver(eval.measures, eval.limits) > 0 || !eval.misplaced.empty() ? EXIT_OVER_LIMIT : EXIT_DONE;
@@ -207,10 +124,9 @@ static ExitStatus Eval(const EvalRequest &request)
 
 void AddEval(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("eval", "Measure a partition");
   auto request = std::make_shared<EvalRequest>();
-
-  verb->footer(
+  CLI::App *verb = AddVerb(
+      app, "eval", "Measure a partition",
       "cut             weight of the nets that span more than one part\n"
       "soed            weight of these nets, each times the parts that it spans\n"
       "connectivity-1  weight of these nets, each times the parts that it spans less one\n"
@@ -218,25 +134,20 @@ void AddEval(CLI::App *app, Run *run)
       "matrix P        for each part: weight of the cut nets that touch it and part P\n"
       "cut net         its number from 1, its weight, the number of parts that it spans, these parts\n\n"
       "The exit status is 4 if a part is over its limit or a fixed cell is elsewhere.\n\n"
-      "Example: kapris eval circuit.hgr circuit.hgr.part.4 --epsilon 0.03 --matrix");
+      "Example: kapris eval circuit.hgr circuit.hgr.part.4 --epsilon 0.03 --matrix",
+      [request, run] { *run = [request] { return Eval(*request); }; });
+
   AddInput(verb, &request->input);
-  verb->add_option("PART", request->parts, "Part file, - for standard input")->required()->type_name("");
-  verb->add_option("-k,--parts", request->nparts,
-                   "Number of parts; default: the largest part number plus one")
-      ->type_name("N")
-      ->check(CLI::Range(1, INT_MAX).description(""));
-  verb->add_option(
-          "--fixed", request->fixed,
-          "Check against the part that each cell must be in, or -1 for a free cell; - for standard input")
-      ->type_name("FIXED");
-  AddDecimal(verb, "--epsilon", &request->epsilon, 0, 1,
-             "Check against the limit (1 + E) x total / parts, rounded up; 6 decimals count")
-      ->type_name("E")
-      ->default_str("");
-  verb->add_flag("--matrix", request->matrix, "Print what each pair of parts shares of the cut");
-  verb->add_flag("--nets", request->nets, "List the cut nets");
+  Require(AddArgument(verb, "PART", &request->parts, "Part file, - for standard input"));
+  AddNumber(verb, "-k,--parts", &request->nparts, 1, INT_MAX, "N",
+            "Number of parts; default: the largest part number plus one");
+  AddText(verb, "--fixed", &request->fixed, "FIXED",
+          "Check against the part that each cell must be in, or -1 for a free cell; - for standard input");
+  AddDecimal(verb, "--epsilon", &request->epsilon, 0, 1, "E",
+             "Check against the limit (1 + E) x total / parts, rounded up; 6 decimals count");
+  AddFlag(verb, "--matrix", &request->matrix, "Print what each pair of parts shares of the cut");
+  AddFlag(verb, "--nets", &request->nets, "List the cut nets");
   AddJson(verb, &request->json, "kapris-eval-1");
-  verb->callback([request, run] { *run = [request] { return Eval(*request); }; });
 }
 
 } // namespace kapris_cli

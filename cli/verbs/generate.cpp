@@ -9,14 +9,13 @@
 #include "io/output.h"
 #include "io/parts.h"
 #include "measure/report.h"
-#include "options/decimal.h"
+#include "options/options.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <climits>
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
 #include <string>
 
@@ -68,14 +67,6 @@ static ExitStatus WriteGenerated(const GenerateRequest &request)
   return EXIT_DONE;
 }
 
-static void AddCount(CLI::App *kind, const char *name, int *value, int low, int high, const char *help)
-{
-  kind->add_option(name, *value, help)
-      ->type_name("N")
-      ->capture_default_str()
-      ->check(CLI::Range(low, high).description(""));
-}
-
 // "A:B" with low <= A <= B <= high, or "A" for A:A.
 template <typename AnyRange>
 static AnyRange ParseRange(const std::string &name, const std::string &text, decltype(AnyRange::low) low,
@@ -95,36 +86,46 @@ static AnyRange ParseRange(const std::string &name, const std::string &text, dec
 }
 
 template <typename AnyRange>
-static void AddRange(CLI::App *kind, const std::string &name, AnyRange *range, decltype(AnyRange::low) low,
+static void AddRange(CLI::App *kind, const char *name, AnyRange *range, decltype(AnyRange::low) low,
                      decltype(AnyRange::low) high, const char *help)
 {
-  kind->add_option_function<std::string>(
-          name, [=](const std::string &text) { *range = ParseRange<AnyRange>(name, text, low, high); }, help)
-      ->type_name("A:B")
-      ->default_str(fmt::format("{}:{}", range->low, range->high));
+  AddParsed(
+      kind, name, [=](const std::string &text) { *range = ParseRange<AnyRange>(name, text, low, high); },
+      fmt::format("{}:{}", range->low, range->high), "A:B", help);
 }
 
-// The subcommand of a kind with the options that all kinds share.
-static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, const char *help,
-                         Recipe **recipe)
+static void AddCount(CLI::App *kind, const char *name, int *value, int low, int high, const char *help)
 {
-  CLI::App *app = verb->add_subcommand(name, help);
+  ShowDefault(AddNumber(kind, name, value, low, high, "N", help));
+}
+
+static void AddShape(CLI::App *kind, const char *name, double *value, double low, double high,
+                     const char *help)
+{
+  ShowDefault(AddDecimal(kind, name, value, low, high, "X", help));
+}
+
+// The verb of a kind with the options that all kinds share.
+static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, const char *summary,
+                         const char *example, Recipe **recipe)
+{
   auto request = std::make_shared<GenerateRequest>();
+  CLI::App *app = AddVerb(verb, name, summary, example,
+                          [request, run] { *run = [request] { return WriteGenerated(*request); }; });
 
   request->kind = name;
   request->recipe.kind = kind;
   *recipe = &request->recipe;
-  app->add_option("-o,--output", request->out,
-                  "Output, .hgr or .patoh, compressed if it ends with .gz; - for standard output; default: "
-                  "KIND-CELLS-SEED.hgr")
-      ->type_name("OUT");
+  AddText(app, "-o,--output", &request->out, "OUT",
+          "Output, .hgr or .patoh, compressed if it ends with .gz; - for standard output; default: "
+          "KIND-CELLS-SEED.hgr");
   AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence");
   AddRange(app, "--cell-weights", &request->recipe.cellwgts, 0, most_weight,
            "Random weights of cells, A to B");
   AddRange(app, "--net-weights", &request->recipe.netwgts, 0, most_weight, "Random weights of nets, A to B");
   if (kind == Kind::PLANTED)
-    app->add_option("--partition", request->partition, "Also write the planted parts, - for standard output")
-        ->type_name("PART");
+    AddText(app, "--partition", &request->partition, "PART",
+            "Also write the planted parts, - for standard output");
   if (kind != Kind::GRID)
     AddCount(app, "--cells", &request->recipe.cells, 2, kind == Kind::CIRCUIT ? 50'000'000 : most,
              "Number of cells");
@@ -133,57 +134,51 @@ static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, 
   if (kind == Kind::RANDOM || kind == Kind::PLANTED)
     AddRange(app, "--size", &request->recipe.size, 1, INT_MAX,
              "Cells of a net: A to B, all equally frequent");
-  app->callback([request, run] { *run = [request] { return WriteGenerated(*request); }; });
   return app;
 }
 
 void AddGenerate(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("generate", "Write a synthetic hypergraph");
+  CLI::App *verb =
+      AddVerbOfVerbs(app, "generate", "Write a synthetic hypergraph",
+                     "The same options give the same bytes on every machine.\n"
+                     "'kapris generate KIND --help' explains a kind.\n\n"
+                     "Examples:\n"
+                     "  kapris generate circuit --cells 20000 --seed 1 -o circuit.hgr\n"
+                     "  kapris generate planted --parts 4 --crossing 50 --partition planted.part");
   Recipe *recipe = nullptr;
 
-  // Options belong to the kind before them; what is none of its options is an error.
-  verb->fallthrough(false);
+  CLI::App *kind =
+      AddKind(verb, run, Kind::CIRCUIT, "circuit", "Circuit-like, with small cuts",
+              "Example: kapris generate circuit --cells 20000 --rent 0.65 -o circuit.hgr", &recipe);
+  AddShape(kind, "--rent", &recipe->rent, 0.1, 1, "Nets that leave a block grow with this power of its size");
+  AddShape(kind, "--pins", &recipe->pins, 0.1, 1000, "Average pins of a cell, about");
 
-  verb->footer("The same options give the same bytes on every machine.\n"
-               "'kapris generate KIND --help' explains a kind.\n\n"
-               "Examples:\n"
-               "  kapris generate circuit --cells 20000 --seed 1 -o circuit.hgr\n"
-               "  kapris generate planted --parts 4 --crossing 50 --partition planted.part");
-
-  CLI::App *kind = AddKind(verb, run, Kind::CIRCUIT, "circuit", "Circuit-like, with small cuts", &recipe);
-  kind->footer("Example: kapris generate circuit --cells 20000 --rent 0.65 -o circuit.hgr");
-  AddDecimal(kind, "--rent", &recipe->rent, 0.1, 1,
-             "Nets that leave a block grow with this power of its size");
-  AddDecimal(kind, "--pins", &recipe->pins, 0.1, 1000, "Average pins of a cell, about");
-
-  kind = AddKind(verb, run, Kind::GRID, "grid", "A net for each cell of a grid and its neighbours", &recipe);
-  kind->footer("Example: kapris generate grid --rows 300 --cols 200");
+  kind = AddKind(verb, run, Kind::GRID, "grid", "A net for each cell of a grid and its neighbours",
+                 "Example: kapris generate grid --rows 300 --cols 200", &recipe);
   AddCount(kind, "--rows", &recipe->rows, 1, most, "Rows of the grid");
   AddCount(kind, "--cols", &recipe->cols, 1, most, "Columns of the grid");
   AddCount(kind, "--depth", &recipe->depth, 1, most, "Layers of the grid");
 
-  kind = AddKind(verb, run, Kind::RANDOM, "random", "Nets of random cells", &recipe);
-  kind->footer("Example: kapris generate random --cells 1000 --nets 2000 --size 2:10 --cell-weights 1:9");
+  AddKind(verb, run, Kind::RANDOM, "random", "Nets of random cells",
+          "Example: kapris generate random --cells 1000 --nets 2000 --size 2:10 --cell-weights 1:9", &recipe);
 
-  kind = AddKind(verb, run, Kind::POWERLAW, "powerlaw", "Nets of random cells, few of them large", &recipe);
-  kind->footer("Example: kapris generate powerlaw --cells 50000 --exponent 2 --max-size 1000");
-  AddDecimal(kind, "--exponent", &recipe->exponent, 0, 10, "Nets of S cells are as frequent as S^-X");
+  kind = AddKind(verb, run, Kind::POWERLAW, "powerlaw", "Nets of random cells, few of them large",
+                 "Example: kapris generate powerlaw --cells 50000 --exponent 2 --max-size 1000", &recipe);
+  AddShape(kind, "--exponent", &recipe->exponent, 0, 10, "Nets of S cells are as frequent as S^-X");
   AddCount(kind, "--max-size", &recipe->max_size, 2, 10'000'000, "Cells of the largest nets");
 
-  kind = AddKind(verb, run, Kind::PLANTED, "planted", "Nets inside parts, and some of two parts", &recipe);
-  kind->footer(
-      "Example: kapris generate planted --cells 8000 --parts 4 --crossing 50 --partition planted.part");
+  kind = AddKind(
+      verb, run, Kind::PLANTED, "planted", "Nets inside parts, and some of two parts",
+      "Example: kapris generate planted --cells 8000 --parts 4 --crossing 50 --partition planted.part",
+      &recipe);
   AddCount(kind, "--parts", &recipe->parts, 2, most, "Number of parts, of equal size");
   AddCount(kind, "--crossing", &recipe->crossing, 0, most, "Nets that span two parts");
 
-  // The parser itself would only say that a kind is missing. Kinds made before do not inherit this.
-  verb->allow_extras();
-  verb->callback([verb] {
-    if (verb->get_subcommands().empty())
-      throw Failure{EXIT_USAGE,
-                    fmt::format("generate: KIND must be circuit, grid, random, powerlaw or planted, not '{}'",
-                                fmt::join(verb->remaining(), " "))};
+  RefuseOthers(verb, [](const std::string &words) {
+    throw Failure{
+        EXIT_USAGE,
+        fmt::format("generate: KIND must be circuit, grid, random, powerlaw or planted, not '{}'", words)};
   });
 }
 

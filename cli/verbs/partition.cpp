@@ -1,11 +1,12 @@
 // cli/verbs/partition.cpp - kapris partition and kapris refine: a hypergraph in, a part file and a summary out.
 // SPDX-License-Identifier: MIT
 
+#include "options/options.h"
 #include "solve/solve.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
+#include <string>
 
 namespace kapris_cli
 {
@@ -21,27 +22,26 @@ static const char notes[] = "FILE counts cells from 1, part files count parts fr
 
 void AddPartition(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("partition", "Partition a hypergraph");
   auto request = std::make_shared<Request>();
-
-  verb->footer(
+  CLI::App *verb = AddVerb(
+      app, "partition", "Partition a hypergraph",
       std::string(
           "Examples:\n"
           "  kapris partition circuit.hgr -k 4 -e 0.01\n"
           "  kapris partition matrix.mtx -k 16 --scheme kway --objective soed --threads 0\n"
           "  kapris partition circuit.hgr -k 2 --preset quality --time-limit 60 --json=run.json\n\n") +
-      notes);
+          notes,
+      [request, run] { *run = [request] { return Solve("partition", *request); }; });
+
   AddInput(verb, &request->input);
   AddPartitionOptions(verb, request.get());
-  verb->callback([request, run] { *run = [request] { return Solve("partition", *request); }; });
 }
 
 void AddRefine(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("refine", "Improve a partition, never returning a worse one");
   auto request = std::make_shared<Request>();
-
-  verb->footer(
+  CLI::App *verb = AddVerb(
+      app, "refine", "Improve a partition, never returning a worse one",
       std::string(
           "Examples:\n"
           "  kapris refine circuit.hgr circuit.hgr.part.4 -k 4 -o better.part\n"
@@ -49,13 +49,12 @@ void AddRefine(CLI::App *app, Run *run)
           "Parts above their limits are repaired first. Each run refines the best partition of its\n"
           "start so far, then improves it by V-cycles unless --vcycle is never. Two parts are refined\n"
           "as a bisection, or with --scheme kway as more parts are.\n\n") +
-      notes);
+          notes,
+      [request, run] { *run = [request] { return Solve("refine", *request); }; });
+
   AddInput(verb, &request->input);
-  verb->add_option("PART", request->part, "Part file to improve, - for standard input")
-      ->required()
-      ->type_name("");
+  Require(AddArgument(verb, "PART", &request->part, "Part file to improve, - for standard input"));
   AddRefineOptions(verb, request.get());
-  verb->callback([request, run] { *run = [request] { return Solve("refine", *request); }; });
 }
 
 } // namespace kapris_cli

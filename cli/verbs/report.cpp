@@ -7,14 +7,12 @@
 
 #include "io/files.h"
 #include "io/output.h"
-#include "options/json.h"
+#include "options/options.h"
 #include "verbs/verbs.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 
 namespace kapris_cli
@@ -32,7 +30,6 @@ struct ReportRequest {
 
 static ExitStatus Report(const ReportRequest &request)
 {
-  const std::string name = InputName(request.result);
   std::optional<ReportInput> input;
 
   if (request.input.path.empty() != request.part.empty())
@@ -40,11 +37,10 @@ static ExitStatus Report(const ReportRequest &request)
   if ((request.result == "-") + (request.input.path == "-") + (request.part == "-") > 1)
     throw Failure{EXIT_USAGE, "only one of RESULT, FILE and PART can be standard input"};
   CheckFiles({request.result, request.input.path, request.part}, {request.out});
-  const Json result = ReadJson(request.result);
+  const ReportData data = LoadReportData(request.result);
   if (!request.part.empty())
-    input = LoadReportInput(name, result, request.input, request.part);
-  WriteFile(request.out,
-            ReportPage(name, result, input ? &input->hgr : nullptr, input ? &input->part : nullptr));
+    input = LoadReportInput(InputName(request.result), data, request.input, request.part);
+  WriteFile(request.out, ReportPage(data, input ? &input->hgr : nullptr, input ? &input->part : nullptr));
   if (request.out != "-")
     fmt::print("{}\n", request.out);
   return EXIT_DONE;
@@ -52,10 +48,9 @@ static ExitStatus Report(const ReportRequest &request)
 
 void AddReport(CLI::App *app, Run *run)
 {
-  CLI::App *verb = app->add_subcommand("report", "Write a page with pictures of a result");
   auto request = std::make_shared<ReportRequest>();
-
-  verb->footer(
+  CLI::App *verb = AddVerb(
+      app, "report", "Write a page with pictures of a result",
       "Examples:\n"
       "  kapris partition circuit.hgr -k 8 --report page.html      (in one step)\n"
       "  kapris partition circuit.hgr -k 8 --json=run.json --records\n"
@@ -64,17 +59,14 @@ void AddReport(CLI::App *app, Run *run)
       "against their limits, the cut between parts, the parts that nets span, what each start gave and\n"
       "whether more would pay, and the pins before and after ordering by part. Without FILE and PART it "
       "shows\n"
-      "what RESULT tells; trials and levels are there if the run had --records.");
-  verb->add_option("RESULT", request->result, "File written with --json=FILE, - for standard input")
-      ->required()
-      ->type_name("");
-  AddInput(verb, &request->input);
-  verb->get_option("FILE")->required(false);
-  verb->add_option("PART", request->part, "The part file of the run, - for standard input")->type_name("");
-  verb->add_option("-o,--output", request->out, "The page, - for standard output")
-      ->type_name("FILE")
-      ->capture_default_str();
-  verb->callback([request, run] { *run = [request] { return Report(*request); }; });
+      "what RESULT tells; trials and levels are there if the run had --records.",
+      [request, run] { *run = [request] { return Report(*request); }; });
+
+  Require(
+      AddArgument(verb, "RESULT", &request->result, "File written with --json=FILE, - for standard input"));
+  AddInput(verb, &request->input, false);
+  AddArgument(verb, "PART", &request->part, "The part file of the run, - for standard input");
+  ShowDefault(AddText(verb, "-o,--output", &request->out, "FILE", "The page, - for standard output"));
 }
 
 } // namespace kapris_cli

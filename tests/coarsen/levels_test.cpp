@@ -38,8 +38,8 @@ static void FreeBelow(Level *top, Level *coarsest)
   CombineIslands__(top);
 }
 
-// For each cell of the finest level that is on a net its cell on the coarsest one, or -1 if it ends on a level in between as
-// part of a cell on no net.
+// For each cell of the finest level that is on a net its cell on the coarsest one, or -1 if it ends on a level in
+// between as part of a cell on no net.
 static Ints MapToCoarsest(const Level *top)
 {
   Ints map;

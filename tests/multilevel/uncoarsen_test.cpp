@@ -1,4 +1,5 @@
-// tests/multilevel/uncoarsen_test.cpp - the way up through the levels and V-cycles, with a refiner that keeps to a script.
+// tests/multilevel/uncoarsen_test.cpp - the way up through the levels and V-cycles, with a refiner that keeps to a
+// script.
 // SPDX-License-Identifier: MIT
 
 #include "coarsen/coarsen.h"

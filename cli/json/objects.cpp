@@ -1,0 +1,312 @@
+// cli/json/objects.cpp - the objects that --json gives.
+// SPDX-License-Identifier: MIT
+
+#include "json/objects.h"
+
+#include "kapris.h"
+
+#include "io/output.h"
+#include "json/json.h"
+#include "measure/hash.h"
+#include "report/data.h"
+#include "report/report.h"
+
+#include <fmt/core.h>
+#include <nlohmann/json.hpp>
+
+namespace kapris_cli
+{
+
+// What all objects start with.
+static Json StartJson(const std::string &schema, const std::string &name, const Hgr &hgr)
+{
+  return {{"schema", schema},
+          {"file", name},
+          {"cells", hgr.ncells},
+          {"nets", hgr.nnets},
+          {"pins", hgr.netind.size()}};
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// partition and refine; the verbs best and report read this
+
+static Json PartFileJson(const std::string &path, const std::vector<int> &part)
+{
+  if (path.empty())
+    return nullptr;
+  return {{"path", path}, {"hash", HashOf(part)}};
+}
+
+// What the result depends on: the verb best puts only runs together that agree in all of this.
+static Json OptionsJson(const Outcome &outcome)
+{
+  const kapris::Options &options = outcome.plan.options;
+
+  return {{"parts", outcome.request->nparts},
+          {"scheme", NameOfScheme(options.scheme)},
+          {"objective", NameOfObjective(options.objective)},
+          {"coarsening", NameOfCoarsening(options.coarsening)},
+          {"refinement", NameOfRefinement(options.refinement)},
+          {"vcycle", NameOfVCycle(options.vcycle)},
+          {"runs", options.runs},
+          {"reconst", options.reconst},
+          {"epsilon", options.imbalance},
+          {"target_weights", outcome.plan.shares.empty() ? Json(nullptr) : Json(outcome.plan.shares)},
+          {"seed", outcome.result.seed}};
+}
+
+static Json LimitsJson(const kapris::Options &options)
+{
+  return {{"threads", options.threads},
+          {"seconds", options.time_limit ? Json(options.time_limit->count()) : Json(nullptr)},
+          {"bytes", options.memory_limit ? Json(*options.memory_limit) : Json(nullptr)}};
+}
+
+static Json StartsJson(const kapris::Result &result)
+{
+  Json starts = Json::array();
+
+  for (const kapris::Start &start : result.starts)
+    starts.push_back({{"number", start.number},
+                      {"seed", start.seed},
+                      {"cut", start.cut},
+                      {"soed", start.soed},
+                      {"connectivity", start.soed - start.cut},
+                      {"imbalance", start.imbalance},
+                      {"balanced", start.balanced != 0},
+                      {"completed", start.completed != 0},
+                      {"seconds", start.seconds}});
+  return starts;
+}
+
+static Json BestJson(const kapris::Result &result)
+{
+  const bool made = result.best_start >= 0;
+
+  return {
+      {"start", made ? Json(result.starts[static_cast<size_t>(result.best_start)].number) : Json(nullptr)},
+      {"cut", result.cut},
+      {"soed", result.soed},
+      {"connectivity", result.connectivity},
+      {"imbalance", result.imbalance},
+      {"balanced", result.balanced}};
+}
+
+static Json SecondsJson(const Outcome &outcome)
+{
+  const kapris::Result &result = outcome.result;
+  const auto &phase = result.seconds_phase;
+
+  return {{"total", outcome.seconds_read + result.seconds},
+          {"read", outcome.seconds_read},
+          {"prepare", result.seconds_prepare},
+          {"starts", result.seconds_starts},
+          {"coarsening", phase[KAPRIS_COARSENING]},
+          {"initial", phase[KAPRIS_INITIAL]},
+          {"refining", phase[KAPRIS_REFINING]},
+          {"balancing", phase[KAPRIS_BALANCING]}};
+}
+
+// What the page of a report needs beyond the result itself.
+static Json InputJson(const Input &input)
+{
+  return {{"format", NameOfFormat(input.format)},
+          {"model", NameOfModel(input.model)},
+          {"unit_weights", input.unit_weights}};
+}
+
+static Json FixedWeightsJson(const Outcome &outcome)
+{
+  std::vector<std::int64_t> weights(static_cast<size_t>(outcome.request->nparts));
+
+  if (outcome.fixed.empty())
+    return nullptr;
+  for (size_t cell = 0; cell < outcome.fixed.size(); cell++)
+    if (outcome.fixed[cell] >= 0)
+      weights[static_cast<size_t>(outcome.fixed[cell])] += CellWeight(outcome.hgr, static_cast<int>(cell));
+  return weights;
+}
+
+static Json TrialsJson(const kapris::Result &result)
+{
+  Json trials = Json::array();
+
+  for (const kapris::Trial &trial : result.trials)
+    trials.push_back({{"start", result.starts[static_cast<size_t>(trial.start)].number},
+                      {"trial", trial.number},
+                      {"value", trial.value},
+                      {"cycled", trial.cycled < 0 ? Json(nullptr) : Json(trial.cycled)},
+                      {"imbalance", trial.imbalance},
+                      {"best", trial.best != 0}});
+  return trials;
+}
+
+static Json LevelsJson(const kapris::Result &result)
+{
+  Json levels = Json::array();
+
+  for (const kapris::Level &level : result.levels)
+    levels.push_back({{"phase", kapris::PhaseName(level.phase)},
+                      {"cycle", level.cycle},
+                      {"polish", level.polish != 0},
+                      {"cells", level.cells},
+                      {"nets", level.nets},
+                      {"pins", level.pins},
+                      {"value", level.value < 0 ? Json(nullptr) : Json(level.value)},
+                      {"imbalance", level.value < 0 ? Json(nullptr) : Json(level.imbalance)}});
+  return levels;
+}
+
+static Json RecordsJson(const Outcome &outcome)
+{
+  return {{"input", InputJson(outcome.request->input)},
+          {"fixed_weights", FixedWeightsJson(outcome)},
+          {"trials", TrialsJson(outcome.result)},
+          {"levels", LevelsJson(outcome.result)}};
+}
+
+static Json ResultJson(const Outcome &outcome)
+{
+  const kapris::Result &result = outcome.result;
+  Json json = StartJson("kapris-result-1", NameOf(outcome.request->input), outcome.hgr);
+
+  json["hash"] = HashOf(outcome.hgr);
+  json["version"] = fmt::format("{}.{}.{}", KAPRIS_VERSION_MAJOR, KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH);
+  json["command"] = outcome.plan.command;
+  json["given"] = PartFileJson(outcome.request->part, outcome.given);
+  json["fixed"] = PartFileJson(outcome.request->fixed, outcome.fixed);
+  json["options"] = OptionsJson(outcome);
+  json["limits"] = LimitsJson(outcome.plan.options);
+  json["status"] = kapris::StatusName(result.status);
+  json["message"] = result.message;
+  json["best"] = BestJson(result);
+  json["starts"] = StartsJson(result);
+  json["part_weights"] = result.part_weights;
+  json["part_limits"] = result.part_limits;
+  json["output"] = PartFileJson(outcome.plan.out, result.part);
+  json["seconds"] = SecondsJson(outcome);
+  json["peak_bytes"] = result.peak_bytes;
+  if (outcome.plan.options.records)
+    json["records"] = RecordsJson(outcome);
+  return json;
+}
+
+void WriteResult(const Outcome &outcome)
+{
+  const Request &request = *outcome.request;
+
+  if (request.json.empty() && request.report.empty())
+    return;
+  const Json json = ResultJson(outcome);
+  // Files first: whoever reads standard output may go away.
+  for (const bool tostdout : {false, true}) {
+    if (!request.json.empty() && (request.json == "-") == tostdout)
+      WriteJson(json, request.json);
+    if (!request.report.empty() && (request.report == "-") == tostdout)
+      WriteFile(request.report,
+                ReportPage(ReadReportData("the result", json), &outcome.hgr, &outcome.result.part));
+  }
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// eval
+
+static Json PartWeightsJson(const Evaluation &eval)
+{
+  Json weights = Json::array();
+
+  for (const UsedPart &used : eval.measures.used) {
+    weights.push_back({{"part", used.number}, {"weight", used.weight}});
+    if (eval.limits)
+      weights.back()["over"] = used.weight > eval.limits(used.number);
+  }
+  return weights;
+}
+
+static Json FixedCellsJson(const Evaluation &eval)
+{
+  Json misplaced = Json::array();
+
+  for (const int cell : eval.misplaced)
+    misplaced.push_back({{"cell", cell + 1},
+                         {"fixed", eval.fixed[static_cast<size_t>(cell)]},
+                         {"part", eval.part[static_cast<size_t>(cell)]}});
+  return {{"cells", eval.nfixed}, {"elsewhere", misplaced}};
+}
+
+static Json CutNetsJson(const Evaluation &eval)
+{
+  Json nets = Json::array();
+
+  for (const CutNet &cut : eval.nets)
+    nets.push_back({{"net", cut.net + 1}, {"weight", NetWeight(eval.hgr, cut.net)}, {"parts", cut.parts}});
+  return nets;
+}
+
+static Json EvaluationJson(const EvalRequest &request, const Evaluation &eval)
+{
+  Json json = StartJson("kapris-eval-1", NameOf(request.input), eval.hgr);
+
+  json["parts"] = eval.nparts;
+  json["cut"] = eval.measures.cut;
+  json["soed"] = eval.measures.soed;
+  json["connectivity"] = eval.measures.connectivity;
+  json["imbalance"] = Imbalance(eval.measures, eval.nparts);
+  json["part_weights"] = PartWeightsJson(eval);
+  if (eval.limits) {
+    json["limit"] = eval.limits(0);
+    json["parts_over"] = CountOver(eval.measures, eval.limits);
+  }
+  if (!request.fixed.empty())
+    json["fixed"] = FixedCellsJson(eval);
+  if (request.matrix)
+    json["matrix"] = eval.matrix;
+  if (request.nets)
+    json["cut_nets"] = CutNetsJson(eval);
+  return json;
+}
+
+void WriteEvaluation(const EvalRequest &request, const Evaluation &eval)
+{
+  WriteJson(EvaluationJson(request, eval), request.json);
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// stats
+
+// A whole number where a double would not be exact.
+static Json MedianJson(std::int64_t twice)
+{
+  constexpr std::int64_t most_exact = std::int64_t{1} << 53;
+
+  return twice > most_exact && twice % 2 == 0 ? Json(twice / 2) : Json(static_cast<double>(twice) / 2);
+}
+
+static Json DistributionJson(const Distribution &distribution)
+{
+  Json json = {{"total", distribution.total}}, histogram = Json::array();
+
+  for (const Bin &bin : distribution.histogram)
+    histogram.push_back({{"from", bin.low}, {"to", bin.high}, {"count", bin.count}});
+  if (!histogram.empty()) {
+    json["min"] = distribution.min;
+    json["max"] = distribution.max;
+    json["average"] = distribution.average;
+    json["median"] = MedianJson(distribution.median_twice);
+  }
+  json["histogram"] = histogram;
+  return json;
+}
+
+void WriteStats(const std::string &name, const Hgr &hgr, const Stats &stats, const std::string &path)
+{
+  Json json = StartJson("kapris-stats-1", name, hgr);
+
+  for (const auto &[key, count] : stats.counts)
+    json[key] = count;
+  for (const auto &[key, distribution] : stats.distributions)
+    json[key] = DistributionJson(distribution);
+  WriteJson(json, path);
+}
+
+} // namespace kapris_cli
