@@ -91,7 +91,7 @@ Format FormatOfName(std::string_view name)
   if (name.ends_with(".gz"))
     name.remove_suffix(3);
   for (const auto &[word, format] : formats)
-    if (name.ends_with("." + word))
+    if (name.ends_with(std::string(".") + word))
       return format;
   return Format::BY_NAME;
 }

@@ -4,38 +4,54 @@
 
 #include "options/options.h"
 
+#include <optional>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 namespace kapris_cli
 {
 
-// What the values of an enumeration are called.
+// What the values of an enumeration, none of them negative, are called.
 template <typename T>
-using Names = std::vector<std::pair<std::string, T>>;
+struct Named {
+  const char *name;
+  T value;
+};
+template <typename T>
+using Names = std::vector<Named<T>>;
+
+template <typename T>
+std::vector<NamedNumber> NumbersOf(const Names<T> &choices)
+{
+  std::vector<NamedNumber> numbers;
+
+  for (const Named<T> &choice : choices)
+    numbers.push_back({choice.name, static_cast<int>(choice.value)});
+  return numbers;
+}
 
 // Adds an option, or an argument, that takes one of the names and stores what the name stands for. The default is
 // what *value is now, and is shown if it has a name.
 //
 //   Choice(verb, "--preset", &request->preset, "How much time to spend", {{"fast", FAST}, {"quality", QUALITY}});
 template <typename T>
-CLI::Option *Choice(CLI::App *verb, const char *option_name, T *value, const std::string &help,
-                    const Names<std::type_identity_t<T>> &choices)
+void Choice(CLI::App *verb, const char *name, T *value, const std::string &help,
+            const Names<std::type_identity_t<T>> &choices)
 {
-  std::vector<std::string> names;
-  std::vector<T> meanings;
-  std::string standard;
+  const auto store = [value](int number) { *value = static_cast<T>(number); };
 
-  for (const auto &[name, meaning] : choices) {
-    names.push_back(name);
-    meanings.push_back(meaning);
-    if (meaning == *value)
-      standard = name;
-  }
-  const auto store = [value, meanings](size_t n) { *value = meanings[n]; };
-  return AddChoice(verb, option_name, names, store, standard, help);
+  AddChoice(verb, name, NumbersOf(choices), store, static_cast<int>(*value), help);
+}
+
+// The same without default.
+template <typename T>
+void Choice(CLI::App *verb, const char *name, std::optional<T> *value, const std::string &help,
+            const Names<std::type_identity_t<T>> &choices)
+{
+  const auto store = [value](int number) { *value = static_cast<T>(number); };
+
+  AddChoice(verb, name, NumbersOf(choices), store, -1, help);
 }
 
 } // namespace kapris_cli

@@ -211,20 +211,24 @@ CLI::Option *AddParsed(CLI::App *verb, const char *name, std::function<void(cons
 
 // The type name of the option is the names, "fast|default|quality": help shows it, manual pages and completions read
 // it.
-CLI::Option *AddChoice(CLI::App *verb, const char *name, const std::vector<std::string> &names,
-                       std::function<void(size_t)> store, const std::string &standard,
-                       const std::string &help)
+CLI::Option *AddChoice(CLI::App *verb, const char *name, const std::vector<NamedNumber> &choices,
+                       std::function<void(int)> store, int standard, const std::string &help)
 {
-  const std::string type = CLI::detail::join(names, "|"), all = name;
-  const std::string blamed = all.substr(all.rfind(',') + 1);
-  const auto find = [=](const std::string &given) {
-    const auto found = std::find(names.begin(), names.end(), given);
-    if (found == names.end())
-      throw CLI::ValidationError(blamed, "'" + given + "' is not one of " + type);
-    store(static_cast<size_t>(found - names.begin()));
-  };
+  const std::string all = name, blamed = all.substr(all.rfind(',') + 1);
+  std::string type, shown;
 
-  return AddParsed(verb, name, find, standard, type.c_str(), help);
+  for (const NamedNumber &choice : choices) {
+    type += (type.empty() ? "" : "|") + std::string(choice.name);
+    if (choice.number == standard)
+      shown = choice.name;
+  }
+  const auto find = [=](const std::string &given) {
+    for (const NamedNumber &choice : choices)
+      if (choice.name == given)
+        return store(choice.number);
+    throw CLI::ValidationError(blamed, "'" + given + "' is not one of " + type);
+  };
+  return AddParsed(verb, name, find, shown, type.c_str(), help);
 }
 
 CLI::Option *Require(CLI::Option *option)

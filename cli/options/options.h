@@ -70,10 +70,13 @@ CLI::Option *AddBytes(CLI::App *verb, const char *name, std::uint64_t *value, co
 // A value that read makes something of, or throws Failure. The default is shown.
 CLI::Option *AddParsed(CLI::App *verb, const char *name, std::function<void(const std::string &)> read,
                        const std::string &standard, const char *type, const std::string &help);
-// One of the names; store gets its place among them. The default, empty if there is none, is shown.
-CLI::Option *AddChoice(CLI::App *verb, const char *name, const std::vector<std::string> &names,
-                       std::function<void(size_t)> store, const std::string &standard,
-                       const std::string &help);
+// One of the names; store gets its number. The name of the default, if it has one, is shown.
+struct NamedNumber {
+  const char *name;
+  int number;
+};
+CLI::Option *AddChoice(CLI::App *verb, const char *name, const std::vector<NamedNumber> &choices,
+                       std::function<void(int)> store, int standard, const std::string &help);
 
 CLI::Option *Require(CLI::Option *option);
 CLI::Option *ShowDefault(CLI::Option *option);

@@ -44,7 +44,7 @@ static const char *NameOfValue(const Names<Value> &names, Value value)
 {
   for (const auto &[name, meaning] : names)
     if (meaning == value)
-      return name.c_str();
+      return name;
   return "?";
 }
 
@@ -76,13 +76,6 @@ const char *NameOfVCycle(kapris_vcycle vcycle)
 // ----------------------------------------------------------------------------------------------------------
 // The options
 
-template <class Value>
-static void AddNamed(CLI::App *verb, const char *option, std::optional<Value> *value, const char *help,
-                     const Names<Value> &names)
-{
-  Choice<std::optional<Value>>(verb, option, value, help, {names.begin(), names.end()});
-}
-
 static void AddGoal(CLI::App *verb, Request *request)
 {
   Require(AddNumber(verb, "-k,--parts", &request->nparts, 2, INT_MAX, "N", "Number of parts, at least 2"));
@@ -96,15 +89,15 @@ static void AddGoal(CLI::App *verb, Request *request)
           "Relative weights that the parts should get, as in 2,1,1, or @FILE that has them");
   AddText(verb, "--fixed", &request->fixed, "FILE",
           "File with the part, from 0, that each cell must go to, or -1 for a free cell");
-  AddNamed(verb, "--objective", &request->objective, "What to minimise [cut]", objectives);
+  Choice(verb, "--objective", &request->objective, "What to minimise [cut]", objectives);
 }
 
 static void AddEffort(CLI::App *verb, Request *request)
 {
-  AddNamed(verb, "--scheme", &request->scheme, "Recursive bisection or direct k-way partitioning [recursive]",
-           schemes);
-  AddNamed(verb, "--refinement", &request->refinement, "Refinement of bisections [fm]", refinements);
-  AddNamed(verb, "--vcycle", &request->vcycle, "Which runs are improved by V-cycles [best]", vcycles);
+  Choice(verb, "--scheme", &request->scheme, "Recursive bisection or direct k-way partitioning [recursive]",
+         schemes);
+  Choice(verb, "--refinement", &request->refinement, "Refinement of bisections [fm]", refinements);
+  Choice(verb, "--vcycle", &request->vcycle, "Which runs are improved by V-cycles [best]", vcycles);
   AddNumber(verb, "--runs", &request->runs, 1, INT_MAX, "N",
             "Runs of each bisection or k-way partitioning [10]");
   CLI::Option *starts = AddNumber(verb, "--starts", &request->starts, 1, INT_MAX, "N",
@@ -144,7 +137,7 @@ void AddPartitionOptions(CLI::App *verb, Request *request)
   AddGoal(verb, request);
   Choice(verb, "--preset", &request->preset, "How much time to spend; the options below override it",
          presets);
-  AddNamed(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
+  Choice(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
   AddEffort(verb, request);
   AddFlag(verb, "--reconst", &request->reconst, "Pieces of cut nets stay in the recursion");
   AddOutput(verb, request, part_suffix);
