@@ -92,8 +92,10 @@ class Report(ToolTest):
 
     def test_numbers_are_those_of_eval_and_of_the_result(self):
         write("h.hgr", random_hypergraph(1, repeats=True)[0])
+        write("w.hgr", random_hypergraph(1, repeats=True, heaviest=2**40)[0])
         write("fixed", "".join(f"{cell % 3 if cell % 4 == 0 else -1}\n" for cell in range(60)))
         for file, nparts, extra in (("c.hgr", 2, ["--starts", "4"]), ("c.hgr", 7, ["--scheme", "kway"]),
+                                    ("w.hgr", 3, ["-e", "0.5"]),
                                     ("h.hgr", 3, ["--fixed", "fixed", "--target-weights", "1,2,3", "-e", "0.5"])):
             page, result = self.make(file, "-k", str(nparts), "--runs", "3", "-o", "p", *extra)
             self.check_numbers(page, result, file, "p", nparts)

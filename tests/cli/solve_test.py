@@ -67,6 +67,27 @@ class Solve(ToolTest):
         self.assertEqual(done["part_limits"], [-(-5 * share * total // 24) for share in (3, 1, 2)])
         self.assertEqual((done["schema"], done["status"], done["output"]["path"]), ("kapris-result-1", "ok", "h.part"))
 
+    def test_weights_of_64_bits_are_counted_exactly(self):
+        # Sums above 2^53 would not be exact in doubles.
+        for heaviest, args in ((2**40, ["--starts", "2"]), (2**40, ["--scheme", "kway", "--objective", "soed"]), (2**53, [])):
+            text, nets, netwgts, cellwgts = random_hypergraph(2, repeats=True, heaviest=heaviest)
+            write("h.hgr", text)
+            done = self.result("partition", "h.hgr", "-k", "3", "-e", "0.3", "--runs", "2", "-o", "p", *args)
+            self.run_kapris("refine", "h.hgr", "p", "-k", "3", "-e", "0.3", "--runs", "1", "-q", "-o", "q", "--json=q.json")
+            for result, file in ((done, "p"), (json.loads(read("q.json")), "q")):
+                part = [int(line) for line in read(file).splitlines()]
+                spans = [len({part[cell] for cell in net}) for net in nets]
+                cut = [(weight, span) for weight, span in zip(netwgts, spans) if span > 1]
+                self.assertEqual([result["best"][key] for key in ("cut", "soed", "connectivity")],
+                                 [sum(w for w, _ in cut), sum(w * s for w, s in cut), sum(w * (s - 1) for w, s in cut)])
+                weights = [sum(w for w, p in zip(cellwgts, part) if p == q) for q in range(3)]
+                self.assertEqual(result["part_weights"], weights)
+                self.assertTrue(all(w <= limit for w, limit in zip(weights, result["part_limits"])))
+                for limit in result["part_limits"]:
+                    self.assertAlmostEqual(limit / (1.3 * sum(weights) / 3), 1, 6)
+            self.assertIn(str(done["best"]["cut"]), self.run_kapris("eval", "h.hgr", "p").stdout)
+        self.assertLessEqual(json.loads(read("q.json"))["best"]["cut"], done["best"]["cut"])
+
     def test_threads_and_the_road_to_the_file_do_not_change_the_result(self):
         parts = set()
         for args in (["-t", "1"], ["-t", "0"], ["-t", "3", "--quiet"], ["--epsilon", "0.03", "--preset", "default"]):
