@@ -62,6 +62,7 @@ GATEWAY_EXPORT void mexFunction(int nlhs, mxArray *plhs[], int nrhs, const mxArr
   // A longer name is cut.
   mxGetString(prhs[0], name, sizeof name);
   const bool recursive = strcasecmp(name, "PartRecursive") == 0;
+  // Callers may test for this identifier and text.
   if (!recursive && strcasecmp(name, "PartKway") != 0) {
     mexErrMsgIdAndTxt("zavikmex:invalidValue", "Unknown zavikmex function %s", name);
     return;

@@ -51,6 +51,8 @@ using Start = kapris_start;
 using Trial = kapris_trial;
 // A level on the road of the best trial.
 using Level = kapris_level;
+// One bisection of the best start.
+using Bisection = kapris_bisection;
 
 // Why there is no result: KAPRIS_INVALID_ARGUMENT (what() names the argument, the index and the value),
 // KAPRIS_OUT_OF_MEMORY, KAPRIS_MEMORY_LIMIT or KAPRIS_INTERNAL.
@@ -93,13 +95,14 @@ struct Hypergraph {
 
 // What the parts should be. The arrays belong to the caller, as above.
 struct Targets {
-  // >= 2. It can be more than ncells.
+  // >= 1. It can be more than ncells.
   int nparts = 2;
-  // [nparts] fraction of the total cell weight that each part should get, > 0, with sum 1 to within 10^-6; or empty:
-  // all equal.
-  std::span<const double> part_shares = {};
+  // [nparts] what the parts should weigh, in proportion to each other, > 0; or empty: all the same.
+  std::span<const double> target_weights = {};
   // [ncells] the part that a cell must go to, or -1 for a free cell; or empty: all free.
   std::span<const int> fixed = {};
+  // The former name of target_weights, which counts where that is empty.
+  std::span<const double> part_shares = {};
 };
 
 // How to partition. The callbacks are called by any thread of the call, but never by two at once; they must not call
@@ -109,16 +112,17 @@ struct Options {
   kapris_objective objective = KAPRIS_CUT;
   kapris_coarsening coarsening = KAPRIS_ALTERNATE;
   // Of bisections.
-  kapris_refinement refinement = KAPRIS_FM;
-  kapris_vcycle vcycle = KAPRIS_VCYCLE_BEST;
+  kapris_refinement refinement = KAPRIS_EARLY_EXIT_FM;
+  kapris_vcycle vcycle = KAPRIS_VCYCLE_NEVER;
   // Multilevel runs of each bisection or k-way partitioning, >= 1.
-  int runs = 10;
+  int runs = 2;
   // true: the pieces of cut nets stay in the recursion.
   bool reconst = false;
   // >= 0; nothing or negative: from the clock, and the result tells which.
   std::optional<int> seed = 0;
-  // A part may weigh (1 + imbalance) x its share of the total cell weight, rounded up; >= 0.
-  double imbalance = 0.03;
+  // A part may weigh (1 + epsilon) x its share of the total cell weight, the share rounded up to a whole weight, then
+  // the product down; >= 0.
+  double epsilon = 0.03;
 
   // Independent starts, of which the best counts, >= 1.
   int starts = 1;
@@ -126,7 +130,7 @@ struct Options {
   int first_start = 0;
   // Threads that the call may use, the calling one included, >= 1.
   int threads = 1;
-  // Wall time >= 0; nothing: no limit.
+  // Wall time >= 0; nothing: no limit. With members the call uses all of it.
   std::optional<std::chrono::duration<double>> time_limit = {};
   // Bytes that the call may hold at once, the result left out; nothing: no limit.
   std::optional<std::size_t> memory_limit = {};
@@ -140,8 +144,20 @@ struct Options {
   // Sum of the traces that log receives: the numbers of option slot 8 in kapris.h.
   int log_level = 0;
 
-  // true: the result holds trials and levels.
+  // true: the result holds trials, levels and bisections.
   bool records = false;
+
+  // A part may not weigh less than (1 - min_epsilon) x its share, the share rounded down, then the product up; 0 .. 1.
+  double min_epsilon = 1.0;
+  // false: no part stays empty while there are cells that it can have.
+  bool allow_empty = false;
+  // The former name of epsilon, which counts where it is set.
+  std::optional<double> imbalance = {};
+
+  // Partitions that a start makes on its own, to combine them; 0: one, and nothing is combined.
+  int members = 6;
+  // Combinations that it makes at most; of the partition of Refine that many V-cycles.
+  int combinations = 8;
 };
 
 // Everything a call gives. Belongs to whoever holds it.
@@ -158,18 +174,22 @@ struct Result {
   std::int64_t connectivity = 0;
   // [nparts]
   std::vector<std::int64_t> part_weights;
-  // [nparts] largest weight that imbalance allows.
+  // [nparts] largest weight that epsilon allows.
   std::vector<std::int64_t> part_limits;
+  // [nparts] smallest weight that min_epsilon allows.
+  std::vector<std::int64_t> part_minimums;
   // Largest part weight over its share of the total, less 1.
   double imbalance = 0.0;
-  // No part weighs more than its limit.
+  // What parts weigh above their limits and lack to their minimums, added up.
+  std::int64_t excess = 0;
+  // excess is 0.
   bool balanced = false;
 
   // The seed that the call used.
   std::int64_t seed = 0;
   // Index into starts, or -1: given, or made before the first one ended.
   int best_start = -1;
-  // One per start.
+  // One per start that has begun.
   std::vector<Start> starts;
 
   // Wall time of the call; of it, checking and cleaning the input, and the starts.
@@ -185,6 +205,8 @@ struct Result {
   std::vector<Trial> trials;
   // With the option records: of the best trial of the best start, in the order of time.
   std::vector<Level> levels;
+  // With the option records and recursive bisection: of the best start, each before those of its sides.
+  std::vector<Bisection> bisections;
 };
 
 // What the following functions share; not for other use.
@@ -247,6 +269,13 @@ const T *ArrayOf(std::span<const T> array, std::int64_t length, const char *name
   return array.data();
 }
 
+inline const double *TargetWeightsOf(const Targets &targets)
+{
+  const std::span<const double> weights =
+      targets.target_weights.empty() ? targets.part_shares : targets.target_weights;
+  return ArrayOf(weights, targets.nparts, "target_weights", "part");
+}
+
 inline kapris_problem ProblemOf(const Hypergraph &hypergraph, const Targets &targets)
 {
   const std::span<const int> starts = hypergraph.net_starts;
@@ -267,7 +296,7 @@ inline kapris_problem ProblemOf(const Hypergraph &hypergraph, const Targets &tar
   problem.cell_weights = ArrayOf(hypergraph.cell_weights, problem.ncells, "cell_weights", "cell");
   problem.net_weights = ArrayOf(hypergraph.net_weights, problem.nnets, "net_weights", "net");
   problem.nparts = targets.nparts;
-  problem.part_shares = ArrayOf(targets.part_shares, problem.nparts, "part_shares", "part");
+  problem.target_weights = TargetWeightsOf(targets);
   problem.fixed = ArrayOf(targets.fixed, problem.ncells, "fixed", "cell");
   return problem;
 }
@@ -299,9 +328,13 @@ inline kapris_options OptionsOf(const Options &options, Callbacks *callbacks)
   c.refinement = options.refinement;
   c.vcycle = options.vcycle;
   c.runs = options.runs;
+  c.members = options.members;
+  c.combinations = options.combinations;
   c.reconst = options.reconst;
   c.seed = options.seed.value_or(-1);
-  c.imbalance = options.imbalance;
+  c.epsilon = options.imbalance.value_or(options.epsilon);
+  c.min_epsilon = options.min_epsilon;
+  c.allow_empty = options.allow_empty;
   c.starts = options.starts;
   c.first_start = options.first_start;
   c.threads = options.threads;
@@ -334,7 +367,9 @@ inline Result ResultOf(const kapris_result *c)
   result.connectivity = c->connectivity;
   result.part_weights = Copy(c->part_weights, c->nparts);
   result.part_limits = Copy(c->part_limits, c->nparts);
+  result.part_minimums = Copy(c->part_minimums, c->nparts);
   result.imbalance = c->imbalance;
+  result.excess = c->excess;
   result.balanced = c->balanced != 0;
   result.seed = c->seed;
   result.best_start = c->best_start;
@@ -346,6 +381,7 @@ inline Result ResultOf(const kapris_result *c)
   result.peak_bytes = c->peak_bytes;
   result.trials = Copy(c->trials, c->ntrials);
   result.levels = Copy(c->levels, c->nlevels);
+  result.bisections = Copy(c->bisections, c->nbisections);
   return result;
 }
 
@@ -380,6 +416,18 @@ inline const char *StatusName(Status status) noexcept
 inline const char *PhaseName(Phase phase) noexcept
 {
   return kapris_phase_name(phase);
+}
+
+// What a part may weigh at most, or has to weigh at least: kapris_part_limit and kapris_part_minimum. Throws Error if
+// target_weights has another length than nparts.
+inline std::int64_t PartLimit(std::int64_t total, const Targets &targets, int part, double epsilon)
+{
+  return kapris_part_limit(total, targets.nparts, detail::TargetWeightsOf(targets), part, epsilon);
+}
+
+inline std::int64_t PartMinimum(std::int64_t total, const Targets &targets, int part, double min_epsilon)
+{
+  return kapris_part_minimum(total, targets.nparts, detail::TargetWeightsOf(targets), part, min_epsilon);
 }
 
 // Partitions the cells into targets.nparts parts; minimises options.objective under the limits of the parts. Calls on

@@ -26,7 +26,8 @@
  *
  *   cut            the total weight of the nets whose pins lie in more than one part
  *   SOED           the sum of external degrees: for every net that spans k > 1 parts, k times its weight
- *   connectivity   for every net that spans k parts, k - 1 times its weight; it is the SOED less the cut
+ *   connectivity   connectivity - 1, for every net that spans k parts, k - 1 times its weight; it is the SOED less
+ *                  the cut
  *
  * WHAT HOLDS FOR EVERY CALL
  *
@@ -49,8 +50,11 @@
 
 #if defined(__GNUC__)
 #define KAPRIS_SAFE_API __attribute__((visibility("default")))
+/* Unnamed unions, for two names of one member, are not in C99. */
+#define KAPRIS_EXTENSION __extension__
 #else
 #define KAPRIS_SAFE_API
+#define KAPRIS_EXTENSION
 #endif
 
 #ifdef __cplusplus
@@ -61,17 +65,18 @@ extern "C" {
  * How a call ended */
 
 typedef enum kapris_status {
-  /* Done, and every part is within its limit. */
+  /* Done, and every part is within its limits. */
   KAPRIS_OK = 0,
   /* Nothing was done; the message names the argument, the index and the value. */
   KAPRIS_INVALID_ARGUMENT = 1,
-  /* Done, but some part is above its limit. The best partition found is delivered. */
+  /* Done, but some part is above its limit or below its minimum. The best partition found is delivered. */
   KAPRIS_INFEASIBLE = 2,
   /* The system gave no memory. No partition. */
   KAPRIS_OUT_OF_MEMORY = 3,
   /* The call would have exceeded memory_limit. No partition. */
   KAPRIS_MEMORY_LIMIT = 4,
-  /* time_limit was reached. The best partition so far is delivered. */
+  /* time_limit was reached. The best partition so far is delivered; whether it keeps the limits of the parts is for
+   * balanced to tell. With members this is how a call with a time limit ends. */
   KAPRIS_TIME_LIMIT = 5,
   /* *cancel became non-zero. The best partition so far is delivered. */
   KAPRIS_CANCELLED = 6,
@@ -111,11 +116,15 @@ typedef struct kapris_problem {
    * be NULL if there are no pins. */
   const int *pins;
 
-  /* Number of parts, >= 2. It can be more than ncells. */
+  /* Number of parts, >= 1. It can be more than ncells. */
   int nparts;
-  /* [nparts] fraction of the total cell weight that each part should get, > 0, with sum 1 to within 10^-6; or NULL: all
-   * equal. */
-  const double *part_shares;
+  /* [nparts] what the parts should weigh, in proportion to each other, as in 2, 1, 1: each > 0 and at most 10^15, none
+   * less than 10^-9 of their sum; or NULL: all the same. The share of a part is its weight over the sum of all.
+   * part_shares is the former name. */
+  KAPRIS_EXTENSION union {
+    const double *target_weights;
+    const double *part_shares;
+  };
   /* [ncells] the part that a cell must go to, or -1 for a free cell; or NULL: all free. */
   const int *fixed;
 } kapris_problem;
@@ -134,8 +143,15 @@ typedef enum kapris_scheme {
   KAPRIS_KWAY = 1
 } kapris_scheme;
 
-/* What is minimised. */
-typedef enum kapris_objective { KAPRIS_CUT = 0, KAPRIS_SOED = 1 } kapris_objective;
+/* What is minimised; see WORDS above. */
+typedef enum kapris_objective {
+  /* The cut. */
+  KAPRIS_CUT = 0,
+  /* The sum of external degrees. */
+  KAPRIS_SOED = 1,
+  /* Connectivity - 1, also known as km1: for every net that spans k parts, k - 1 times its weight. */
+  KAPRIS_CONNECTIVITY = 2
+} kapris_objective;
 
 /* How cells are grouped on the way to the coarser levels. */
 typedef enum kapris_coarsening {
@@ -151,7 +167,7 @@ typedef enum kapris_coarsening {
   KAPRIS_PAIRS = 4
 } kapris_coarsening;
 
-/* How a bisection is refined; direct k-way partitioning ignores it. */
+/* How a bisection is refined; direct k-way partitioning ignores it, and so does the refinement of all parts. */
 typedef enum kapris_refinement {
   /* Passes of Fiduccia and Mattheyses. */
   KAPRIS_FM = 0,
@@ -193,7 +209,7 @@ KAPRIS_SAFE_API const char *kapris_phase_name(kapris_phase phase);
 
 /* A moment of a call, for kapris_options.progress. It lasts as long as the callback runs. */
 typedef struct kapris_progress {
-  /* Starts that have ended, and starts of this call. */
+  /* Starts that have ended, and starts that this call was asked for. */
   int starts_done;
   int starts;
   /* Objective of the best partition that a start has made so far, -1 while there is none. Balanced partitions are
@@ -201,7 +217,7 @@ typedef struct kapris_progress {
   int64_t best;
   /* Wall time since the call began. */
   double seconds;
-  /* Estimate of the work done, 0 .. 1. */
+  /* Estimate of the work done, 0 .. 1; with members and a time limit, the share of the time that has passed. */
   double done;
   /* What the start that reports is doing, and the cells of the level that it works on, 0 where there is none. */
   kapris_phase phase;
@@ -219,27 +235,44 @@ typedef struct kapris_options {
   kapris_objective objective;
   /* Default KAPRIS_ALTERNATE. */
   kapris_coarsening coarsening;
-  /* Default KAPRIS_FM. */
+  /* Default KAPRIS_EARLY_EXIT_FM. */
   kapris_refinement refinement;
-  /* Default KAPRIS_VCYCLE_BEST. */
+  /* Default KAPRIS_VCYCLE_NEVER. */
   kapris_vcycle vcycle;
-  /* Multilevel runs of each bisection or k-way partitioning, >= 1. Default 10. */
+  /* Multilevel runs of each bisection or k-way partitioning, >= 1. Default 2. */
   int runs;
+  /* Partitions that a start makes on its own, to combine them, >= 0; 0 = one, made by scheme, coarsening, refinement,
+   * vcycle and runs alone. Default 6. */
+  int members;
+  /* Combinations of two partitions that a start makes at most, >= 0; of the partition of kapris_refine that many
+   * V-cycles. Default 8. */
+  int combinations;
   /* 1 = the pieces of cut nets stay in the recursion, 0 = they leave it. Default 0. */
   int reconst;
   /* 0 .. 2^31-1; negative = from the clock, and the result tells which. Default 0. */
   int64_t seed;
-  /* A part may weigh (1 + imbalance) x its share of the total cell weight, rounded up; >= 0. Default 0.03. */
-  double imbalance;
+  /* A part may weigh (1 + epsilon) x its share of the total cell weight: the share is rounded up to a whole weight,
+   * then the product down; >= 0. See kapris_part_limit. imbalance is the former name. Default 0.03. */
+  KAPRIS_EXTENSION union {
+    double epsilon;
+    double imbalance;
+  };
+  /* A part may not weigh less than (1 - min_epsilon) x its share: the share is rounded down to a whole weight, then the
+   * product up; 0 .. 1. See kapris_part_minimum. Default 1: parts may be as light as they come out. */
+  double min_epsilon;
+  /* 0 = no part stays empty while there are cells that it can have, 1 = parts may be empty. Default 0. */
+  int allow_empty;
 
-  /* Independent starts, of which the best counts, >= 1. Default 1. */
+  /* Independent starts, of which the best counts, >= 1. Those that have not begun when a limit or a cancellation ends
+   * the call are left out. Default 1. */
   int starts;
   /* Number of the first of them, >= 0, to spread starts over several calls; first_start + starts is at most 2^31-1.
    * Default 0. */
   int first_start;
   /* Threads that the call may use, the calling one included, >= 1. Default 1. */
   int threads;
-  /* Seconds of wall time after which the call ends, or 0 = none. Default 0. */
+  /* Seconds of wall time after which the call ends, or 0 = none. With members the starts do not end before: each makes
+   * and combines partitions until the time is up, and neither members nor combinations says how many. Default 0. */
   double time_limit;
   /* Bytes that the call may hold at once, the result left out, or 0 = any number. Default 0. */
   size_t memory_limit;
@@ -260,7 +293,7 @@ typedef struct kapris_options {
   /* Handed to progress and log. Default NULL. */
   void *user;
 
-  /* 1 = the result holds trials and levels, else 0. Default 0. */
+  /* 1 = the result holds trials, levels and bisections, else 0. Default 0. */
   int records;
 } kapris_options;
 
@@ -279,7 +312,8 @@ typedef struct kapris_start {
   int64_t soed;
   /* Largest part weight over its share of the total, less 1. */
   double imbalance;
-  /* 1 = all parts within their limits. */
+  /* As in kapris_result. */
+  int64_t excess;
   int balanced;
   /* 0 = cut short: the figures are those of the best partition that it had, or 0 if it had none. */
   int completed;
@@ -289,21 +323,25 @@ typedef struct kapris_start {
   int number;
 } kapris_start;
 
-/* One trial: a multilevel run of the first bisection of a start, or of its k-way partitioning, or a round of
- * kapris_refine. Of a start with more than 1000, those after are left out unless they were among the best so far. */
+/* One trial: with members, a partition into all parts that a start has made, on its own or of others. Without, a
+ * multilevel run of the first bisection of a start, or of its k-way partitioning, or a round of kapris_refine. Of a
+ * start with more than 1000, those after are left out unless they were among the best so far. */
 typedef struct kapris_trial {
   /* Index into starts. */
   int start;
   /* From 0. */
   int number;
-  /* What the trial minimised when it ended: the cut of the bisection, or the objective. */
+  /* What the trial minimised when it ended. With members: the objective. Without: the cut of the bisection, or the
+   * objective; with KAPRIS_CONNECTIVITY the SOED, by which such trials are compared. */
   int64_t value;
   /* The same after the V-cycles that came after the last trial; -1 where there were none. */
   int64_t cycled;
   /* Of the sides of the bisection, or of the parts. */
   double imbalance;
-  /* 1 = the start went on with its partition. */
+  /* 1 = the start went on with its partition; with members, its partition is that of the start. */
   int best;
+  /* The numbers of the trials that it combines, twice the same of a V-cycle; -1 where there are none. */
+  int parents[2];
 } kapris_trial;
 
 /* One level on the road of the best trial of the best start, in the order of time. */
@@ -316,11 +354,21 @@ typedef struct kapris_level {
   /* 1 = of the refinement of all parts after the last bisection. */
   int polish;
   int cells, nets, pins;
-  /* What is minimised, on this level; -1 without a partition. */
+  /* As in kapris_trial, on this level; -1 without a partition. */
   int64_t value;
   /* As in kapris_trial. */
   double imbalance;
 } kapris_level;
+
+/* One bisection of the recursion of the best start, which makes the parts first .. first + parts - 1 of its cells. */
+typedef struct kapris_bisection {
+  int first, parts;
+  int64_t cut;
+  /* Of the side that becomes the first parts / 2 of them, rounded down, and of the other. */
+  int64_t weights[2];
+  /* Wall time; two sides can be at work at the same time. */
+  double seconds;
+} kapris_bisection;
 
 /* Everything a call gives. It belongs to the caller, with its arrays, until kapris_free_result. Without a partition,
  * part is NULL and only size, status, message, seconds and peak_bytes have a meaning. */
@@ -331,7 +379,8 @@ typedef struct kapris_result {
   /* Empty when the status is KAPRIS_OK. */
   char message[256];
 
-  /* Lengths of the arrays. */
+  /* Lengths of the arrays. nstarts counts the starts that have begun, one at least: as many as the options say, unless
+   * the call was ended early. */
   int ncells, nparts, nstarts;
   /* [ncells] part of each cell, 0 .. nparts-1; NULL when there is no partition. */
   int *part;
@@ -341,11 +390,15 @@ typedef struct kapris_result {
   int64_t connectivity;
   /* [nparts] */
   int64_t *part_weights;
-  /* [nparts] largest weight that imbalance allows: (1 + imbalance) x share x total cell weight, rounded up. */
+  /* [nparts] largest weight that epsilon allows, that of kapris_part_limit. */
   int64_t *part_limits;
+  /* [nparts] smallest weight that min_epsilon allows, that of kapris_part_minimum. */
+  int64_t *part_minimums;
   /* Largest part weight over its share of the total, less 1; 0 if all cells together weigh 0. */
   double imbalance;
-  /* 1 = no part weighs more than its limit. */
+  /* What parts weigh above their limits and lack to their minimums, added up. */
+  int64_t excess;
+  /* 1 = excess is 0. */
   int balanced;
 
   /* The seed that the call used. */
@@ -365,13 +418,16 @@ typedef struct kapris_result {
   /* Largest memory that the call held, the result left out. */
   size_t peak_bytes;
 
-  /* With the option records, else none. There are no levels with a best_start of -1, nor if that start was cut short in
-   * its first trial. */
+  /* With the option records and more than one part, else none. There are no levels with members, with a best_start of
+   * -1, nor if that start was cut short in its first trial. */
   int ntrials, nlevels;
   /* [ntrials] by start, then by number. */
   kapris_trial *trials;
   /* [nlevels] */
   kapris_level *levels;
+  /* [nbisections] with the option records and recursive bisection, else none; each before those of its sides. */
+  int nbisections;
+  kapris_bisection *bisections;
 } kapris_result;
 
 /* ------------------------------------------------------------------------------------------------------------------
@@ -386,11 +442,17 @@ typedef struct kapris_result {
  *
  * Returns the status, which the result holds too; KAPRIS_INVALID_ARGUMENT if result, problem or options is NULL.
  *
- * The best start is the first under: balanced before not balanced; then the smaller objective; then the smaller other
- * objective; then the smaller imbalance; then the smaller index.
+ * The best start is the first under: the smaller excess, so that balanced comes before not balanced; fewer empty parts
+ * unless they are allowed; then the smaller objective; then the smaller cut, or with KAPRIS_CUT the smaller SOED; then
+ * the smaller imbalance; then the smaller index.
  *
- * Method: each start partitions as KAPRIS_PartRecursive or KAPRIS_PartKway does, see kapris.h for the sources, but with
- * limits for the final parts and no use of the clock, and then moves or exchanges cells of parts above their limits. */
+ * Method: each start makes members by recursive bisection as in KAPRIS_PartRecursive, see kapris.h for the sources, but
+ * with limits for the final parts and no use of the clock; with KAPRIS_KWAY by direct partitioning. All parts of each
+ * are refined by searches that climb hills. Then it combines pairs of members: cells on which both agree are grouped,
+ * and the better one is refined on the way back; a child takes the place of the member most like it. Without members a
+ * start is one partitioning as KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or exchanges
+ * cells of parts above their limits, and moves cells to parts that are empty or below their minimums. With one part
+ * there is nothing to do. */
 KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
                                                kapris_result **result);
 
@@ -403,14 +465,36 @@ KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, co
  *
  * Returns the status, as kapris_partition does.
  *
- * Parts above their limits are repaired first. Then each of the runs of each start goes on from the best partition of
- * the start so far: passes, then V-cycles unless vcycle is KAPRIS_VCYCLE_NEVER. Two parts are refined by the passes of
- * bisections with KAPRIS_RECURSIVE, by those of k-way partitioning with KAPRIS_KWAY; more parts always by the latter.
- * coarsening, reconst and the other values of vcycle do not matter.
+ * Parts above their limits or below their minimums are repaired first. Then each start refines all parts and makes up
+ * to combinations V-cycles, each from the best partition of the start so far; with a time limit it goes on to make and
+ * combine partitions of its own, as kapris_partition does.
  *
- * Method: the passes and V-cycles of kapris_partition. */
+ * Without members, each of the runs of each start goes on from the best partition of the start so far: passes, then
+ * V-cycles unless vcycle is KAPRIS_VCYCLE_NEVER. Two parts are refined by the passes of bisections with
+ * KAPRIS_RECURSIVE, by those of k-way partitioning with KAPRIS_KWAY; more parts always by the latter. coarsening,
+ * reconst and the other values of vcycle do not matter. */
 KAPRIS_SAFE_API kapris_status kapris_refine(const kapris_problem *problem, const kapris_options *options,
                                             const int *part, kapris_result **result);
+
+/* The largest weight that epsilon allows a part: floor((1 + epsilon) x ceil(share x total)), with equal shares
+ * floor((1 + epsilon) x ceil(total / nparts)), in whole numbers and at most 2^63 - 1. It is never less than an even
+ * division needs.
+ *
+ *   total              cell weight, 0 .. 2^61
+ *   nparts             number of parts
+ *   target_weights     [nparts] as in kapris_problem, or NULL: all the same
+ *   part               0 .. nparts-1
+ *   epsilon            as in kapris_options: it counts as the shortest decimal that reads as this double
+ *
+ * A share counts as the decimal that its double was written as, if that has up to 15 digits, else as the fraction of
+ * small terms that it comes from, such as 5/12. Returns -1 if an argument is out of range. */
+KAPRIS_SAFE_API int64_t kapris_part_limit(int64_t total, int nparts, const double *target_weights, int part,
+                                          double epsilon);
+
+/* The smallest weight that min_epsilon allows a part: ceil((1 - min_epsilon) x floor(share x total)), computed in the
+ * same way. It is never more than an even division gives. */
+KAPRIS_SAFE_API int64_t kapris_part_minimum(int64_t total, int nparts, const double *target_weights, int part,
+                                            double min_epsilon);
 
 /* Releases a result with all its arrays; NULL is allowed. Cannot fail. */
 KAPRIS_SAFE_API void kapris_free_result(kapris_result *result);

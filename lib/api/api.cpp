@@ -12,9 +12,11 @@
 #include "kapris_api.h"
 
 #include "base/random.h"
+#include "starts/limits.h"
 #include "starts/run.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -39,10 +41,13 @@ void kapris_init_options(kapris_options *options)
   options->scheme = KAPRIS_RECURSIVE;
   options->objective = KAPRIS_CUT;
   options->coarsening = KAPRIS_ALTERNATE;
-  options->refinement = KAPRIS_FM;
-  options->vcycle = KAPRIS_VCYCLE_BEST;
-  options->runs = 10;
-  options->imbalance = 0.03;
+  options->refinement = KAPRIS_EARLY_EXIT_FM;
+  options->vcycle = KAPRIS_VCYCLE_NEVER;
+  options->runs = 2;
+  options->members = 6;
+  options->combinations = 8;
+  options->epsilon = 0.03;
+  options->min_epsilon = 1.0;
   options->starts = 1;
   options->threads = 1;
 }
@@ -87,6 +92,37 @@ const char *kapris_status_name(kapris_status status)
   return "unknown status";
 }
 
+// The share of a part, or with nparts 0 that an argument is out of range.
+static Share ShareOf(std::int64_t total, int nparts, const double *targets, int part)
+{
+  double sum = 0.0;
+
+  if (total < 0 || total > MAX_TOTAL || part < 0 || part >= nparts)
+    return {0, 0.0};
+  for (int p = 0; targets != nullptr && p < nparts; p++) {
+    if (!(targets[p] > 0.0 && std::isfinite(targets[p])))
+      return {0, 0.0};
+    sum += targets[p];
+  }
+  return {nparts, targets != nullptr ? targets[part] / sum : 0.0};
+}
+
+int64_t kapris_part_limit(int64_t total, int nparts, const double *target_weights, int part, double epsilon)
+{
+  const Share share = ShareOf(total, nparts, target_weights, part);
+
+  return share.nparts > 0 && epsilon >= 0.0 && std::isfinite(epsilon) ? PartLimit(total, share, epsilon) : -1;
+}
+
+int64_t kapris_part_minimum(int64_t total, int nparts, const double *target_weights, int part,
+                            double min_epsilon)
+{
+  const Share share = ShareOf(total, nparts, target_weights, part);
+
+  return share.nparts > 0 && min_epsilon >= 0.0 && min_epsilon <= 1.0 ? PartMinimum(total, share, min_epsilon)
+                                                                      : -1;
+}
+
 void kapris_free_result(kapris_result *result)
 {
   if (result == nullptr)
@@ -94,9 +130,11 @@ void kapris_free_result(kapris_result *result)
   std::free(result->part);
   std::free(result->part_weights);
   std::free(result->part_limits);
+  std::free(result->part_minimums);
   std::free(result->starts);
   std::free(result->trials);
   std::free(result->levels);
+  std::free(result->bisections);
   std::free(result);
 }
 
@@ -168,6 +206,15 @@ static T *NewArray(int n)
   return array;
 }
 
+template <class T>
+static T *CopyArray(const std::vector<T> &values)
+{
+  T *array = NewArray<T>(static_cast<int>(values.size()));
+
+  std::copy(values.begin(), values.end(), array);
+  return array;
+}
+
 static void SetStatus(kapris_result *result, kapris_status status, const char *message)
 {
   result->status = status;
@@ -178,6 +225,14 @@ static void SetStatus(kapris_result *result, kapris_status status, const char *m
     result->message[--length] = '\0';
 }
 
+static bool OverLimit(const kapris_result *result)
+{
+  for (int p = 0; p < result->nparts; p++)
+    if (result->part_weights[p] > result->part_limits[p])
+      return true;
+  return false;
+}
+
 static void SetFinalStatus(kapris_result *result, const Run *run)
 {
   if (run->stop == TIME_IS_UP)
@@ -186,17 +241,9 @@ static void SetFinalStatus(kapris_result *result, const Run *run)
     SetStatus(result, KAPRIS_CANCELLED, "cancelled; this is the best partition so far");
   else if (!result->balanced)
     SetStatus(result, KAPRIS_INFEASIBLE,
-              run->impossible ? "no partition keeps all limits; this is the best one found"
-                              : "some part is above its limit; this is the best partition found");
-}
-
-template <class T>
-static T *CopyArray(const std::vector<T> &values)
-{
-  T *array = NewArray<T>(static_cast<int>(values.size()));
-
-  std::copy(values.begin(), values.end(), array);
-  return array;
+              run->impossible     ? "no partition keeps all limits; this is the best one found"
+              : OverLimit(result) ? "some part is above its limit; this is the best partition found"
+                                  : "some part is below its minimum; this is the best partition found");
 }
 
 static void DeliverRecords(const Run *run, kapris_result *result)
@@ -212,6 +259,8 @@ static void DeliverRecords(const Run *run, kapris_result *result)
     return;
   result->levels = CopyArray(run->levels);
   result->nlevels = static_cast<int>(run->levels.size());
+  result->bisections = CopyArray(run->bisections);
+  result->nbisections = static_cast<int>(run->bisections.size());
 }
 
 // serial = the newest block that is needed for the figures.
@@ -224,17 +273,22 @@ static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
   result->part = NewArray<int>(problem->ncells);
   result->part_weights = NewArray<std::int64_t>(problem->nparts);
   result->part_limits = NewArray<std::int64_t>(problem->nparts);
+  result->part_minimums = NewArray<std::int64_t>(problem->nparts);
   icopy__(problem->ncells, run->best.part, result->part);
   // Starts that were cut short have left all that they held, perhaps up to the memory limit.
   ReleaseLedger(serial);
   std::copy_n(problem->limits, problem->nparts, result->part_limits);
+  std::copy_n(problem->minimums, problem->nparts, result->part_minimums);
 
   const Measures measures = Measure(problem, result->part, result->part_weights);
   result->cut = measures.cut;
   result->soed = measures.soed;
   result->connectivity = measures.soed - measures.cut; // a net counts 0 while it is whole
   result->imbalance = measures.imbalance;
-  result->balanced = measures.balanced;
+  result->excess = measures.excess;
+  result->balanced = measures.excess == 0;
+  result->starts = CopyArray(run->starts);
+  result->nstarts = static_cast<int>(run->starts.size());
   result->best_start = std::max(run->best.start, -1);
   SetFinalStatus(result, run);
 }
@@ -253,9 +307,12 @@ static void Partition(const kapris_problem *problem, const kapris_options *optio
   const CleanProblem clean = MakeCleanProblem(problem, options);
   result->seconds_prepare = SecondsSince(began);
 
-  // There is never more to do at once than one bisection per part of every start.
-  const std::int64_t nthreads =
-      std::min<std::int64_t>(options->threads, static_cast<std::int64_t>(options->starts) * clean.nparts);
+  // There is never more to do at once than one bisection per part of every start, or of every partition that it makes
+  // side by side.
+  constexpr int SIDE_BY_SIDE = 4;
+  const double most = static_cast<double>(options->starts) * clean.nparts *
+                      (options->members > 0 ? std::max(options->members, SIDE_BY_SIDE) : 1);
+  const double nthreads = std::min<double>(options->threads, most);
   const std::unique_ptr<TaskPool, PoolCloser> pool(
       StartPool(static_cast<int>(nthreads), ledger, TraceSink{WriteLog, log}));
   Run run = {};
@@ -270,10 +327,6 @@ static void Partition(const kapris_problem *problem, const kapris_options *optio
     run.seed = std::time(nullptr) & INT_MAX;
   run.best.start = run.shown.start = NO_CANDIDATE;
   result->seed = run.seed;
-  run.starts = result->starts = NewArray<kapris_start>(options->starts);
-  result->nstarts = options->starts;
-  if (options->records)
-    run.trials.resize(static_cast<std::size_t>(options->starts));
   const std::uint64_t serial = ledger->serial;
   RunStarts(&run, given);
   result->seconds_starts = SecondsSince(began) - result->seconds_prepare;
@@ -329,7 +382,7 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
       made->status != KAPRIS_CANCELLED) {
     std::free(made->part);
     made->part = nullptr;
-    made->ntrials = made->nlevels = 0;
+    made->ntrials = made->nlevels = made->nbisections = 0;
   }
   made->peak_bytes = ledger.peak;
   made->seconds = SecondsSince(began);

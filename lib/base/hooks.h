@@ -24,20 +24,26 @@ enum StepKind {
   STEP_POLISH, // the polish of all parts begins
   STEP_CYCLE,  // a V-cycle begins
   STEP_LEVEL,  // a level: coarsened, or partitioned, or refined
-  STEP_END     // a trial, or its V-cycles, ended
+  STEP_END,    // a trial, or its V-cycles, ended
+  STEP_MEMBER, // a population has a new member, or has refused one
+  STEP_SPLIT   // a bisection of a recursion is done; from any thread, with no trial of its own around it
 };
 
 struct Step {
   StepKind kind;
-  int trial;          // STEP_TRIAL, STEP_END: its number
+  int trial;          // STEP_TRIAL, STEP_END, STEP_MEMBER: its number
   Phase phase;        // STEP_LEVEL: what has been done with it
   int ncells, nnets;  // STEP_LEVEL, islands counted
   int npins;          // the same
-  std::int64_t value; // the objective; -1 while there is no partition
+  std::int64_t value; // the objective; -1 while there is no partition; STEP_SPLIT: the cut
   double imbalance;   // as that of a result, of the level's cells
-  bool taken;         // STEP_END: its partition is the best so far
+  bool taken;         // STEP_END, STEP_MEMBER: its partition is the best so far
+  int parents[2];     // STEP_MEMBER: what it was made of, twice the same of a V-cycle; -1 = nothing
   const int *kept;    // STEP_END: [nkept] trials that can still get V-cycles; -1 in an empty slot
   int nkept;
+  int first, nparts;       // STEP_SPLIT: the parts that its cells are for
+  std::int64_t weights[2]; // STEP_SPLIT: of its sides
+  double seconds;          // STEP_SPLIT: wall time
 };
 
 // The functions of a caller; each may be NULL. One record serves all threads of a run.

@@ -39,6 +39,52 @@ static void FreeMatchWork(MatchWork *work)
   QVfree__(&work->scores, &work->perm, &work->vpairs, &work->cand);
 }
 
+// Puts cells on no net, each a group of its own so far, into groups of up to ctrl->maxcellwgt, and numbers all anew.
+static void JoinIslands(const Control *ctrl, const HGraph *graph, const int *labels, Grouping *groups)
+{
+  int label = -1, group = -1, njoined = 0;
+  Weight wgt = 0;
+
+  for (int v = graph->nfixed; v < graph->ncells; v++) {
+    if (graph->incptr[v] < graph->incptr[v + 1])
+      continue;
+    if (labels[v] == label && graph->cellwgt[v] <= ctrl->maxcellwgt - wgt) {
+      groups->cellmap[v] = group;
+      wgt += graph->cellwgt[v];
+      njoined++;
+    } else {
+      label = labels[v];
+      group = groups->cellmap[v];
+      wgt = graph->cellwgt[v];
+    }
+  }
+  if (njoined == 0)
+    return;
+  int *numbers = ismalloc__(groups->ngroups, -1, "GroupStars: numbers");
+  for (int v = 0; v < graph->ncells; v++)
+    numbers[groups->cellmap[v]] = 0;
+  int ngroups = 0;
+  for (int g = 0; g < groups->ngroups; g++)
+    if (numbers[g] == 0)
+      numbers[g] = ngroups++;
+  for (int v = 0; v < graph->ncells; v++)
+    groups->cellmap[v] = numbers[groups->cellmap[v]];
+  groups->ngroups = ngroups;
+  ListMembers(graph->ncells, groups);
+  QVfree__(&numbers);
+}
+
+Grouping GroupStars(const Control *ctrl, const HGraph *graph, const int *labels)
+{
+  MatchWork work = AllocMatchWork(graph);
+  Grouping groups = CMatch_EdgesStars__(ctrl, graph, labels, &work);
+
+  FreeMatchWork(&work);
+  JoinIslands(ctrl, graph, labels, &groups);
+  CHECK_VALID(CheckMatching(ctrl, graph, &groups));
+  return groups;
+}
+
 static void TraceLevel(const Control *ctrl, const HGraph *graph)
 {
   if (!(ctrl->dbglvl & DBG_COARSEN))

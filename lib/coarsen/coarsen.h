@@ -34,6 +34,10 @@ struct Grouping {
 
 enum { UNMATCHED = -1 };
 
+// Groups cells of equal labels, [ncells], into stars of at most ctrl->maxcellwgt; nets above ctrl->maxnetsize do not
+// count. Cells on no net go together.
+Grouping GroupStars(const Control *ctrl, const HGraph *graph, const int *labels);
+
 // Contracts the groups of graph: a hypergraph whose cell g is group g.
 HGraph *CreateCoarseHGraph__(const Control *ctrl, const HGraph *graph, const Grouping *groups);
 

@@ -61,11 +61,56 @@ constexpr int NESTED_TRIALS = 2;
 constexpr int MAX_POLISHED_PARTS = 64;
 
 // ----------------------------------------------------------------------------------------------------------
+// Search
+
+// A level of a search that keeps more than this share of the cells ends coarsening.
+constexpr double SLOW_STARS = 0.95;
+// So many cells per part are left on the coarsest level of a V-cycle, of at most this share of the average part each.
+constexpr int SEARCHED_PER_PART = 30;
+constexpr double HEAVIEST_CLUSTER = 0.03;
+// The same of partitions that are made directly, with lighter cells, and the trials of each bisection there.
+constexpr int DIRECT_PER_PART = 200;
+constexpr int DIRECT_TRIALS = 3;
+// The first partition under a time limit.
+constexpr int QUICK_PER_PART = 100;
+// So many members in a row share the first levels, which keep this share of the cells, of at most so many times the
+// average weight there. Hypergraphs with fewer cells per part than these are not coarsened before members are made.
+constexpr int FAMILY = 2;
+constexpr double SHARED_LEVELS = 0.5;
+constexpr double SHARED_WEIGHT = 4.0;
+constexpr int SHARED_PER_PART = 200;
+// Rounds on a level, at most; they end after one that gains less than this share.
+constexpr int SEARCH_ROUNDS = 3;
+constexpr double LEAST_ROUND_GAIN = 0.001;
+// Cells from which a short search starts.
+constexpr std::size_t SEARCH_SEEDS = 20;
+// Steps without a better value that end a search, a short one and one from all of the border: the second by the larger
+// of a number and a share of the cells.
+constexpr int FRUITLESS_SHORT = 100;
+constexpr int FRUITLESS_LONG = 300;
+constexpr double FRUITLESS_SHARE = 0.02;
+// Nets with more pins do not tell a search where to go on.
+constexpr int LARGE_SEARCHED_NET = 500;
+// Combinations that are made of the same members, side by side.
+constexpr int BROOD = 4;
+// V-cycles in a row that bring nothing end the improvement of a given partition.
+constexpr int IDLE_IMPROVEMENTS = 2;
+// Under a time limit: members, and broods in a row that bring nothing new after which a new family takes the place of
+// the worst.
+constexpr int TIMED_MEMBERS = 8;
+constexpr int STALE_BROODS = 3;
+// So many rounds in a row without a better partition, and one for each cell, end a search before its time: there is
+// hardly anything left to find.
+constexpr int HOPELESS_ROUNDS = 20;
+
+// ----------------------------------------------------------------------------------------------------------
 // Balance
 
 // Added to a product of shares and counts before it is truncated, so that whole-number products stay whole.
 constexpr double WHOLE_MARGIN = 0.4;
 // A part may sink below its share by at least this factor, however tight its limit: else nothing could move.
 constexpr double LEAST_FACTOR = 1.05;
+// A search lets a part weigh at least so much above its share: where it may not, no single move is possible.
+constexpr double LEAST_ROOM = 0.003;
 
 } // namespace kapris::engine::KAPRIS_ENGINE

@@ -42,7 +42,7 @@ Level *CreateLevel(Level *finer, HGraph *graph);
 void FreeLevel(Level *level);
 
 // ----------------------------------------------------------------------------------------------------------
-// Records of levels and trials (record.cpp); they do nothing unless ctrl->recorded
+// Records of levels and trials (record.cpp); but for the last they do nothing unless ctrl->recorded
 
 // A trial, its later V-cycles, a V-cycle or the polish begins.
 void RecordBegin(const Control *ctrl, StepKind kind, int trial);
@@ -51,6 +51,12 @@ void RecordLevel(const Control *ctrl, Phase phase, const Level *level, Weight va
 // A trial, or its later V-cycles, ended with the partition in where. kept, [nkept]: see Step.
 void RecordEnd(const Control *ctrl, int trial, const Level *level, Weight value, bool taken, const int *kept,
                int nkept);
+// A partition of all parts that a population was offered, with the numbers of its parents or -1.
+void RecordMember(const Control *ctrl, const HGraph *graph, int number, const int parents[2], Weight value,
+                  const int *part, bool best);
+// A bisection of a recursion, with the side of each cell; its cells become nparts parts from first. Needs no recorded.
+void RecordSplit(const Control *ctrl, const HGraph *graph, const int *side, int first, int nparts, Weight cut,
+                 double seconds);
 
 // ----------------------------------------------------------------------------------------------------------
 // Validators (check.cpp): the first broken invariant, or NULL.

@@ -17,15 +17,14 @@ static double ShareOf(const Control *ctrl, int p)
 }
 
 // From where, because the weights that refinement maintains are not valid on every level that is recorded.
-static double ImbalanceOf(const Control *ctrl, const Level *level)
+static double ImbalanceOf(const Control *ctrl, const HGraph *graph, const int *part)
 {
-  const HGraph *graph = level->graph;
   const int nparts = ctrl->recorded == RECORD_PARTS ? ctrl->nparts : 2;
   Weight *weights = wsmalloc(nparts, 0, "Record: weights");
   double total = 0.0, imbalance = 0.0;
 
   for (int i = 0; i < graph->ncells + graph->nislands; i++)
-    weights[level->part.where[i]] += graph->cellwgt[i];
+    weights[part[i]] += graph->cellwgt[i];
   for (int p = 0; p < nparts; p++)
     total += static_cast<double>(weights[p]);
   for (int p = 0; total > 0.0 && p < nparts; p++)
@@ -63,7 +62,7 @@ void RecordLevel(const Control *ctrl, Phase phase, const Level *level, Weight va
   step.nnets = graph->nnets;
   step.npins = graph->netptr[graph->nnets];
   step.value = phase == PHASE_COARSEN ? -1 : value;
-  step.imbalance = phase == PHASE_COARSEN ? 0.0 : ImbalanceOf(ctrl, level);
+  step.imbalance = phase == PHASE_COARSEN ? 0.0 : ImbalanceOf(ctrl, level->graph, level->part.where);
   Send(ctrl, &step);
 }
 
@@ -77,10 +76,46 @@ void RecordEnd(const Control *ctrl, int trial, const Level *level, Weight value,
   step.kind = STEP_END;
   step.trial = trial;
   step.value = value;
-  step.imbalance = ImbalanceOf(ctrl, level);
+  step.imbalance = ImbalanceOf(ctrl, level->graph, level->part.where);
   step.taken = taken;
   step.kept = kept;
   step.nkept = nkept;
+  Send(ctrl, &step);
+}
+
+void RecordMember(const Control *call, const HGraph *graph, int number, const int parents[2], Weight value,
+                  const int *part, bool best)
+{
+  Control ctrl = *call;
+  Step step = {};
+
+  if (ctrl.hooks->record == nullptr)
+    return;
+  ctrl.recorded = RECORD_PARTS;
+  step.kind = STEP_MEMBER;
+  step.trial = number;
+  step.parents[0] = parents[0];
+  step.parents[1] = parents[1];
+  step.value = value;
+  step.imbalance = ImbalanceOf(&ctrl, graph, part);
+  step.taken = best;
+  Send(&ctrl, &step);
+}
+
+void RecordSplit(const Control *ctrl, const HGraph *graph, const int *side, int first, int nparts, Weight cut,
+                 double seconds)
+{
+  Step step = {};
+
+  if (ctrl->hooks->record == nullptr)
+    return;
+  step.kind = STEP_SPLIT;
+  step.value = cut;
+  step.first = first;
+  step.nparts = nparts;
+  for (int i = 0; i < graph->ncells; i++)
+    step.weights[side[i]] += graph->cellwgt[i];
+  step.seconds = seconds;
   Send(ctrl, &step);
 }
 

@@ -86,7 +86,8 @@ Weight ImproveBisection(const Control *ctrl, HGraph *graph, int *part)
 
 BisectionOutcome Hypergraph_Bisection__(const Control *ctrl, HGraph *graph, int *part)
 {
-  CreateIncidentHGraph__(graph);
+  if (graph->incptr == nullptr)
+    CreateIncidentHGraph__(graph);
   const TrialsOutcome best = RunTrials<Bisection>(ctrl, graph, part);
   const Weight actual = ComputeActualCut__(graph, part);
 

@@ -4,6 +4,8 @@
 
 #include "core/level.h"
 
+#include <functional>
+
 namespace kapris::engine::KAPRIS_ENGINE
 {
 
@@ -55,6 +57,6 @@ void SplitGraphPart__(const Control *ctrl, const HGraph *graph, const int *where
 // part, carrying the result over. part holds the pre-assigned parts on entry. Reports a cell that did not end in its
 // part.
 Weight PartitionAroundFixed(const Control *ctrl, HGraph *graph, int *part,
-                            Weight (*partition)(const Control *, HGraph *, int *part));
+                            const std::function<Weight(const Control *, HGraph *, int *part)> &partition);
 
 } // namespace kapris::engine::KAPRIS_ENGINE

@@ -38,8 +38,9 @@ static void CompressPartition(const Control *ctrl, int ncells, const Cell *cellm
     cpart[p] = p;
 }
 
-static Weight PartitionCompressed(const Control *ctrl, HGraph *graph, int *part,
-                                  Weight (*partition)(const Control *, HGraph *, int *part))
+static Weight
+PartitionCompressed(const Control *ctrl, HGraph *graph, int *part,
+                    const std::function<Weight(const Control *, HGraph *, int *part)> &partition)
 {
   Cell *cellmap;
   int *orgpart = imalloc__(graph->ncells, "orgpart");
@@ -73,7 +74,7 @@ static Weight PartitionCompressed(const Control *ctrl, HGraph *graph, int *part,
 }
 
 Weight PartitionAroundFixed(const Control *ctrl, HGraph *graph, int *part,
-                            Weight (*partition)(const Control *, HGraph *, int *part))
+                            const std::function<Weight(const Control *, HGraph *, int *part)> &partition)
 {
   return ctrl->fixed ? PartitionCompressed(ctrl, graph, part, partition) : partition(ctrl, graph, part);
 }

@@ -7,6 +7,8 @@
 #include "multilevel/uncoarsen.h"
 #include "refine/kway/kway.h"
 
+#include <chrono>
+
 namespace kapris::engine::KAPRIS_ENGINE
 {
 
@@ -87,7 +89,10 @@ static BisectionOutcome MLRB__(const Control *call, Subproblem problem, int *par
 
   AimBisection(&ctrl, graph, nparts, problem.first);
   int *bisection = imalloc__(graph->ncells, "MLRB: bisection");
+  const auto began = std::chrono::steady_clock::now();
   BisectionOutcome outcome = Hypergraph_Bisection__(&ctrl, graph, bisection);
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - began;
+  RecordSplit(&ctrl, graph, bisection, problem.first, nparts, outcome.cut, taken.count());
   for (int i = 0; i < graph->ncells; i++)
     part[problem.labels[i]] = problem.first + bisection[i];
   if (nparts > 2) {

@@ -1,7 +1,8 @@
-// lib/rebalance/moves.cpp - moves single cells out of overfull parts, and polishes.
+// lib/rebalance/moves.cpp - moves single cells out of overfull parts, or into parts that lack them, and polishes.
 // SPDX-License-Identifier: MIT
 //
-// A heap holds the cells of the overfull parts under the rank that their best move had when last looked at:
+// A heap holds the cells that may go, those of the overfull parts or those that parts can spare, under the rank that
+// their best move had when last looked at:
 //   look     at the first cell again: others may have moved since     Advance
 //   correct  its place in the heap, if its move has become worse      Settle
 //   move     it otherwise                                             MoveCell
@@ -62,7 +63,15 @@ static bool IsBetterTarget(const Rebalancing *balance, int q, Harm harm, const M
                                                          : q < best->target;
 }
 
-// The parts that no net of the cell touches differ only in room: the roomiest of all stands for them.
+static bool IsTarget(const Rebalancing *balance, int q, std::int64_t w)
+{
+  if (balance->room[q] < w)
+    return false;
+  return balance->wanted == LESS_WEIGHT || (Lacks(balance, q) && (w > 0 || balance->wanted == A_CELL));
+}
+
+// The parts that no net of the cell touches differ only in room: the roomiest of all stands for them, or the first that
+// lacks something.
 static Move FindMove(Rebalancing *balance, int cell)
 {
   const std::int64_t w = balance->problem->cellwgt[cell];
@@ -70,8 +79,9 @@ static Move FindMove(Rebalancing *balance, int cell)
 
   GatherHarm(balance, cell);
   for (int k = -1; k < balance->ntouched; k++) {
-    const int q = k < 0 ? balance->contest[1] : balance->touched[k];
-    if (q == balance->part[cell] || balance->room[q] < w)
+    const int other = balance->wanted == LESS_WEIGHT ? balance->contest[1] : balance->lacking;
+    const int q = k < 0 ? other : balance->touched[k];
+    if (q == balance->part[cell] || !IsTarget(balance, q, w))
       continue;
     const Harm harm = HarmOfTarget(balance, q);
     if (IsBetterTarget(balance, q, harm, &best))
@@ -86,12 +96,15 @@ static double PerUnit(std::int64_t harm, std::int64_t weight)
   return harm > 0 ? static_cast<double>(harm) / static_cast<double>(weight) : static_cast<double>(harm);
 }
 
-static Rank RankOf(const Rebalancing *balance, int cell, Harm harm)
+static Rank RankOf(const Rebalancing *balance, int cell, const Move *move)
 {
-  const std::int64_t excess = -balance->room[balance->part[cell]], w = balance->problem->cellwgt[cell];
-  const std::int64_t useful = std::min(w, excess);
+  const std::int64_t w = balance->problem->cellwgt[cell];
+  const std::int64_t weight = balance->wanted == LESS_WEIGHT ? -balance->room[balance->part[cell]]
+                              : balance->wanted == A_CELL    ? 1
+                                                             : -balance->spare[move->target];
+  const std::int64_t useful = std::max<std::int64_t>(1, std::min(w, weight));
 
-  return {PerUnit(harm.first, useful), PerUnit(harm.second, useful), std::abs(excess - w), cell};
+  return {PerUnit(move->harm.first, useful), PerUnit(move->harm.second, useful), std::abs(weight - w), cell};
 }
 
 static bool IsBefore(const Rank *a, const Rank *b)
@@ -146,12 +159,17 @@ static void Look(Rebalancing *balance, Queue *queue, int cell)
   }
   if (queue->locator[cell] == NOT_QUEUED)
     queue->locator[cell] = queue->n++;
-  Settle(queue, queue->locator[cell], RankOf(balance, cell, move.harm));
+  Settle(queue, queue->locator[cell], RankOf(balance, cell, &move));
 }
 
 static bool IsCandidate(const Rebalancing *balance, int cell)
 {
-  return balance->room[balance->part[cell]] < 0 && CanHelp(balance->problem, cell);
+  const int source = balance->part[cell];
+
+  if (balance->wanted == LESS_WEIGHT)
+    return balance->room[source] < 0 && CanHelp(balance->problem, cell);
+  return IsFree(balance->problem, cell) && balance->spare[source] >= balance->problem->cellwgt[cell] &&
+         (balance->counts[source] > 1 || balance->problem->allowempty);
 }
 
 static void FillQueue(Rebalancing *balance, Queue *queue)
@@ -186,6 +204,16 @@ static void LookAround(Rebalancing *balance, Queue *queue, int cell, int source)
   }
 }
 
+// Whether there is anything left to do; goes on to the next part that lacks what is wanted.
+static bool IsWanting(Rebalancing *balance)
+{
+  if (balance->wanted == LESS_WEIGHT)
+    return balance->excess > 0;
+  while (balance->lacking < balance->problem->nparts && !Lacks(balance, balance->lacking))
+    balance->lacking++;
+  return balance->lacking < balance->problem->nparts;
+}
+
 // The first cell of the queue moves, or takes the place that it should have.
 static void Advance(Rebalancing *balance, Queue *queue)
 {
@@ -197,14 +225,16 @@ static void Advance(Rebalancing *balance, Queue *queue)
     Remove(queue, cell);
     return;
   }
-  const Rank rank = RankOf(balance, cell, move.harm);
+  const Rank rank = RankOf(balance, cell, &move);
   if (IsBefore(&first, &rank)) {
     Settle(queue, 0, rank);
     return;
   }
   Remove(queue, cell);
   MoveCell(balance, cell, move.target);
-  LookAround(balance, queue, cell, source);
+  // For the part that is lacking by now: cells that have no target leave the queue.
+  if (IsWanting(balance))
+    LookAround(balance, queue, cell, source);
 }
 
 bool RunMoves(Rebalancing *balance)
@@ -214,7 +244,7 @@ bool RunMoves(Rebalancing *balance)
   Queue queue = {0, QVarray<Rank>(ncells, "Rebalance: heap"), imalloc__(ncells, "Rebalance: locator")};
 
   FillQueue(balance, &queue);
-  for (std::int64_t n = 0; queue.n > 0 && balance->excess > 0; n += 16) {
+  for (std::int64_t n = 0; queue.n > 0 && IsWanting(balance); n += 16) {
     Breathe(balance->problem, n);
     Advance(balance, &queue);
   }

@@ -34,6 +34,55 @@ std::int64_t TotalExcess(const BalanceProblem *problem, const int *part)
   return excess;
 }
 
+// Whether some part lacks weight, or a cell.
+static bool IsLacking(const BalanceProblem *problem, const int *part)
+{
+  std::int64_t *spare = QVarray<std::int64_t>(problem->nparts, "Fill: spare");
+  int *counts = ismalloc__(problem->nparts, 0, "Fill: counts");
+  bool lacking = false;
+
+  for (int p = 0; p < problem->nparts; p++)
+    spare[p] = -problem->minimums[p];
+  for (int i = 0; i < problem->ncells; i++) {
+    spare[part[i]] += problem->cellwgt[i];
+    counts[part[i]]++;
+  }
+  for (int p = 0; p < problem->nparts; p++)
+    lacking = lacking || spare[p] < 0 || (counts[p] == 0 && !problem->allowempty);
+  QVfree__(&spare, &counts);
+  return lacking;
+}
+
+static void FillWith(Rebalancing *balance, Wanted wanted)
+{
+  const int nparts = balance->problem->nparts;
+  std::int64_t stuck = -1; // no cell to be had is as light as that
+
+  balance->wanted = wanted;
+  for (balance->lacking = 0; balance->lacking < nparts;) {
+    const int first = balance->lacking;
+    if (Lacks(balance, first) && balance->room[first] > stuck)
+      RunMoves(balance);
+    // It goes on to other parts with the cells that are left in its queue, which had to fit into those before.
+    if (balance->lacking != first)
+      continue;
+    if (Lacks(balance, first))
+      stuck = std::max(stuck, balance->room[first]);
+    balance->lacking++;
+  }
+}
+
+void Fill(const BalanceProblem *problem, int *part)
+{
+  if (!IsLacking(problem, part))
+    return;
+  Rebalancing balance = OpenRebalancing(problem, part);
+  if (!problem->allowempty)
+    FillWith(&balance, A_CELL);
+  FillWith(&balance, MORE_WEIGHT);
+  CloseRebalancing(&balance);
+}
+
 static void Improve(Rebalancing *balance)
 {
   do {

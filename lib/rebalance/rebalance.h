@@ -11,6 +11,23 @@
 namespace kapris::engine::safe
 {
 
+// What is minimised; both together are the SOED.
+struct Goal {
+  bool cut, connectivity;
+};
+
+// What a partition comes to under a goal, or a change of it: the less, the better, and among equals the second decides.
+struct Score {
+  std::int64_t first, second;
+};
+
+constexpr Score ScoreOf(Goal goal, std::int64_t cut, std::int64_t soed)
+{
+  if (!goal.connectivity)
+    return {cut, soed};
+  return {goal.cut ? soed : soed - cut, cut};
+}
+
 struct BalanceProblem {
   int ncells, nnets;
   const std::int64_t *cellwgt; // [ncells] >= 0, together at most 2^61
@@ -18,8 +35,10 @@ struct BalanceProblem {
   const int *netptr, *netind;  // every net has two pins or more and lists none twice
   int nparts;
   const std::int64_t *limits;   // [nparts] largest weight of each part, >= 0
+  const std::int64_t *minimums; // [nparts] smallest weight of each part, for Fill
+  bool allowempty;              // for Fill
   const int *fixed;             // [ncells] the part that a cell must stay in, or -1; or NULL: all are free
-  int bysoed;                   // harm is a rise of: 0 = the cut, then SOED; 1 = SOED, then the cut
+  Goal goal;                    // harm is what a change comes to under it
   bool (*proceed)(void *owner); // asked every few milliseconds; false ends the work. Or NULL
   void *owner;
 };
@@ -33,6 +52,11 @@ enum BalanceVerdict {
 
 // The weight above the limits, summed over the parts. Allocates nothing.
 std::int64_t TotalExcess(const BalanceProblem *problem, const int *part);
+
+// Moves cells, least harm first, to parts that weigh less than their minimum or, unless allowempty, have no cell. No
+// part comes to exceed its limit by that, to fall below its minimum or to be empty, so that some parts can stay as they
+// are. part as below.
+void Fill(const BalanceProblem *problem, int *part);
 
 // part: [ncells] 0 .. nparts-1, fixed cells in their parts; on return the best partition found. Fixed cells
 // stay and the total excess is never larger than before. A balanced partition is returned as it is, without

@@ -47,10 +47,16 @@ static void CountRooms(Rebalancing *balance)
 
   for (int i = 0; i < problem->ncells; i++)
     total += problem->cellwgt[i];
-  for (int p = 0; p < problem->nparts; p++)
+  for (int p = 0; p < problem->nparts; p++) {
     balance->room[p] = std::min(problem->limits[p], total); // sums of rooms must not overflow
-  for (int i = 0; i < problem->ncells; i++)
+    balance->spare[p] = problem->minimums != nullptr ? -problem->minimums[p] : 0;
+    balance->counts[p] = 0;
+  }
+  for (int i = 0; i < problem->ncells; i++) {
     balance->room[balance->part[i]] -= problem->cellwgt[i];
+    balance->spare[balance->part[i]] += problem->cellwgt[i];
+    balance->counts[balance->part[i]]++;
+  }
 
   balance->excess = 0;
   for (int p = 0; p < problem->nparts; p++) {
@@ -101,6 +107,9 @@ Rebalancing OpenRebalancing(const BalanceProblem *problem, int *part)
   balance.problem = problem;
   balance.part = part;
   balance.room = QVarray<std::int64_t>(nparts, "Rebalance: room");
+  balance.spare = QVarray<std::int64_t>(nparts, "Rebalance: spare");
+  balance.counts = imalloc__(nparts, "Rebalance: counts");
+  balance.wanted = LESS_WEIGHT;
   balance.contest = imalloc__(2 * static_cast<std::int64_t>(nparts), "Rebalance: contest");
   balance.incptr = imalloc__(static_cast<std::int64_t>(problem->ncells) + 1, "Rebalance: incptr");
   balance.incind = imalloc__(npins, "Rebalance: incind");
@@ -117,8 +126,9 @@ Rebalancing OpenRebalancing(const BalanceProblem *problem, int *part)
 
 void CloseRebalancing(Rebalancing *balance)
 {
-  QVfree__(&balance->room, &balance->contest, &balance->incptr, &balance->incind, &balance->nets,
-           &balance->netparts, &balance->joined, &balance->mended, &balance->touched);
+  QVfree__(&balance->room, &balance->spare, &balance->counts, &balance->contest, &balance->incptr,
+           &balance->incind, &balance->nets, &balance->netparts, &balance->joined, &balance->mended,
+           &balance->touched);
 }
 
 // The net's entry for part p; at its end when there is none.
@@ -175,7 +185,7 @@ Harm HarmOfTarget(const Rebalancing *balance, int target)
   const std::int64_t cut = balance->newcut - balance->mended[target];
   const std::int64_t soed = balance->newparts - balance->joined[target] + cut;
 
-  return balance->problem->bysoed ? Harm{soed, cut} : Harm{cut, soed};
+  return ScoreOf(balance->problem->goal, cut, soed);
 }
 
 static void ChangeRoom(Rebalancing *balance, int p, std::int64_t growth)
@@ -184,6 +194,7 @@ static void ChangeRoom(Rebalancing *balance, int p, std::int64_t growth)
 
   balance->excess -= ExcessOf(balance->room[p]);
   balance->room[p] += growth;
+  balance->spare[p] -= growth;
   balance->excess += ExcessOf(balance->room[p]);
   for (int k = (nparts + p) / 2; k >= 1; k /= 2)
     balance->contest[k] = Roomier(balance->room, balance->contest[2 * k], balance->contest[2 * k + 1]);
@@ -206,6 +217,8 @@ void MoveCell(Rebalancing *balance, int cell, int target)
   }
   ChangeRoom(balance, source, w);
   ChangeRoom(balance, target, -w);
+  balance->counts[source]--;
+  balance->counts[target]++;
   balance->part[cell] = target;
 }
 

@@ -16,10 +16,8 @@ using namespace base;
 // ----------------------------------------------------------------------------------------------------------
 // The state (rebalance_state.cpp)
 
-// The rise of the objectives by a move, negative for a gain: first the one that the caller asked for.
-struct Harm {
-  std::int64_t first, second;
-};
+// Of a move, negative for a gain.
+using Harm = Score;
 
 // What a net knows of a part that it touches.
 struct PartPins {
@@ -32,11 +30,17 @@ struct NetParts {
   PartPins *degrees; // [ndegrees], room for one entry per pin
 };
 
+enum Wanted { LESS_WEIGHT, A_CELL, MORE_WEIGHT };
+
 struct Rebalancing {
   const BalanceProblem *problem;
   int *part;           // the caller's
   std::int64_t *room;  // [nparts] limit less weight; negative: the part is overfull
   std::int64_t excess; // sum of the negative rooms, as a positive number
+  std::int64_t *spare; // [nparts] weight less minimum
+  int *counts;         // [nparts] cells
+  Wanted wanted;       // what RunMoves is to bring about
+  int lacking;         // the first part that lacks that, if it is not room; nparts if none does
   std::int64_t steps;  // taken by the search for swaps so far
   std::int64_t nread;  // entries of the nets' lists read by GatherHarm so far
   int *contest;        // [2 nparts] tournament over the parts: entry 1 is the one with the most room
@@ -80,6 +84,11 @@ inline bool CanHelp(const BalanceProblem *problem, int cell)
   return problem->cellwgt[cell] > 0 && IsFree(problem, cell);
 }
 
+inline bool Lacks(const Rebalancing *balance, int p)
+{
+  return balance->wanted == A_CELL ? balance->counts[p] == 0 : balance->spare[p] < 0;
+}
+
 inline bool IsLess(Harm a, Harm b)
 {
   return a.first != b.first ? a.first < b.first : a.second < b.second;
@@ -88,7 +97,8 @@ inline bool IsLess(Harm a, Harm b)
 // ----------------------------------------------------------------------------------------------------------
 // The steps
 
-// rebalance_moves.cpp: cells go from overfull parts to parts with room, least harm first. Whether any did.
+// rebalance_moves.cpp: cells go from overfull parts to parts with room, least harm first; or from parts that have them
+// to spare to those that lack a cell or weight, as balance->wanted says. Whether the excess fell.
 bool RunMoves(Rebalancing *balance);
 // Moves that lower the objective and respect the limits.
 void Polish(Rebalancing *balance);

@@ -8,21 +8,26 @@
 namespace kapris::engine::safe
 {
 
+Goal GoalOf(const kapris_options *options)
+{
+  return {options->objective != KAPRIS_CONNECTIVITY, options->objective != KAPRIS_CUT};
+}
+
 bool IsBetter(const kapris_options *options, const Candidate *a, const Candidate *b)
 {
-  const bool bycut = options->objective == KAPRIS_CUT;
-  const auto key = [bycut](const Candidate *c) {
+  const Goal goal = GoalOf(options);
+  const auto key = [goal](const Candidate *c) {
     const Measures *m = &c->measures;
-    return std::make_tuple(!m->balanced, bycut ? m->cut : m->soed, bycut ? m->soed : m->cut, m->imbalance,
-                           c->start);
+    const Score score = ScoreOf(goal, m->cut, m->soed);
+    return std::make_tuple(m->excess, m->nempty, score.first, score.second, m->imbalance, c->start);
   };
 
   if (a->start == NO_CANDIDATE || b->start == NO_CANDIDATE)
     return b->start == NO_CANDIDATE;
-  // The simple partition stands in for a balanced one only.
+  // The simple partition stands in for those only that keep to the limits less well.
   if (a->start == SIMPLE_PARTITION || b->start == SIMPLE_PARTITION) {
-    if (a->measures.balanced != b->measures.balanced)
-      return a->measures.balanced;
+    if (a->measures.excess != b->measures.excess)
+      return a->measures.excess < b->measures.excess;
     return b->start == SIMPLE_PARTITION;
   }
   return key(a) < key(b);

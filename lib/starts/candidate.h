@@ -5,6 +5,8 @@
 
 #include "problem.h"
 
+#include "rebalance/rebalance.h"
+
 namespace kapris::engine::safe
 {
 
@@ -17,6 +19,8 @@ struct Candidate {
   Measures measures;
   int start; // that made it, or one of the above
 };
+
+Goal GoalOf(const kapris_options *options);
 
 // Whether a comes before b.
 bool IsBetter(const kapris_options *options, const Candidate *a, const Candidate *b);

@@ -3,13 +3,16 @@
 
 #include "problem.h"
 
+#include "limits.h"
+
 #include "base/arguments.h"
-#include "drivers/engine.h"
+#include "search/engine.h"
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 
 namespace kapris::engine::safe
 {
@@ -36,20 +39,28 @@ void CheckOptions(const kapris_options *options)
   Require(options->size == sizeof(kapris_options),
           "options: not filled by kapris_init_options of this version");
   Require(IsUpTo(&options->scheme, KAPRIS_KWAY), "scheme: no such value");
-  Require(IsUpTo(&options->objective, KAPRIS_SOED), "objective: no such value");
+  Require(IsUpTo(&options->objective, KAPRIS_CONNECTIVITY), "objective: no such value");
   Require(IsUpTo(&options->coarsening, KAPRIS_PAIRS), "coarsening: no such value");
   Require(IsUpTo(&options->refinement, KAPRIS_EARLY_EXIT_FM), "refinement: no such value");
   Require(IsUpTo(&options->vcycle, KAPRIS_VCYCLE_CLOSE), "vcycle: no such value");
   if (options->runs < 1)
     errexit__("runs is %d, but it should be at least 1", options->runs);
+  if (options->members < 0)
+    errexit__("members is %d, but it should be at least 0", options->members);
+  if (options->combinations < 0)
+    errexit__("combinations is %d, but it should be at least 0", options->combinations);
   if (options->reconst != 0 && options->reconst != 1)
     errexit__("reconst is %d, but it should be 0 or 1", options->reconst);
   if (options->records != 0 && options->records != 1)
     errexit__("records is %d, but it should be 0 or 1", options->records);
   if (options->seed > INT_MAX)
     errexit__("seed is %lld, but it should be at most %d", static_cast<long long>(options->seed), INT_MAX);
-  if (!(options->imbalance >= 0.0 && std::isfinite(options->imbalance)))
-    errexit__("imbalance is %g, but it should be at least 0", options->imbalance);
+  if (!(options->epsilon >= 0.0 && std::isfinite(options->epsilon)))
+    errexit__("epsilon is %g, but it should be at least 0", options->epsilon);
+  if (!(options->min_epsilon >= 0.0 && options->min_epsilon <= 1.0))
+    errexit__("min_epsilon is %g, but it should be between 0 and 1", options->min_epsilon);
+  if (options->allow_empty != 0 && options->allow_empty != 1)
+    errexit__("allow_empty is %d, but it should be 0 or 1", options->allow_empty);
   if (options->starts < 1)
     errexit__("starts is %d, but it should be at least 1", options->starts);
   if (options->first_start < 0)
@@ -63,19 +74,21 @@ void CheckOptions(const kapris_options *options)
     errexit__("time_limit is %g, but it should be at least 0", options->time_limit);
 }
 
-static void CheckShares(const kapris_problem *problem)
+static void CheckTargets(const kapris_problem *problem)
 {
+  constexpr double most = 1e15, least_share = 1e-9;
+  const double *targets = problem->target_weights;
   double sum = 0.0;
 
-  if (problem->part_shares == nullptr)
-    return;
-  for (int p = 0; p < problem->nparts; p++) {
-    if (!(problem->part_shares[p] > 0.0 && problem->part_shares[p] <= 1.0))
-      errexit__("part_shares[%d] is %g, but it should be above 0 and at most 1", p, problem->part_shares[p]);
-    sum += problem->part_shares[p];
+  for (int p = 0; targets != nullptr && p < problem->nparts; p++) {
+    if (!(targets[p] > 0.0 && targets[p] <= most))
+      errexit__("target_weights[%d] is %g, but it should be above 0 and at most %g", p, targets[p], most);
+    sum += targets[p];
   }
-  if (std::fabs(sum - 1.0) > 1e-6)
-    errexit__("part_shares: the sum is %.9g, but it should be 1", sum);
+  for (int p = 0; targets != nullptr && p < problem->nparts; p++)
+    if (targets[p] < least_share * sum)
+      errexit__("target_weights[%d] is %g, less than %g of the sum, which is %g", p, targets[p], least_share,
+                sum);
 }
 
 // What adding a weight makes of a total; refuses it, as element index of an array, where the total gets too large.
@@ -107,13 +120,13 @@ void CheckProblem(const kapris_problem *problem)
 
   Require(problem->size == sizeof(kapris_problem),
           "problem: not filled by kapris_init_problem of this version");
-  if (problem->nparts < 2)
-    errexit__("nparts is %d, but it should be at least 2", problem->nparts);
+  if (problem->nparts < 1)
+    errexit__("nparts is %d, but it should be at least 1", problem->nparts);
   CheckNets(problem->ncells, problem->nnets, problem->net_starts, problem->pins, &names);
   CheckWeights(problem->ncells, problem->cell_weights, names.cellwgts);
   CheckWeights(problem->nnets, problem->net_weights, names.netwgts);
   CheckTotals(problem);
-  CheckShares(problem);
+  CheckTargets(problem);
   if (problem->fixed != nullptr)
     CheckParts(problem->ncells, problem->fixed, -1, problem->nparts, names.part);
 }
@@ -156,23 +169,6 @@ static void CleanNets(const kapris_problem *problem, CleanProblem *clean)
   QVfree__(&seen);
 }
 
-// (1 + imbalance) x share x total, rounded up; a hair above a whole number is rounding error of the product.
-static std::int64_t PartLimit(double imbalance, double share, std::int64_t total)
-{
-  const double limit = (1.0 + imbalance) * share * static_cast<double>(total);
-
-  if (limit >= 9e18)
-    return INT64_MAX;
-  // Of large limits that hair would be whole numbers: no more than what is surely less than one.
-  return static_cast<std::int64_t>(std::ceil(limit < 0x1p31 ? limit * (1.0 - 1e-12) : limit - 0x1p-8));
-}
-
-// Beyond 53 bits a product can come out below what an even division needs.
-static std::int64_t EvenShare(std::int64_t total, int nparts)
-{
-  return total / nparts + (total % nparts != 0);
-}
-
 static bool IsNarrow(const CleanProblem *problem, const kapris_options *options)
 {
   std::int64_t netwgt = 0, maxsoed = 0;
@@ -182,7 +178,29 @@ static bool IsNarrow(const CleanProblem *problem, const kapris_options *options)
     maxsoed += problem->netwgt[j] * std::min(problem->netptr[j + 1] - problem->netptr[j], problem->nparts);
   }
   return FitsNarrow(problem->total, netwgt, maxsoed,
-                    problem->nparts == 2 && options->scheme == KAPRIS_RECURSIVE);
+                    problem->nparts == 2 && options->scheme == KAPRIS_RECURSIVE && options->members == 0);
+}
+
+static void MakeLimits(const kapris_problem *problem, const kapris_options *options, CleanProblem *clean)
+{
+  const double *targets = problem->target_weights;
+  const double sum = targets != nullptr ? std::accumulate(targets, targets + clean->nparts, 0.0) : 0.0;
+  std::int64_t needed = 0;
+
+  clean->shares = QVarray<double>(clean->nparts, "api: shares");
+  clean->limits = QVarray<std::int64_t>(clean->nparts, "api: limits");
+  clean->minimums = QVarray<std::int64_t>(clean->nparts, "api: minimums");
+  clean->aims = QVarray<std::int64_t>(clean->nparts, "api: aims");
+  for (int p = 0; p < clean->nparts; p++) {
+    const Share share = {clean->nparts, targets != nullptr ? targets[p] / sum : 0.0};
+    clean->shares[p] = targets != nullptr ? share.fraction : 1.0 / clean->nparts;
+    clean->limits[p] = PartLimit(clean->total, share, options->epsilon);
+    clean->minimums[p] = PartMinimum(clean->total, share, options->min_epsilon);
+    needed += clean->minimums[p];
+  }
+  for (int p = 0; p < clean->nparts; p++)
+    clean->aims[p] = std::min(clean->limits[p], clean->total - (needed - clean->minimums[p]));
+  clean->allowempty = options->allow_empty != 0;
 }
 
 CleanProblem MakeCleanProblem(const kapris_problem *problem, const kapris_options *options)
@@ -198,22 +216,13 @@ CleanProblem MakeCleanProblem(const kapris_problem *problem, const kapris_option
     clean.total += clean.cellwgt[i];
   CleanNets(problem, &clean);
 
-  clean.shares = QVarray<double>(clean.nparts, "api: shares");
-  clean.limits = QVarray<std::int64_t>(clean.nparts, "api: limits");
-  for (int p = 0; p < clean.nparts; p++) {
-    clean.shares[p] = problem->part_shares == nullptr ? 1.0 / clean.nparts : problem->part_shares[p];
-    clean.limits[p] = PartLimit(options->imbalance, clean.shares[p], clean.total);
-    if (problem->part_shares == nullptr)
-      clean.limits[p] = std::max(clean.limits[p], EvenShare(clean.total, clean.nparts));
-  }
+  MakeLimits(problem, options, &clean);
   clean.isnarrow = IsNarrow(&clean, options);
   return clean;
 }
 
-Measures Measure(const CleanProblem *problem, const int *part, std::int64_t *weights)
+static void MeasureNets(const CleanProblem *problem, const int *part, Measures *measures)
 {
-  Measures measures = {0, 0, 0.0, 1};
-  std::int64_t *wgts = weights != nullptr ? weights : QVarray<std::int64_t>(problem->nparts, "api: weights");
   int *seen = ismalloc__(problem->nparts, -1, "api: seen");
 
   for (int j = 0; j < problem->nnets; j++) {
@@ -224,23 +233,43 @@ Measures Measure(const CleanProblem *problem, const int *part, std::int64_t *wei
       *last = j;
     }
     if (touched > 1) {
-      measures.cut += problem->netwgt[j];
-      measures.soed += touched * problem->netwgt[j];
+      measures->cut += problem->netwgt[j];
+      measures->soed += touched * problem->netwgt[j];
     }
   }
+  QVfree__(&seen);
+}
+
+static void MeasureParts(const CleanProblem *problem, const int *part, std::int64_t *wgts, Measures *measures)
+{
+  int *counts = ismalloc__(problem->nparts, 0, "api: counts");
 
   std::fill_n(wgts, problem->nparts, 0);
-  for (int i = 0; i < problem->ncells; i++)
+  for (int i = 0; i < problem->ncells; i++) {
     wgts[part[i]] += problem->cellwgt[i];
+    counts[part[i]]++;
+  }
   for (int p = 0; p < problem->nparts; p++) {
-    if (wgts[p] > problem->limits[p])
-      measures.balanced = 0;
+    measures->excess +=
+        std::max<std::int64_t>({0, wgts[p] - problem->limits[p], problem->minimums[p] - wgts[p]});
+    measures->nempty += counts[p] == 0;
     if (problem->total > 0)
-      measures.imbalance = std::max(
-          measures.imbalance,
+      measures->imbalance = std::max(
+          measures->imbalance,
           static_cast<double>(wgts[p]) / (problem->shares[p] * static_cast<double>(problem->total)) - 1.0);
   }
-  QVfree__(&seen);
+  const int inevitable = std::max(0, problem->nparts - problem->ncells);
+  measures->nempty = problem->allowempty ? 0 : measures->nempty - inevitable;
+  QVfree__(&counts);
+}
+
+Measures Measure(const CleanProblem *problem, const int *part, std::int64_t *weights)
+{
+  Measures measures = {0, 0, 0.0, 0, 0};
+  std::int64_t *wgts = weights != nullptr ? weights : QVarray<std::int64_t>(problem->nparts, "api: weights");
+
+  MeasureNets(problem, part, &measures);
+  MeasureParts(problem, part, wgts, &measures);
   if (weights == nullptr)
     QVfree__(&wgts);
   return measures;

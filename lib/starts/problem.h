@@ -25,11 +25,15 @@ struct CleanProblem {
   int *netptr;                 // [nnets+1]
   int *netind;
   int nparts;
-  double *shares;       // [nparts], sum 1
-  std::int64_t *limits; // [nparts] largest part weights
-  const int *fixed;     // the caller's, or NULL
-  std::int64_t total;   // cell weight
-  bool isnarrow;        // all sums fit the engine for weights of 32 bits
+  double *shares;         // [nparts], sum 1
+  std::int64_t *limits;   // [nparts] largest part weights
+  std::int64_t *minimums; // [nparts] smallest part weights
+  std::int64_t
+      *aims; // [nparts] limits, or less where the minimums of the other parts leave less: for the engine
+  bool allowempty;    // parts may be empty while there are cells that they can have
+  const int *fixed;   // the caller's, or NULL
+  std::int64_t total; // cell weight
+  bool isnarrow;      // all sums fit the engine for weights of 32 bits
 };
 
 // These refuse through errexit__, naming the argument, the index and the value.
@@ -42,8 +46,9 @@ CleanProblem MakeCleanProblem(const kapris_problem *problem, const kapris_option
 
 struct Measures {
   std::int64_t cut, soed;
-  double imbalance; // largest part weight over its share of the total, less 1
-  int balanced;     // all parts within their limits
+  double imbalance;    // largest part weight over its share of the total, less 1
+  std::int64_t excess; // weight above the limits and lacking to the minimums, over the parts
+  int nempty;          // parts that have no cell though there are enough, unless they may be empty
 };
 
 // weights, when given, receives the weight of each part.

@@ -59,8 +59,33 @@ static void NoteEnd(Records *records, int start, const Step *step)
     if (step->taken)
       earlier->imbalance = step->imbalance;
   } else if (trials->size() < MAX_RECORDED_TRIALS || records->levels.contains(step->trial)) {
-    trials->push_back({start, step->trial, step->value, -1, step->imbalance, step->taken});
+    trials->push_back({start, step->trial, step->value, -1, step->imbalance, step->taken, {-1, -1}});
   }
+}
+
+static void NoteMember(Records *records, int start, const Step *step)
+{
+  std::vector<kapris_trial> *trials = &records->trials;
+
+  if (step->taken)
+    for (kapris_trial &trial : *trials)
+      trial.best = 0;
+  if (trials->size() < MAX_RECORDED_TRIALS || step->taken)
+    trials->push_back({start,
+                       step->trial,
+                       step->value,
+                       -1,
+                       step->imbalance,
+                       step->taken,
+                       {step->parents[0], step->parents[1]}});
+}
+
+static void NoteSplit(Records *records, const Step *step)
+{
+  const std::lock_guard<std::mutex> guard(records->lock);
+
+  records->bisections.push_back(
+      {step->first, step->nparts, step->value, {step->weights[0], step->weights[1]}, step->seconds});
 }
 
 void NoteStep(Records *records, int start, const Step *step)
@@ -79,6 +104,12 @@ void NoteStep(Records *records, int start, const Step *step)
   case STEP_END:
     NoteEnd(records, start, step);
     break;
+  case STEP_MEMBER:
+    NoteMember(records, start, step);
+    break;
+  case STEP_SPLIT:
+    NoteSplit(records, step);
+    break;
   }
 }
 
@@ -93,6 +124,16 @@ std::vector<kapris_level> TakeLevels(Records *records)
   records->levels.clear();
   records->polish.clear();
   return levels;
+}
+
+std::vector<kapris_bisection> TakeBisections(Records *records)
+{
+  std::vector<kapris_bisection> bisections = std::move(records->bisections);
+
+  std::sort(bisections.begin(), bisections.end(), [](const kapris_bisection &a, const kapris_bisection &b) {
+    return a.first != b.first ? a.first < b.first : a.parts > b.parts;
+  });
+  return bisections;
 }
 
 } // namespace kapris::engine::safe

@@ -11,7 +11,10 @@
 
 #include "start.h"
 
+#include "base/array.h"
 #include "rebalance/rebalance.h"
+
+#include <algorithm>
 
 namespace kapris::engine::safe
 {
@@ -19,23 +22,49 @@ namespace kapris::engine::safe
 // ----------------------------------------------------------------------------------------------------------
 // Candidates
 
+static BalanceProblem BalanceProblemOf(const Run *run)
+{
+  const CleanProblem *problem = run->problem;
+  BalanceProblem balance = {};
+
+  balance.ncells = problem->ncells;
+  balance.nnets = problem->nnets;
+  balance.cellwgt = problem->cellwgt;
+  balance.netwgt = problem->netwgt;
+  balance.netptr = problem->netptr;
+  balance.netind = problem->netind;
+  balance.nparts = problem->nparts;
+  balance.limits = problem->limits;
+  balance.minimums = problem->minimums;
+  balance.allowempty = problem->allowempty;
+  balance.fixed = problem->fixed;
+  balance.goal = GoalOf(run->options);
+  return balance;
+}
+
+// Gives empty parts and those below their minimums what they can have. Not much work, which goes on after a call was
+// stopped.
+static void FillParts(const Run *run, int *part)
+{
+  const BalanceProblem balance = BalanceProblemOf(run);
+
+  Fill(&balance, part);
+}
+
 // Returns whether it came to an end of its own. Whether a part above its limit has been repaired is for the measures to
 // tell.
 static bool BringWithinLimits(Start *start, int *part)
 {
   const Run *run = start->run;
-  const CleanProblem *problem = run->problem;
-  const BalanceProblem balance = {problem->ncells,  problem->nnets,
-                                  problem->cellwgt, problem->netwgt,
-                                  problem->netptr,  problem->netind,
-                                  problem->nparts,  problem->limits,
-                                  problem->fixed,   run->options->objective == KAPRIS_SOED,
-                                  Proceed,          start};
+  BalanceProblem balance = BalanceProblemOf(run);
 
-  Enter(start, PHASE_BALANCE, problem->ncells);
+  balance.proceed = Proceed;
+  balance.owner = start;
+  Enter(start, PHASE_BALANCE, balance.ncells);
   const BalanceVerdict verdict = Rebalance(&balance, part);
   if (verdict == IMPOSSIBLE)
     start->run->impossible = true;
+  FillParts(run, part);
   return verdict != INTERRUPTED;
 }
 
@@ -74,13 +103,14 @@ static void RecordStart(kapris_start *record, const Measures *measures, bool com
   record->cut = measures->cut;
   record->soed = measures->soed;
   record->imbalance = measures->imbalance;
-  record->balanced = measures->balanced;
+  record->excess = measures->excess;
+  record->balanced = measures->excess == 0;
   record->completed = completed;
 }
 
 // The records go to the call: those of this start's levels if its partition is the best so far, and so will those of
 // a later one that beats it.
-static void EndStart(Start *start)
+static void EndStart(Start *start, const kapris_start *record)
 {
   Run *run = start->run;
 
@@ -90,54 +120,47 @@ static void EndStart(Start *start)
   for (int phase = 0; phase < NPHASES; phase++)
     run->seconds[phase] += start->seconds[phase];
   run->nstartsdone++;
+  run->starts[At(start->index)] = *record;
   if (!run->options->records)
     return;
-  run->trials[static_cast<std::size_t>(start->index)] = std::move(start->records.trials);
-  if (run->best.start == start->index)
+  run->trials[At(start->index)] = std::move(start->records.trials);
+  if (run->best.start == start->index) {
     run->levels = TakeLevels(&start->records);
+    run->bisections = TakeBisections(&start->records);
+  }
 }
 
 static void RunStart(Run *run, int index)
 {
   const auto began = std::chrono::steady_clock::now();
-  kapris_start *record = &run->starts[index];
+  kapris_start record = {};
   int *part = imalloc__(run->problem->ncells, "api: part");
   Start start = {run, index, imalloc__(run->problem->ncells, "api: incumbent"), false, {0}, {0}, {0.0},
                  {},  {}};
 
   Enter(&start, PHASE_OTHER, 0);
-  record->number = run->options->first_start + index;
-  record->seed = SeedOf(run, record->number);
+  record.number = run->options->first_start + index;
+  record.seed = SeedOf(run, record.number);
   try {
-    RunEngine(&start, record->seed, part);
+    RunEngine(&start, record.seed, part);
     const bool completed = BringWithinLimits(&start, part);
     const Measures measures = Consider(run, index, part);
-    RecordStart(record, &measures, completed);
+    RecordStart(&record, &measures, completed);
     QVfree__(&start.incumbent);
   } catch (const StopRun &) {
     // What the engine had allocated goes back when the call ends.
     QVfree__(&part);
     if (start.hasincumbent) {
+      FillParts(run, start.incumbent);
       const Measures measures = Consider(run, index, start.incumbent);
-      RecordStart(record, &measures, false);
+      RecordStart(&record, &measures, false);
     } else {
       QVfree__(&start.incumbent);
     }
   }
-  record->seconds = SecondsSince(began);
-  EndStart(&start);
+  record.seconds = SecondsSince(began);
+  EndStart(&start, &record);
 }
-
-namespace
-{
-
-struct StartTask {
-  Run *run;
-  int index;
-  Task *task;
-};
-
-} // namespace
 
 // Keeps the exception that is being handled, if it is the first, and stops the other starts.
 static void SetError(Run *run)
@@ -149,15 +172,33 @@ static void SetError(Run *run)
   run->stop = FAILED;
 }
 
-static void RunStartTask(void *argument)
+// The number of the next start, with room for its figures; -1 if there is none, or the call ends: only the first one
+// begins whatever happens.
+static int BeginStart(Run *run)
 {
-  const StartTask *start = static_cast<StartTask *>(argument);
+  const std::lock_guard<std::mutex> guard(run->lock);
+  const int index = static_cast<int>(run->starts.size());
+
+  if (index > 0 && (index >= run->options->starts || run->stop != GOES_ON))
+    return -1;
+  // Where the second one finds no memory, the first has changed nothing.
+  if (run->options->records)
+    run->trials.resize(At(index) + 1);
+  run->starts.emplace_back();
+  return index;
+}
+
+// One start after the other, on one thread: what does not begin costs nothing, however many were asked for.
+static void RunLane(void *argument)
+{
+  Run *run = static_cast<Run *>(argument);
 
   try {
-    RunStart(start->run, start->index);
+    for (int index = BeginStart(run); index >= 0; index = BeginStart(run))
+      RunStart(run, index);
   } catch (...) {
     LeavePhase();
-    SetError(start->run);
+    SetError(run);
   }
 }
 
@@ -186,30 +227,28 @@ static void MakeFirstCandidate(Run *run, const int *given)
   }
   int *part = imalloc__(run->problem->ncells, "api: part");
   FillPartsInOrder(run->problem, part);
+  FillParts(run, part);
   Consider(run, SIMPLE_PARTITION, part);
 }
 
 void RunStarts(Run *run, const int *given)
 {
-  const int nstarts = run->options->starts;
+  const int nlanes = std::min(run->options->starts, run->options->threads);
+  std::vector<Task *> lanes;
 
   MakeFirstCandidate(run, given);
-  StartTask *tasks = QVarray<StartTask>(nstarts, "api: tasks");
-  int nforked = 1;
-  for (int i = 0; i < nstarts; i++)
-    tasks[i] = {run, i, nullptr};
-  // The first one is for this thread.
+  // One lane is for this thread.
   try {
-    for (; nforked < nstarts; nforked++)
-      tasks[nforked].task = ForkTask(run->pool, RunStartTask, &tasks[nforked]);
-    RunStartTask(&tasks[0]);
+    lanes.reserve(At(nlanes));
+    for (int i = 1; i < nlanes; i++)
+      lanes.push_back(ForkTask(run->pool, RunLane, run));
+    RunLane(run);
   } catch (...) {
     SetError(run);
   }
-  // Whatever has happened: the tasks use what is on this stack.
-  for (int i = 1; i < nforked; i++)
-    JoinTask(run->pool, tasks[i].task);
-  QVfree__(&tasks);
+  // Whatever has happened: the lanes use what belongs to the caller.
+  for (Task *lane : lanes)
+    JoinTask(run->pool, lane);
   if (run->error)
     std::rethrow_exception(run->error);
 }

@@ -23,8 +23,7 @@ struct Run {
   std::int64_t seed;
   std::chrono::steady_clock::time_point began;
   TaskPool *pool;
-  kapris_start *starts; // [options->starts]
-  double *seconds;      // [NPHASES] of all starts that have ended; under lock
+  double *seconds; // [NPHASES] of all starts that have ended; under lock
 
   std::mutex *callbacks; // held while progress or log of the options runs
   double lastprogress;   // under callbacks
@@ -34,20 +33,26 @@ struct Run {
   std::atomic<double> done;     // estimate of the work done, in starts
   std::mutex lock;              // for the rest
   std::exception_ptr error;
+  std::vector<kapris_start> starts; // those that have begun; the record of one is there when it has ended
   Candidate best;
   int *initial;    // [ncells] the partition to improve, or NULL
   Candidate shown; // the best for reports of progress, without its partition
   int nstartsdone;
 
   // With records, under lock.
-  std::vector<std::vector<kapris_trial>> trials; // [options->starts]
+  std::vector<std::vector<kapris_trial>> trials; // as starts
   std::vector<kapris_level> levels;              // of the start that made the best partition
+  std::vector<kapris_bisection> bisections;      // the same
 };
 
 double SecondsSince(std::chrono::steady_clock::time_point began);
 
+// Whether starts go on until the time is up, however much they were asked for.
+bool IsEndless(const Run *run);
+
 // Runs all starts, or as far as the limits allow; leaves the best partition in run->best and the figures of each start
-// in run->starts. With given, [ncells], they improve that partition. Throws what a start threw.
+// that has begun in run->starts: one at least. With given, [ncells], they improve that partition. Throws what a start
+// threw.
 void RunStarts(Run *run, const int *given);
 
 } // namespace kapris::engine::safe

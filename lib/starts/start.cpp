@@ -6,7 +6,7 @@
 
 #include "start.h"
 
-#include "drivers/engine.h"
+#include "search/engine.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,6 +19,11 @@ static constexpr double PROGRESS_INTERVAL = 0.1; // seconds
 double SecondsSince(std::chrono::steady_clock::time_point began)
 {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
+}
+
+bool IsEndless(const Run *run)
+{
+  return run->options->members > 0 && run->options->time_limit > 0.0 && run->problem->nparts > 1;
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -34,7 +39,8 @@ static void ReportProgress(Start *start, double seconds)
 
   run->lastprogress = seconds;
   kapris_progress progress = {0, run->options->starts, -1, seconds, 0.0, KAPRIS_PREPARING, 0};
-  progress.done = std::min(1.0, run->done / run->options->starts);
+  progress.done =
+      std::min(1.0, IsEndless(run) ? seconds / run->options->time_limit : run->done / run->options->starts);
   progress.phase = static_cast<kapris_phase>(start->phase.load());
   progress.level_cells = start->cells;
   {
@@ -42,7 +48,7 @@ static void ReportProgress(Start *start, double seconds)
     const Measures *best = &run->shown.measures;
     progress.starts_done = run->nstartsdone;
     if (run->shown.start != NO_CANDIDATE)
-      progress.best = run->options->objective == KAPRIS_CUT ? best->cut : best->soed;
+      progress.best = ScoreOf(GoalOf(run->options), best->cut, best->soed).first;
   }
   run->options->progress(&progress, run->options->user);
 }
@@ -107,8 +113,9 @@ static void Worked(void *owner, double part, int ncells)
 {
   Start *start = static_cast<Start *>(owner);
   const CleanProblem *problem = start->run->problem;
-  const bool once = start->run->options->scheme == KAPRIS_KWAY || start->run->initial != nullptr;
-  const double depth = once ? 1.0 : std::ceil(std::log2(problem->nparts));
+  const kapris_options *options = start->run->options;
+  const bool once = options->members > 0 || options->scheme == KAPRIS_KWAY || start->run->initial != nullptr;
+  const double depth = once ? 1.0 : std::max(1.0, std::ceil(std::log2(problem->nparts)));
   const double done = part * ncells / (depth * std::max(problem->ncells, 1));
 
   start->done += done;
@@ -160,6 +167,7 @@ static EngineCall EngineCallOf(const Run *run, const Hooks *hooks, std::int64_t 
 {
   const kapris_options *options = run->options;
   const CleanProblem *problem = run->problem;
+  const Goal goal = GoalOf(options);
   EngineCall call = {};
 
   call.ncells = problem->ncells;
@@ -170,18 +178,23 @@ static EngineCall EngineCallOf(const Run *run, const Hooks *hooks, std::int64_t 
   call.netind = problem->netind;
   call.nparts = problem->nparts;
   call.shares = problem->shares;
-  call.limits = problem->limits;
+  call.limits = problem->aims;
+  call.minimums = problem->minimums;
   call.fixed = problem->fixed;
   call.initial = run->initial;
   call.total = problem->total;
   call.direct = options->scheme == KAPRIS_KWAY;
-  call.bysoed = options->objective == KAPRIS_SOED;
+  call.cut = goal.cut;
+  call.connectivity = goal.connectivity;
   call.coarsening = options->coarsening + 1; // the option vector counts from 1
   call.refinement = options->refinement + 1;
   call.vcycle = options->vcycle;
   call.nruns = options->runs;
+  call.members = options->members;
+  call.combinations = options->combinations;
+  call.endless = IsEndless(run);
   call.reconst = options->reconst != 0;
-  call.imbalance = options->imbalance;
+  call.imbalance = options->epsilon;
   call.seed = seed;
   call.dbglvl = options->log != nullptr ? options->log_level : 0;
   call.hooks = hooks;
@@ -192,6 +205,13 @@ void RunEngine(Start *start, std::int64_t seed, int *part)
 {
   const Run *run = start->run;
   Hooks hooks = {};
+
+  if (run->problem->nparts == 1) { // which the engine has nothing to do for
+    if (!Proceed(start))
+      throw StopRun{};
+    iset__(run->problem->ncells, 0, part);
+    return;
+  }
 
   hooks.owner = hooks.taker = start;
   hooks.proceed = Proceed;

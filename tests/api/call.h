@@ -10,18 +10,18 @@
 
 typedef std::unique_ptr<kapris_result, kapris::detail::Release> ResultPtr;
 
-// Shares are given in twelfths and the imbalance in percent, so that limits can be computed in whole numbers.
+// Shares are given in twelfths and the epsilons in percent, so that limits can be computed in whole numbers.
 struct Call {
   Instance instance;
   std::vector<int> netptr, netind, twelfths, fixed;
   std::vector<double> shares;
   kapris_problem problem;
   kapris_options options;
-  int percent;
+  int percent, minpercent;
 };
 
 Instance Circuit(int ncells); // always the same one, without weights
-// Defaults, imbalance 3 percent, seed 0.
+// Defaults, epsilon 3 percent, no minimum, seed 0.
 Call MakeCall(const Instance &instance, int nparts);
 // Every kind of problem and every option, small.
 Call RandomCall(std::uint64_t seed);
@@ -36,10 +36,10 @@ ResultPtr Refine(const Call &connected, const std::vector<int> &part);
 std::vector<int> PartOf(const ResultPtr &result);
 
 // The order of results, best first.
-typedef std::tuple<bool, std::int64_t, std::int64_t, double> Rank;
+typedef std::tuple<std::int64_t, int, std::int64_t, std::int64_t, double> Rank;
 Rank RankOf(const Call &call, const ResultPtr &result);
 
-typedef std::tuple<std::int64_t, std::int64_t, std::int64_t, double, int, int> StartFigures;
+typedef std::tuple<std::int64_t, std::int64_t, std::int64_t, double, std::int64_t, int, int> StartFigures;
 typedef std::tuple<std::vector<int>, kapris_status, std::int64_t, std::int64_t, double, int,
                    std::vector<StartFigures>>
     Figures;

@@ -37,6 +37,8 @@ TEST(cpp, gives_what_c_gives)
                  1,
                  2};
   cpp.options.records = true;
+  cpp.options.members = c.options.members = 5;
+  cpp.options.combinations = c.options.combinations = 4;
   c.twelfths = {3, 1, 8};
   c.fixed = fixed;
   c.percent = 20;
@@ -66,9 +68,23 @@ TEST(cpp, gives_what_c_gives)
   ASSERT_EQ(result.starts.size(), 2u);
   EXPECT_EQ(result.starts[1].seed, expected->starts[1].seed);
   EXPECT_GT(result.peak_bytes, 0u);
-  EXPECT_EQ(result.trials.size(), static_cast<std::size_t>(expected->ntrials));
-  ASSERT_EQ(result.levels.size(), static_cast<std::size_t>(expected->nlevels));
-  EXPECT_EQ(result.levels.back().value, expected->levels[expected->nlevels - 1].value);
+  ASSERT_EQ(result.trials.size(), static_cast<std::size_t>(expected->ntrials));
+  EXPECT_EQ(result.trials.back().value, expected->trials[expected->ntrials - 1].value);
+  EXPECT_EQ(result.trials.back().parents[1], expected->trials[expected->ntrials - 1].parents[1]);
+
+  // One partition alone, which has levels.
+  cpp.options.members = c.options.members = 0;
+  const ResultPtr alone = Solve(c);
+  const kapris::Result one = kapris::Partition(cpp.hypergraph, cpp.targets, cpp.options);
+  ASSERT_EQ(one.levels.size(), static_cast<std::size_t>(alone->nlevels));
+  EXPECT_EQ(one.levels.back().value, alone->levels[alone->nlevels - 1].value);
+
+  // The former names.
+  kapris::Options former = cpp.options;
+  std::swap(cpp.targets.part_shares, cpp.targets.target_weights);
+  former.epsilon = 5.0;
+  former.imbalance = 0.2;
+  EXPECT_EQ(kapris::Partition(cpp.hypergraph, cpp.targets, former).part_limits, result.part_limits);
 
   const kapris::Result refined = kapris::Refine(cpp.hypergraph, cpp.targets, result.part, cpp.options);
   EXPECT_LE(refined.soed, result.soed);
@@ -87,8 +103,8 @@ TEST(cpp, arrays_of_another_length_and_a_limit_of_zero_are_refused)
        KAPRIS_INVALID_ARGUMENT, [&](auto *call) { call->hypergraph.pins = three; }},
       {"net_weights has 3 elements, but it should be empty or have 120, one per net", KAPRIS_INVALID_ARGUMENT,
        [&](auto *call) { call->hypergraph.net_weights = threeweights; }},
-      {"part_shares has 1 elements, but it should be empty or have 2, one per part", KAPRIS_INVALID_ARGUMENT,
-       [&](auto *call) { call->targets.part_shares = whole; }},
+      {"target_weights has 1 elements, but it should be empty or have 2, one per part",
+       KAPRIS_INVALID_ARGUMENT, [&](auto *call) { call->targets.target_weights = whole; }},
       {"Memory allocation failed for api: cellwgt. Requested size: 480 bytes", KAPRIS_MEMORY_LIMIT,
        [](auto *call) { call->options.memory_limit = 0; }}};
 

@@ -19,6 +19,7 @@ static Call Endless(kapris_scheme scheme)
 
   call.options.scheme = scheme;
   call.options.runs = 2000000000;
+  call.options.members = 0;
   return call;
 }
 
@@ -103,6 +104,7 @@ TEST(limits, callbacks_come_one_at_a_time_and_can_cancel)
     Watch(&call, &several);
     call.options.scheme = scheme;
     call.options.runs = 1;
+    call.options.members = 0;
     call.options.starts = 100000;
     call.options.threads = 3;
     call.options.log = Log;
@@ -115,6 +117,8 @@ TEST(limits, callbacks_come_one_at_a_time_and_can_cancel)
     EXPECT_EQ(several.overlaps, 0);
     EXPECT_FALSE(several.backwards);
     EXPECT_EQ(several.last.starts, 100000);
+    EXPECT_LT(result->nstarts, 100000);
+    EXPECT_LE(several.last.starts_done, result->nstarts);
     EXPECT_EQ(several.last.best, result->cut);
     EXPECT_GT(result->seconds_phase[KAPRIS_INITIAL], 0.0);
     EXPECT_LE(std::accumulate(result->seconds_phase, result->seconds_phase + 5, 0.0), 3 * result->seconds);
@@ -136,6 +140,36 @@ TEST(limits, callbacks_come_one_at_a_time_and_can_cancel)
   }
 }
 
+// Members are made and combined until the time is up; starts beyond the threads never begin.
+TEST(limits, a_search_uses_the_time_that_it_is_given)
+{
+  for (const bool refines : {false, true})
+    for (const int threads : {1, 3}) {
+      Watcher watcher;
+      Call call = MakeCall(Circuit(200), 4);
+      std::vector<int> given(200);
+      for (std::size_t cell = 0; cell < given.size(); cell++)
+        given[cell] = static_cast<int>(cell / 50);
+      Watch(&call, &watcher);
+      call.options.members = 1;
+      call.options.combinations = 0;
+      call.options.starts = INT_MAX;
+      call.options.threads = threads;
+      call.options.time_limit = 1.0;
+      call.options.records = 1;
+      Connect(&call);
+      const ResultPtr result = refines ? Refine(call, given) : SolveConnected(call);
+      EXPECT_EQ(result->status, KAPRIS_TIME_LIMIT);
+      EXPECT_EQ(WrongIn(call, result), "");
+      EXPECT_EQ(result->nstarts, threads);
+      EXPECT_GE(result->best_start, 0);
+      EXPECT_GT(result->ntrials, 2 * threads);
+      EXPECT_GE(watcher.last.best, result->cut);
+      EXPECT_FALSE(watcher.backwards);
+      EXPECT_NEAR(watcher.last.done, std::min(1.0, watcher.last.seconds), 1e-9);
+    }
+}
+
 // ----------------------------------------------------------------------------------------------------------
 // Memory
 
@@ -143,6 +177,8 @@ TEST(limits, a_memory_limit_is_kept_or_the_call_fails_cleanly)
 {
   for (int threads : {1, 3}) {
     Call call = MakeCall(Circuit(60), 5);
+    call.options.members = 3;
+    call.options.combinations = 3;
     const ResultPtr unlimited = Solve(call);
     const std::size_t blocks = CurrentLedger()->blocks;
     int nfailures = 0;
@@ -171,12 +207,14 @@ TEST(limits, any_allocation_may_fail)
   long ncalls = 0;
 
   for (const int threads : {1, 3})
-    for (const int variant : {0, 1, 2, 3}) {
-      const bool refines = variant & 1, wide = variant & 2;
+    for (int variant = 0; variant < 8; variant++) {
+      const bool refines = variant & 1, wide = variant & 2, searches = variant & 4;
       Call call = MakeCall(Circuit(30), 4);
       if (wide) // weights for the engine of 64 bits
         call.instance.cellwgt.assign(30, std::int64_t{1} << 40);
       call.options.runs = 1;
+      call.options.members = searches ? 3 : 0;
+      call.options.combinations = 2;
       call.options.starts = call.options.threads = threads;
       call.options.records = 1;
       Connect(&call);

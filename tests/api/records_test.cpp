@@ -4,7 +4,9 @@
 #include "api/call.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
+#include <numeric>
 
 static std::vector<kapris_level> LevelsOf(const ResultPtr &result)
 {
@@ -15,6 +17,28 @@ static std::vector<kapris_level> LevelsOf(const ResultPtr &result)
 static std::int64_t ValueOf(const kapris_trial &trial)
 {
   return trial.cycled >= 0 ? std::min(trial.value, trial.cycled) : trial.value;
+}
+
+// The same of the trials of a start with members: those first, then what they are combined to.
+static std::string WrongMembers(const Call &call, const std::vector<kapris_trial> &trials)
+{
+  int nbest = 0;
+
+  if (std::ssize(trials) < call.options.members ||
+      std::ssize(trials) > call.options.members + call.options.combinations)
+    return "number of members";
+  for (int t = 0; t < std::ssize(trials); t++) {
+    const kapris_trial &trial = trials[static_cast<std::size_t>(t)];
+    const int *parents = trial.parents;
+    if (trial.number != t || trial.cycled != -1)
+      return "order of members";
+    nbest += trial.best;
+    if (t < call.options.members ? parents[0] != -1 || parents[1] != -1
+                                 : std::min(parents[0], parents[1]) < 0 ||
+                                       std::max(parents[0], parents[1]) >= t || parents[0] == parents[1])
+      return "parents of trial " + std::to_string(t);
+  }
+  return nbest == 1 ? "" : "best member";
 }
 
 // The first thing about the trials that is not as it should be, or nothing.
@@ -29,6 +53,11 @@ static std::string WrongTrials(const Call &call, const ResultPtr &result)
   for (const auto &[start, trials] : starts) {
     int nbest = 0;
     std::int64_t least = INT64_MAX, best = -1;
+    if (call.options.members > 0) {
+      if (const std::string wrong = WrongMembers(call, trials); !wrong.empty())
+        return wrong;
+      continue;
+    }
     if (static_cast<int>(trials.size()) != call.options.runs)
       return "number of trials of start " + std::to_string(start);
     for (std::size_t t = 0; t < trials.size(); t++) {
@@ -91,6 +120,29 @@ static std::string WrongLevels(const std::vector<kapris_level> &levels)
   return "";
 }
 
+// A walk through the tree, whose sides weigh what is bisected below.
+static std::string WrongBisections(const ResultPtr &result, std::int64_t total)
+{
+  const kapris_bisection *at = result->bisections, *end = at + result->nbisections;
+  const std::function<std::string(int, int, std::int64_t)> walk = [&](int first, int parts,
+                                                                      std::int64_t weight) {
+    if (at == end || at->first != first || at->parts != parts || at->weights[0] + at->weights[1] != weight ||
+        at->cut < 0 || at->seconds < 0.0)
+      return "bisection " + std::to_string(at - result->bisections);
+    const kapris_bisection *here = at++;
+    std::string wrong;
+    for (int side = 0, from = first; side < 2 && wrong.empty(); side++) {
+      const int half = side == 0 ? parts / 2 : parts - parts / 2;
+      if (half > 1)
+        wrong = walk(from, half, here->weights[side]);
+      from += half;
+    }
+    return wrong;
+  };
+  const std::string wrong = walk(0, result->nparts, total);
+  return wrong.empty() && at != end ? "bisections that belong to nothing" : wrong;
+}
+
 TEST(records, agree_with_each_other_and_change_nothing_in_figures_that_are_exact)
 {
   testing::internal::CaptureStdout();
@@ -103,10 +155,14 @@ TEST(records, agree_with_each_other_and_change_nothing_in_figures_that_are_exact
     const ResultPtr result = Solve(call);
     const std::vector<kapris_level> levels = LevelsOf(result);
     EXPECT_EQ(FiguresOf(result), FiguresOf(plain)) << seed;
-    EXPECT_EQ(plain->ntrials + plain->nlevels, 0);
+    EXPECT_EQ(plain->ntrials + plain->nlevels + plain->nbisections, 0);
+    if (call.problem.nparts == 1) {
+      EXPECT_EQ(result->ntrials + result->nlevels, 0);
+      continue;
+    }
     EXPECT_EQ(WrongTrials(call, result), "") << seed;
     EXPECT_EQ(WrongLevels(levels), "") << seed;
-    EXPECT_EQ(levels.empty(), result->best_start < 0) << seed;
+    EXPECT_EQ(levels.empty(), result->best_start < 0 || call.options.members > 0) << seed;
   }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
@@ -119,6 +175,8 @@ TEST(records, end_with_the_result_and_show_every_cycle)
       Call call = MakeCall(Circuit(1500), nparts);
       call.options.scheme = scheme;
       call.options.runs = call.options.starts = call.options.threads = 2;
+      call.options.vcycle = KAPRIS_VCYCLE_BEST;
+      call.options.members = 0;
       call.options.records = 1;
       const ResultPtr result = Solve(call);
       const std::vector<kapris_level> levels = LevelsOf(result);
@@ -133,6 +191,15 @@ TEST(records, end_with_the_result_and_show_every_cycle)
         if (result->trials[i].best && !polished) {
           EXPECT_EQ(ValueOf(result->trials[i]), result->starts[result->trials[i].start].cut);
         }
+      if (scheme == KAPRIS_RECURSIVE) {
+        EXPECT_EQ(WrongBisections(result, 1500), "");
+        const std::int64_t sum = std::accumulate(
+            result->bisections, result->bisections + result->nbisections, std::int64_t{0},
+            [](std::int64_t cut, const kapris_bisection &bisection) { return cut + bisection.cut; });
+        EXPECT_TRUE(polished ? sum >= result->cut : sum == result->cut) << sum;
+      } else {
+        EXPECT_EQ(result->nbisections, 0);
+      }
       EXPECT_TRUE(std::any_of(levels.begin(), levels.end(),
                               [&](const kapris_level &level) { return level.value == result->cut; }));
       if (polished) {
@@ -140,6 +207,55 @@ TEST(records, end_with_the_result_and_show_every_cycle)
       }
     }
   }
+}
+
+TEST(records, the_best_member_has_the_figures_of_its_start)
+{
+  for (const kapris_objective objective : {KAPRIS_CUT, KAPRIS_SOED, KAPRIS_CONNECTIVITY})
+    for (const kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY}) {
+      Call call = MakeCall(Circuit(300), 5);
+      call.options.objective = objective;
+      call.options.scheme = scheme;
+      call.options.members = 4;
+      call.options.combinations = 6;
+      call.options.starts = call.options.threads = 2;
+      call.options.records = 1;
+      const ResultPtr result = Solve(call);
+      ASSERT_EQ(WrongTrials(call, result), "");
+      for (int i = 0; i < result->ntrials; i++) {
+        const kapris_trial &trial = result->trials[i];
+        const kapris_start &start = result->starts[trial.start];
+        const std::int64_t value = objective == KAPRIS_CUT    ? start.cut
+                                   : objective == KAPRIS_SOED ? start.soed
+                                                              : start.soed - start.cut;
+        EXPECT_TRUE(trial.best ? trial.value == value : trial.value >= value) << i;
+      }
+    }
+}
+
+TEST(records, refinement_counts_its_cycles)
+{
+  Call call = MakeCall(Circuit(200), 3);
+  std::vector<int> part(200);
+
+  for (std::size_t cell = 0; cell < part.size(); cell++)
+    part[cell] = static_cast<int>(cell % 3);
+  call.options.members = 1;
+  call.options.combinations = 5;
+  call.options.records = 1;
+  Connect(&call);
+  const ResultPtr result = Refine(call, part);
+  ASSERT_GE(result->ntrials, 2);
+  ASSERT_LE(result->ntrials, 1 + 5);
+  const kapris_trial *first = result->trials, *best = nullptr;
+  for (const kapris_trial *trial = first; trial < first + result->ntrials; trial++) {
+    best = trial->best ? trial : best;
+    EXPECT_EQ(trial->parents[0], trial->parents[1]);
+    EXPECT_TRUE(trial == first ? trial->parents[0] == -1 : trial->parents[0] >= 0);
+    EXPECT_LT(trial->parents[0], trial->number);
+  }
+  ASSERT_NE(best, nullptr);
+  EXPECT_EQ(best->value, result->cut);
 }
 
 TEST(records, refinement_counts_its_rounds)
@@ -150,6 +266,7 @@ TEST(records, refinement_counts_its_rounds)
   for (std::size_t cell = 0; cell < part.size(); cell++)
     part[cell] = static_cast<int>(cell % 3);
   call.options.runs = 4;
+  call.options.members = 0;
   call.options.records = 1;
   Connect(&call);
   const ResultPtr result = Refine(call, part);
@@ -170,6 +287,7 @@ TEST(records, many_trials_keep_the_best)
   Call call = MakeCall(Circuit(30), 2);
 
   call.options.runs = 1500;
+  call.options.members = 0;
   call.options.records = 1;
   const ResultPtr result = Solve(call);
   std::int64_t least = INT64_MAX, best = -1;

@@ -10,9 +10,12 @@ TEST(refine, is_never_worse_than_what_was_given)
   for (std::uint64_t seed = 1; seed <= 150; seed++) {
     Call call = RandomCall(seed);
     Connect(&call);
+    const int members = call.options.members;
     call.options.starts = 1;
     call.options.runs = 1;
+    call.options.members = 0; // leaves something to improve
     const ResultPtr made = SolveConnected(call);
+    call.options.members = members;
     call.options.starts = 2;
     call.options.seed = 3;
     const ResultPtr better = Refine(call, PartOf(made));
@@ -39,6 +42,30 @@ TEST(refine, is_never_worse_than_what_was_given)
   }
   EXPECT_GT(nbetter, 4);
   EXPECT_GT(nkept, 20);
+}
+
+TEST(refine, the_objective_decides_what_is_better)
+{
+  // With cell 0 in part 0, 1, 2 the cut is 11, 12, 14, the SOED 28, 27, 28, the connectivity 17, 15, 14.
+  Call call = MakeCall({4, {{0, 1}, {0, 2}, {0, 2, 3}, {0, 1, 3}}, {}, {3, 2, 6, 3}}, 3);
+  call.fixed = {-1, 0, 1, 2};
+  call.percent = 100;
+  Connect(&call);
+  for (const kapris_objective objective : {KAPRIS_CUT, KAPRIS_SOED, KAPRIS_CONNECTIVITY}) {
+    call.options.objective = objective;
+    const std::vector<int> best = {static_cast<int>(objective), 0, 1, 2};
+    EXPECT_EQ(PartOf(Refine(call, best)), best);
+  }
+}
+
+TEST(refine, what_is_nearer_to_the_limits_is_better)
+{
+  Call call = MakeCall({4, {{0, 1, 2, 3}}, {10, 1, 1, 0}, {}}, 2); // at most 6 each
+  Connect(&call);
+  const ResultPtr result = Refine(call, {0, 0, 0, 0});
+  EXPECT_EQ(result->status, KAPRIS_INFEASIBLE);
+  EXPECT_EQ(WrongIn(call, result), "");
+  EXPECT_EQ(std::make_tuple(result->excess, result->cut), std::make_tuple(4, 1));
 }
 
 TEST(refine, a_partition_that_cannot_be_is_named)

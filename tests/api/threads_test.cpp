@@ -20,7 +20,7 @@ struct Outcome {
 
 static const Instance circuit = Circuit(70);
 static const EntryPoint entries[] = {REFINE2, REFINEK, RECURSIVE, INTERNAL, KWAY};
-static const int NREFINING = 2, NPLAIN = 5, NSAFE = 8;
+static const int NREFINING = 2, NPLAIN = 5, NSAFE = 16;
 
 static Outcome CallPlain(int number)
 {
@@ -36,7 +36,7 @@ static Outcome CallPlain(int number)
   return {part, cut};
 }
 
-// The bits of number choose scheme, threads and fixed cells.
+// The bits of number choose scheme, threads, fixed cells and members.
 static Outcome CallSafe(int number)
 {
   Call call = MakeCall(circuit, 5);
@@ -45,6 +45,8 @@ static Outcome CallSafe(int number)
   call.options.threads = number & 2 ? 3 : 1;
   call.options.starts = 2;
   call.options.runs = 2;
+  call.options.members = number & 8 ? 3 : 0;
+  call.options.combinations = 2;
   if (number & 4)
     for (int i = 0; i < circuit.ncells; i++)
       call.fixed.push_back(i % 14 == 0 ? i / 14 : -1);

@@ -135,7 +135,7 @@ namespace
 {
 
 struct Optimum {
-  long cut = -1, soed = -1; // -1: no partition keeps to the limits
+  long cut = -1, soed = -1, connectivity = -1; // -1: no partition keeps to the limits
 };
 
 } // namespace
@@ -154,6 +154,7 @@ static Optimum OptimumOf(const Instance &instance, int nparts, long limit)
       const long cut = CutOf(instance, part), soed = SoedOf(instance, part);
       best.cut = best.cut < 0 ? cut : std::min(best.cut, cut);
       best.soed = best.soed < 0 ? soed : std::min(best.soed, soed);
+      best.connectivity = best.connectivity < 0 ? soed - cut : std::min(best.connectivity, soed - cut);
     }
     std::size_t i = 0;
     while (i < part.size() && ++part[i] == nparts)
@@ -174,7 +175,7 @@ TEST(exact, results_are_bounded_by_the_optimum_and_mostly_reach_it)
         RandomInstance(&random, 3 + random.Below(nparts == 2 ? 8 : 5), 12, random.Below(ODD_ALL + 1));
     const std::vector<int> netptr = instance.NetPtr(), netind = instance.NetInd();
     for (const kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY})
-      for (const kapris_objective objective : {KAPRIS_CUT, KAPRIS_SOED}) {
+      for (const kapris_objective objective : {KAPRIS_CUT, KAPRIS_SOED, KAPRIS_CONNECTIVITY}) {
         kapris::Options options;
         options.scheme = scheme;
         options.objective = objective;
@@ -190,8 +191,11 @@ TEST(exact, results_are_bounded_by_the_optimum_and_mostly_reach_it)
           continue;
         ASSERT_GE(result.cut, best.cut) << seed;
         ASSERT_GE(result.soed, best.soed) << seed;
+        ASSERT_GE(result.connectivity, best.connectivity) << seed;
         ASSERT_GE(best.cut, 0) << seed;
-        noptimal += objective == KAPRIS_CUT ? result.cut == best.cut : result.soed == best.soed;
+        noptimal += objective == KAPRIS_CUT    ? result.cut == best.cut
+                    : objective == KAPRIS_SOED ? result.soed == best.soed
+                                               : result.connectivity == best.connectivity;
       }
   }
   std::printf("%d calls, %d with a solution, %d found one, %d the optimum\n", ncalls, nfeasible, nbalanced,

@@ -21,8 +21,16 @@ struct Task {
   Instance instance;
   Limits limits;
   Ints fixed = {}; // empty = all free
-  int bysoed = 0;
+  Goal goal = {true, false};
   std::int64_t excess = 0; // after Rebalanced
+};
+
+// With the arrays that it points to.
+struct Posed {
+  Ints netptr, netind;
+  Weights ones;
+  Limits nothing;
+  BalanceProblem problem;
 };
 
 } // namespace
@@ -44,24 +52,40 @@ static std::int64_t ExcessOf(const Task &task, const Ints &part)
   return excess;
 }
 
+// Minimums of nothing.
+static Posed Pose(const Task &task)
+{
+  const Instance *instance = &task.instance;
+  const std::size_t nparts = task.limits.size(), ncells = static_cast<std::size_t>(instance->ncells);
+  Posed posed = {instance->NetPtr(),
+                 instance->NetInd(),
+                 Weights(std::max(instance->nets.size(), ncells), 1),
+                 Limits(nparts),
+                 {}};
+
+  posed.problem = {instance->ncells,
+                   static_cast<int>(instance->nets.size()),
+                   instance->cellwgt.empty() ? posed.ones.data() : instance->cellwgt.data(),
+                   instance->netwgt.empty() ? posed.ones.data() : instance->netwgt.data(),
+                   posed.netptr.data(),
+                   posed.netind.data(),
+                   static_cast<int>(nparts),
+                   task.limits.data(),
+                   posed.nothing.data(),
+                   true,
+                   task.fixed.empty() ? nullptr : task.fixed.data(),
+                   task.goal,
+                   nullptr,
+                   nullptr};
+  return posed;
+}
+
 // What must hold for every call is checked here.
 static BalanceVerdict Rebalanced(Task *task, Ints *part)
 {
-  const Instance *instance = &task->instance;
-  const Ints netptr = instance->NetPtr(), netind = instance->NetInd(), before = *part;
-  const Weights ones(std::max(instance->nets.size(), before.size()), 1);
-  BalanceProblem problem = {instance->ncells,
-                            static_cast<int>(instance->nets.size()),
-                            instance->cellwgt.empty() ? ones.data() : instance->cellwgt.data(),
-                            instance->netwgt.empty() ? ones.data() : instance->netwgt.data(),
-                            netptr.data(),
-                            netind.data(),
-                            static_cast<int>(task->limits.size()),
-                            task->limits.data(),
-                            task->fixed.empty() ? nullptr : task->fixed.data(),
-                            task->bysoed,
-                            nullptr,
-                            nullptr};
+  const Ints before = *part;
+  const Posed posed = Pose(*task);
+  BalanceProblem problem = posed.problem;
   const std::size_t blocks = CurrentLedger()->blocks;
 
   EXPECT_EQ(TotalExcess(&problem, before.data()), ExcessOf(*task, before));
@@ -165,6 +189,8 @@ static bool HasPartition(const Task &task, Ints *part, std::size_t i)
   return false;
 }
 
+static constexpr Goal GOALS[] = {{true, false}, {true, true}, {false, true}};
+
 // Random weights, limits between tight and loose, some cells fixed, a random partition; every other one with weights
 // and limits of 60 bits, of which nothing else depends.
 static Task RandomTask(TestRandom *random, int ncells, int nparts, int heaviest, Ints *part)
@@ -172,7 +198,7 @@ static Task RandomTask(TestRandom *random, int ncells, int nparts, int heaviest,
   Task task = {RandomInstance(random, ncells, ncells, 0),
                Limits(static_cast<std::size_t>(nparts)),
                {},
-               random->Below(2)};
+               GOALS[random->Below(3)]};
   const bool anyfixed = random->Chance(50);
   int total = 0;
 
@@ -210,6 +236,48 @@ TEST(rebalance, agrees_with_brute_force_on_small_problems)
     nimpossible += !possible;
   }
   EXPECT_GT(std::min(nbalanced, nimpossible), 300);
+}
+
+TEST(rebalance, fills_every_part_that_can_have_a_cell)
+{
+  TestRandom random = {11};
+  int nfilled = 0;
+
+  for (int round = 0; round < 3000 && !::testing::Test::HasFailure(); round++) {
+    Ints part;
+    const Task task =
+        RandomTask(&random, 4 + random.Below(9), 2 + random.Below(20), 1 + random.Below(4), &part);
+    Posed posed = Pose(task);
+    posed.problem.allowempty = false;
+    const Ints before = part;
+    Fill(&posed.problem, part.data());
+    nfilled += part != before;
+    EXPECT_LE(ExcessOf(task, part), ExcessOf(task, before));
+    for (std::size_t p = 0; p < task.limits.size(); p++)
+      for (std::size_t i = 0; i < part.size(); i++) {
+        const bool isfree = task.fixed.empty() || task.fixed[i] < 0;
+        EXPECT_TRUE(isfree || part[i] == before[i]);
+        EXPECT_TRUE(std::count(part.begin(), part.end(), p) > 0 || WeightOf(task, i) > task.limits[p] ||
+                    !isfree || std::count(part.begin(), part.end(), part[i]) == 1)
+            << "cell " << i << " could go to part " << p << ", " << task.instance.Literal();
+      }
+  }
+  EXPECT_GT(nfilled, 300);
+}
+
+TEST(rebalance, moves_what_does_least_harm_under_the_goal)
+{
+  // One of 0, 1, 2 must go from part 0, to part 2: the cut rises by 0, 1, 3, the connectivity by 5, 0, -1.
+  for (int g = 0; g < 3; g++) {
+    Task task = {{6, {{0, 3, 4}, {1, 3}, {1, 4, 5}, {2, 3}, {2, 4, 5}}, {}, {5, 1, 1, 3, 4}},
+                 {3, 1, 2},
+                 {-1, -1, -1, 0, 1, 2},
+                 GOALS[g]};
+    Ints part = {0, 0, 0, 0, 1, 2}, expected = part;
+    expected[static_cast<std::size_t>(g)] = 2;
+    EXPECT_EQ(Rebalanced(&task, &part), BALANCED);
+    EXPECT_EQ(part, expected) << g;
+  }
 }
 
 TEST(rebalance, spreads_one_part_that_holds_everything)

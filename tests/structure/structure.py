@@ -27,14 +27,16 @@ EDGES = {
     "refine/twoway": {"base", "core", "refine"},
     "multilevel": {"base", "core", "coarsen", "refine"},
     "drivers": {"base", "core", "coarsen", "refine/kway", "refine/twoway", "multilevel"},
+    "search": {"base", "core", "coarsen", "drivers"},
     "plain": {"kapris.h", "base", "core", "refine/twoway", "drivers"},
     "rebalance": {"base"},
-    "starts": {"kapris_api.h", "base", "drivers/engine.h", "rebalance/rebalance.h"},
+    "starts": {"kapris_api.h", "base", "search/engine.h", "rebalance/rebalance.h"},
     "api": {"kapris_api.h", "base", "starts"},
 }
 # What stands for itself in a folder; other folders do not see it.
 PRIVATE = {"coarsen/match.h", "plain/validate.h", "rebalance/state.h", "refine/kway/state.h", "refine/twoway/fm.h",
-           "refine/twoway/moves.h", "refine/twoway/pqueue.h"}
+           "refine/twoway/moves.h", "refine/twoway/pqueue.h", "search/climb.h", "search/ladder.h", "search/member.h",
+           "search/netparts.h"}
 
 
 def sources(lib, pattern):

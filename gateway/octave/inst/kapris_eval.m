@@ -5,10 +5,10 @@
 ##
 ## @var{part} holds a number of at least 1 for every cell, from wherever it comes: for what @code{kapris} gives, pass
 ## @code{part + 1}.  Of @var{options}, which are those of @code{kapris_partition}, the fields @code{net},
-## @code{cell_weights}, @code{net_weights}, @code{part_shares} and @code{imbalance} matter.  There are as many parts as
-## the largest number in @var{part} says, or @code{part_shares} if it has more entries, and at least 2.
+## @code{cell_weights}, @code{net_weights}, @code{target_weights} and @code{epsilon} matter.  There are as many parts as
+## the largest number in @var{part} says, or @code{target_weights} if it has more entries.
 ##
-## The figures are counted from the matrix, without the library; all sums are exact:
+## The figures are counted from the matrix, without the partitioner; all sums are exact:
 ##
 ## @table @code
 ## @item cut
@@ -24,7 +24,8 @@
 ## @item imbalance
 ## The largest of these over its share of the total, less 1.
 ## @item balanced
-## Whether no part weighs more than (1 + @code{imbalance}) times its share of the total, rounded up.
+## Whether no part weighs more than (1 + @code{epsilon}) times its share of the total; the share is rounded up to a
+## whole weight, then the product down.
 ## @end table
 ##
 ## @example
@@ -57,31 +58,18 @@ function figures = kapris_eval (A, part, options = struct ())
   spans = full (sum (sparse (part(cells), nets, true, nparts, nnets), 1))(:);
   cut = spans > 1;
   weights = accumarray (part, set.cell_weights, [nparts, 1])';
-  [expected, limits] = targets (set, sum (weights));
+  limits = __kapris__ (sum (weights), nparts, set.target_weights, set.epsilon);
   figures = struct ("cut", sum (set.net_weights(cut)), "soed", sum (spans(cut) .* set.net_weights(cut)), ...
                     "connectivity", sum ((spans(cut) - 1) .* set.net_weights(cut)), "cut_nets", sum (cut), ...
                     "part_weights", weights, "imbalance", 0);
   if (sum (weights) > 0)
+    expected = repmat (sum (weights) / nparts, 1, nparts);
+    if (! isempty (set.target_weights))
+      expected = set.target_weights' / sum (set.target_weights) * sum (weights);
+    endif
     figures.imbalance = max (0, max (weights ./ expected - 1));
   endif
   figures.balanced = all (weights <= limits);
-endfunction
-
-## What the parts should weigh, and what they may.
-function [expected, limits] = targets (set, total)
-  if (isempty (set.part_shares))
-    expected = repmat (total / set.nparts, 1, set.nparts);
-  else
-    expected = set.part_shares' * total;
-  endif
-  if (isempty (set.part_shares) && set.imbalance == 0)
-    rest = mod (total, set.nparts);
-    limits = repmat ((total - rest) / set.nparts + (rest > 0), 1, set.nparts);
-  else
-    ## A hair above a whole number is rounding error of the product.
-    limits = (1 + set.imbalance) * expected;
-    limits = ceil (limits - min (1e-12 * limits, 2^-8));
-  endif
 endfunction
 
 %!test
@@ -92,13 +80,13 @@ endfunction
 %! assert (figures.imbalance, 0.5, 1e-12);
 %! assert (figures.balanced);
 %! options = struct ("net", "row", "cell_weights", [1, 2, 3, 4, 5], "net_weights", [10, 20, 30, 40]);
-%! options.part_shares = [0.5, 0.25, 0.25];
+%! options.target_weights = [2, 1, 1];
 %! figures = kapris_eval (A, [1, 2, 2, 1, 1], options);
 %! assert ([figures.cut, figures.soed, figures.cut_nets], [40, 80, 2]);
 %! assert (figures.part_weights, [10, 5, 0]);
 %! assert (figures.imbalance, 1/3, 1e-12);
 %! assert (! figures.balanced);
-%! options.imbalance = 1/3;
+%! options.epsilon = 0.34;
 %! assert (kapris_eval (A, [1, 2, 2, 1, 1], options).balanced);
 
 %!test
@@ -133,14 +121,14 @@ endfunction
 %! for total = [7, 2^41 + 1, 2^52 + 3, 2^53]
 %!   for nparts = [2, 3, 300]
 %!     high = (total - mod (total, nparts)) / nparts + (mod (total, nparts) > 0);
-%!     options = struct ("imbalance", 0, "cell_weights", [high, total - high, zeros(1, nparts - 2)]);
+%!     options = struct ("epsilon", 0, "cell_weights", [high, total - high, zeros(1, nparts - 2)]);
 %!     expected = total - high <= high;
 %!     assert (kapris_eval (sparse (nparts, 0), 1:nparts, options).balanced, expected);
 %!     options.cell_weights(1:2) = [high + 1, total - high - 1];
 %!     assert (! kapris_eval (sparse (nparts, 0), 1:nparts, options).balanced);
 %!   endfor
 %! endfor
-%! options = struct ("imbalance", 0.5, "cell_weights", [3 * 2^50, 2^50]);
+%! options = struct ("epsilon", 0.5, "cell_weights", [3 * 2^50, 2^50]);
 %! assert (kapris_eval (sparse (2, 0), [1, 2], options).balanced);
 %! options.cell_weights += [1, -1];
 %! assert (! kapris_eval (sparse (2, 0), [1, 2], options).balanced);

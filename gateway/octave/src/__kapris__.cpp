@@ -1,11 +1,13 @@
 // gateway/octave/src/__kapris__.cpp - kapris_partition's way to the safe interface.
 // SPDX-License-Identifier: MIT
 //
-//   [status, message, part, figures, weights, limits, starts] =
-//     __kapris__ (S, nparts, numbers, cell_weights, net_weights, fixed, part_shares, initial)
+//   [status, message, part, figures, weights, limits, minimums, starts] =
+//     __kapris__ (S, nparts, numbers, cell_weights, net_weights, fixed, target_weights, initial)
+//   limits = __kapris__ (total, nparts, target_weights, epsilon)
 //
-// Columns of S are nets. numbers are the options in the order of OptionsOf; cell_weights and net_weights are int64
-// arrays, fixed and initial int32 arrays with parts from 0, part_shares is double, and [] stands for the default.
+// Columns of S are nets. numbers are the options in the order of OptionsOf, NaN for a default; cell_weights and
+// net_weights are int64 arrays, fixed and initial int32 arrays with parts from 0, target_weights is double, and []
+// stands for the default.
 // kapris_partition.m has checked the values; what is checked here keeps a call from elsewhere from reading beyond an
 // array. As it lets no total exceed 2^53, the figures are exact as doubles.
 //
@@ -14,6 +16,7 @@
 
 #include "kapris_api.h"
 
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -24,10 +27,20 @@
 namespace
 {
 
-enum Argument { MATRIX, NPARTS, NUMBERS, CELL_WEIGHTS, NET_WEIGHTS, FIXED, PART_SHARES, INITIAL, NARGUMENTS };
-enum Output { STATUS, MESSAGE, PART, FIGURES, WEIGHTS, LIMITS, STARTS, NOUTPUTS };
-constexpr std::size_t NNUMBERS = 14;
-constexpr mwSize NFIGURES = 9, NSTARTFIGURES = 8;
+enum Argument {
+  MATRIX,
+  NPARTS,
+  NUMBERS,
+  CELL_WEIGHTS,
+  NET_WEIGHTS,
+  FIXED,
+  TARGET_WEIGHTS,
+  INITIAL,
+  NARGUMENTS
+};
+enum Output { STATUS, MESSAGE, PART, FIGURES, WEIGHTS, LIMITS, MINIMUMS, STARTS, NOUTPUTS };
+constexpr std::size_t NNUMBERS = 18;
+constexpr mwSize NFIGURES = 10, NSTARTFIGURES = 8;
 
 struct Nets {
   int *starts, *pins;
@@ -66,25 +79,36 @@ static const double *DoublesOf(const mxArray *array, std::size_t length, const c
   return mxGetPr(array);
 }
 
+template <class T>
+static void Set(T *option, double number)
+{
+  if (!std::isnan(number))
+    *option = static_cast<T>(number);
+}
+
 static kapris_options OptionsOf(const double *numbers)
 {
   kapris_options options;
 
   kapris_init_options(&options);
-  options.scheme = static_cast<kapris_scheme>(numbers[0]);
-  options.objective = static_cast<kapris_objective>(numbers[1]);
-  options.coarsening = static_cast<kapris_coarsening>(numbers[2]);
-  options.refinement = static_cast<kapris_refinement>(numbers[3]);
-  options.vcycle = static_cast<kapris_vcycle>(numbers[4]);
-  options.runs = static_cast<int>(numbers[5]);
-  options.reconst = static_cast<int>(numbers[6]);
-  options.seed = static_cast<std::int64_t>(numbers[7]);
-  options.imbalance = numbers[8];
-  options.starts = static_cast<int>(numbers[9]);
-  options.first_start = static_cast<int>(numbers[10]);
-  options.threads = static_cast<int>(numbers[11]);
-  options.time_limit = numbers[12];
-  options.memory_limit = static_cast<std::size_t>(numbers[13]);
+  Set(&options.scheme, numbers[0]);
+  Set(&options.objective, numbers[1]);
+  Set(&options.coarsening, numbers[2]);
+  Set(&options.refinement, numbers[3]);
+  Set(&options.vcycle, numbers[4]);
+  Set(&options.runs, numbers[5]);
+  Set(&options.reconst, numbers[6]);
+  Set(&options.seed, numbers[7]);
+  Set(&options.epsilon, numbers[8]);
+  Set(&options.starts, numbers[9]);
+  Set(&options.first_start, numbers[10]);
+  Set(&options.threads, numbers[11]);
+  Set(&options.time_limit, numbers[12]);
+  Set(&options.memory_limit, numbers[13]);
+  Set(&options.min_epsilon, numbers[14]);
+  Set(&options.allow_empty, numbers[15]);
+  Set(&options.members, numbers[16]);
+  Set(&options.combinations, numbers[17]);
   return options;
 }
 
@@ -99,9 +123,9 @@ static kapris_problem ProblemOf(const mxArray *const *arguments)
   problem.cell_weights = WeightsOf(arguments[CELL_WEIGHTS], problem.ncells, "cell_weights");
   problem.net_weights = WeightsOf(arguments[NET_WEIGHTS], problem.nnets, "net_weights");
   problem.fixed = IntsOf(arguments[FIXED], problem.ncells, "fixed");
-  if (!mxIsEmpty(arguments[PART_SHARES]))
-    problem.part_shares =
-        DoublesOf(arguments[PART_SHARES], static_cast<std::size_t>(problem.nparts), "part_shares");
+  if (!mxIsEmpty(arguments[TARGET_WEIGHTS]))
+    problem.target_weights =
+        DoublesOf(arguments[TARGET_WEIGHTS], static_cast<std::size_t>(problem.nparts), "target_weights");
   return problem;
 }
 
@@ -111,6 +135,7 @@ static void MakeOutputs(mxArray **outputs, const kapris_problem *problem, const 
   outputs[FIGURES] = mxCreateDoubleMatrix(1, NFIGURES, mxREAL);
   outputs[WEIGHTS] = mxCreateDoubleMatrix(1, problem->nparts, mxREAL);
   outputs[LIMITS] = mxCreateDoubleMatrix(1, problem->nparts, mxREAL);
+  outputs[MINIMUMS] = mxCreateDoubleMatrix(1, problem->nparts, mxREAL);
   outputs[STARTS] = mxCreateDoubleMatrix(NSTARTFIGURES, options->starts, mxREAL);
 }
 
@@ -121,7 +146,7 @@ static void FillOutputs(mxArray *const *outputs, const kapris_result *result)
       static_cast<double>(result->connectivity), result->imbalance,
       static_cast<double>(result->balanced),     static_cast<double>(result->seed),
       static_cast<double>(result->best_start),   result->seconds,
-      static_cast<double>(result->peak_bytes)};
+      static_cast<double>(result->peak_bytes),   static_cast<double>(result->excess)};
   double *part = mxGetPr(outputs[PART]), *start = mxGetPr(outputs[STARTS]);
 
   std::memcpy(mxGetPr(outputs[FIGURES]), figures, sizeof figures);
@@ -130,6 +155,7 @@ static void FillOutputs(mxArray *const *outputs, const kapris_result *result)
   for (int p = 0; p < result->nparts; p++) {
     mxGetPr(outputs[WEIGHTS])[p] = static_cast<double>(result->part_weights[p]);
     mxGetPr(outputs[LIMITS])[p] = static_cast<double>(result->part_limits[p]);
+    mxGetPr(outputs[MINIMUMS])[p] = static_cast<double>(result->part_minimums[p]);
   }
   for (int s = 0; s < result->nstarts; s++, start += NSTARTFIGURES) {
     const kapris_start *from = &result->starts[s];
@@ -143,6 +169,7 @@ static void FillOutputs(mxArray *const *outputs, const kapris_result *result)
                                           from->seconds};
     std::memcpy(start, values, sizeof values);
   }
+  mxSetN(outputs[STARTS], result->nstarts); // fewer than there is room for if the time was up
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -197,6 +224,21 @@ static kapris_status Solve(kapris_problem *problem, kapris_options *options, con
   return status;
 }
 
+// What parts may weigh, for kapris_eval.
+static mxArray *LimitsOf(const mxArray *const *arguments)
+{
+  const int nparts = static_cast<int>(mxGetScalar(arguments[1]));
+  const double *shares = mxIsEmpty(arguments[2])
+                             ? nullptr
+                             : DoublesOf(arguments[2], static_cast<std::size_t>(nparts), "target_weights");
+  mxArray *limits = mxCreateDoubleMatrix(1, nparts, mxREAL);
+
+  for (int p = 0; p < nparts; p++)
+    mxGetPr(limits)[p] = static_cast<double>(kapris_part_limit(
+        static_cast<std::int64_t>(mxGetScalar(arguments[0])), nparts, shares, p, mxGetScalar(arguments[3])));
+  return limits;
+}
+
 extern "C" __attribute__((visibility("default"))) void mexFunction(int nlhs, mxArray *plhs[], int nrhs,
                                                                    const mxArray *prhs[])
 {
@@ -204,6 +246,10 @@ extern "C" __attribute__((visibility("default"))) void mexFunction(int nlhs, mxA
   char message[sizeof(kapris_result::message)];
   volatile int cancel = 0;
 
+  if (nrhs == 4) {
+    plhs[0] = LimitsOf(prhs);
+    return;
+  }
   if (nrhs != NARGUMENTS || nlhs > NOUTPUTS || !mxIsSparse(prhs[MATRIX]))
     Refuse("the list of arguments");
   kapris_problem problem = ProblemOf(prhs);

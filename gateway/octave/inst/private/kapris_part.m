@@ -17,8 +17,10 @@ function [part, nparts] = kapris_part (caller, A, part, options)
     error ("kapris:invalidArgument", "%s: part(%d) is %g, but it should be a whole number of at least 1", caller, at,
            part(at));
   endif
-  nparts = max ([part; 2]);
-  if (isstruct (options) && isfield (options, "part_shares"))
-    nparts = max (nparts, numel (options.part_shares));
-  endif
+  nparts = max ([part; 1]);
+  for name = {"target_weights", "part_shares"}
+    if (isstruct (options) && isfield (options, name{1}))
+      nparts = max (nparts, numel (options.(name{1})));
+    endif
+  endfor
 endfunction

@@ -4,16 +4,17 @@
 ##   set = kapris_settings (caller, A, nparts, options)
 ##
 ## Returns all options with their defaults, words as numbers from 0 (net: 0 = column) and arrays as columns, together
-## with nets, whose columns are the nets and whose rows are the cells. Errors name the caller and the option.
+## with nets, whose columns are the nets and whose rows are the cells. NaN stands for a default that the library has.
+## Errors name the caller and the option.
 ##
 ## No total of weights is above 2^53, so that whoever adds them up gets exact figures in doubles.
 
 function set = kapris_settings (caller, A, nparts, options)
-  ## Choices, in the order of the C interface; the first is the default, except for vcycle.
+  ## Choices, in the order of the C interface.
   persistent words = struct (
     "net",        {{"column", "row"}},
     "scheme",     {{"recursive", "kway"}},
-    "objective",  {{"cut", "soed"}},
+    "objective",  {{"cut", "soed", "connectivity"}},
     "coarsening", {{"alternate", "degree-stars", "strong-stars", "whole-nets", "pairs"}},
     "refinement", {{"fm", "one-way-fm", "early-exit-fm"}},
     "vcycle",     {{"never", "best", "improving", "close"}});
@@ -21,10 +22,14 @@ function set = kapris_settings (caller, A, nparts, options)
   persistent most_weight = 2^53;
   ## Default, smallest, largest, and whether it has to be a whole number.
   persistent numbers = struct (
-    "runs",         [10, 1, most, true],
+    "runs",         [NaN, 1, most, true],
+    "members",      [NaN, 0, most, true],
+    "combinations", [NaN, 0, most, true],
     "reconst",      [0, 0, 1, true],
     "seed",         [0, -1, most, true],
-    "imbalance",    [0.03, 0, realmax, false],
+    "epsilon",      [0.03, 0, realmax, false],
+    "min_epsilon",  [1, 0, 1, false],
+    "allow_empty",  [0, 0, 1, true],
     "starts",       [1, 1, most, true],
     "first_start",  [0, 0, most, true],
     "threads",      [1, 1, most, true],
@@ -33,18 +38,28 @@ function set = kapris_settings (caller, A, nparts, options)
   ## Smallest value of an entry, and for what there is one. Where a largest is needed, it is nparts.
   persistent arrays = struct (
     "cell_weights", {{0, "cell"}}, "net_weights", {{0, "net"}}, "fixed", {{0, "cell"}}, "initial", {{1, "cell"}},
-    "part_shares",  {{0, "part"}});
+    "target_weights", {{0, "part"}});
+  ## Other words for choices.
+  persistent synonyms = struct ("km1", "connectivity");
+  ## Former names.
+  persistent former = struct ("imbalance", "epsilon", "part_shares", "target_weights");
 
   check_matrix (caller, A);
-  check_number (caller, "nparts", nparts, [2, 2, most, true]);
+  check_number (caller, "nparts", nparts, [2, 1, most, true]);
   if (! isstruct (options) || ! isscalar (options))
     refuse (caller, "options must be a struct");
   endif
+  for [name, old] = former
+    if (isfield (options, old) && ! isfield (options, name))
+      options.(name) = options.(old);
+      options = rmfield (options, old);
+    endif
+  endfor
   set = struct ("nparts", double (nparts));
   for [values, name] = words
-    set.(name) = 0;
+    set.(name) = NaN;
   endfor
-  set.vcycle = 1;
+  set.net = 0;
   for [values, name] = numbers
     set.(name) = values(1);
   endfor
@@ -54,6 +69,9 @@ function set = kapris_settings (caller, A, nparts, options)
 
   for [value, name] = options
     if (isfield (words, name))
+      if (ischar (value) && isrow (value) && isfield (synonyms, value))
+        value = synonyms.(value);
+      endif
       set.(name) = check_word (caller, name, value, words.(name));
     elseif (isfield (numbers, name))
       check_number (caller, name, value, numbers.(name));
@@ -70,15 +88,12 @@ function set = kapris_settings (caller, A, nparts, options)
   endif
   counts = struct ("cell", rows (set.nets), "net", columns (set.nets), "part", set.nparts);
   highest = struct ("cell_weights", most_weight, "net_weights", most_weight, "fixed", nparts, "initial", nparts, ...
-                    "part_shares", 1);
+                    "target_weights", 1e15);
   for [values, name] = arrays
     if (isfield (options, name) && ! isempty (options.(name)))
       set.(name) = check_array (caller, name, options.(name), counts.(values{2}), values{2}, values{1}, highest.(name));
     endif
   endfor
-  if (abs (sum (set.part_shares) - 1) > 1e-6 && ! isempty (set.part_shares))
-    refuse (caller, "the sum of part_shares is %.9g, but it should be 1", sum (set.part_shares));
-  endif
   check_total (caller, "cell_weights", set.cell_weights, 1, "the total cell weight", most_weight);
   ## No figure counts a net more often than for each of its pins and for each part.
   times = min (full (sum (set.nets != 0, 1))(:), set.nparts);
@@ -129,7 +144,7 @@ function array = check_array (caller, name, value, n, what, low, high)
   value = full (value(:));
   if (strcmp (what, "part"))
     at = find (! (value > low & value <= high), 1);
-    should = "above 0 and at most 1";
+    should = sprintf ("above 0 and at most %g", high);
   else
     at = find (! (value >= low & value <= high & value == fix (value)), 1);
     should = sprintf ("a whole number from %d to %d", low, high);

@@ -1,4 +1,4 @@
-// lib/drivers/engine.h - the engine in either width, as the safe interface calls it.
+// lib/search/engine.h - the engine in either width, as the safe interface calls it.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -16,14 +16,17 @@ struct EngineCall {
   const std::int64_t *netwgt;  // [nnets]
   const int *netptr, *netind;  // every net has two pins or more and lists none twice
   int nparts;
-  const double *shares;       // [nparts] of the total weight, sum 1
-  const std::int64_t *limits; // [nparts] largest part weights
-  const int *fixed;           // [ncells] or NULL
-  const int *initial;         // [ncells] the partition to improve; or NULL: partition anew
-  std::int64_t total;         // cell weight
+  const double *shares;         // [nparts] of the total weight, sum 1
+  const std::int64_t *limits;   // [nparts] largest part weights
+  const std::int64_t *minimums; // [nparts] smallest part weights
+  const int *fixed;             // [ncells] or NULL
+  const int *initial;           // [ncells] the partition to improve; or NULL: partition anew
+  std::int64_t total;           // cell weight
 
-  bool direct; // not by recursive bisection
-  bool bysoed;
+  bool direct;                        // not by recursive bisection
+  bool cut, connectivity;             // what is minimised; both together are the SOED
+  int members, combinations;          // of a population; without members one partition is made
+  bool endless;                       // the population goes on until StopRun
   int coarsening, refinement, vcycle; // as in the option vector
   int nruns;
   bool reconst;

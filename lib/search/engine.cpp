@@ -1,11 +1,12 @@
-// lib/drivers/engine.cpp - one run of the engine for the safe interface.
+// lib/search/engine.cpp - one run of the engine for the safe interface.
 // SPDX-License-Identifier: MIT
 
 #include "engine.h"
 
-#include "drivers.h"
+#include "search.h"
 
 #include "core/constants.h"
+#include "drivers/drivers.h"
 
 #include <algorithm>
 
@@ -42,7 +43,7 @@ static HGraph *GraphOf(const EngineCall *call)
 
 static bool IsKway(const EngineCall *call)
 {
-  return call->direct || (call->initial != nullptr && call->nparts > 2);
+  return call->members == 0 && (call->direct || (call->initial != nullptr && call->nparts > 2));
 }
 
 static Control ControlOf(const EngineCall *call, const Weight *limits)
@@ -53,9 +54,10 @@ static Control ControlOf(const EngineCall *call, const Weight *limits)
   ctrl.nruns = call->nruns;
   ctrl.ctype = static_cast<Matching>(call->coarsening);
   ctrl.rtype = static_cast<TwoWayScheme>(call->refinement);
-  ctrl.objective = call->bysoed ? MINIMISE_SOED : MINIMISE_CUT;
+  ctrl.objective = call->connectivity ? MINIMISE_SOED : MINIMISE_CUT;
   ctrl.vcycle = static_cast<CyclePolicy>(call->vcycle);
-  ctrl.reconst = call->reconst;
+  // What a piece of a cut net adds further down counts for both figures but the cut.
+  ctrl.reconst = call->reconst || (call->members > 0 && call->connectivity);
   ctrl.fixed = call->fixed != nullptr;
   ctrl.kwayrefine = !IsKway(call) && call->nparts <= MAX_POLISHED_PARTS;
   ctrl.seed = call->seed;
@@ -82,6 +84,34 @@ static void RunDriver(const EngineCall *call, const Control *ctrl, HGraph *graph
     IsKway(call) ? ImproveKwayPartition(ctrl, graph, part) : ImproveTwoParts(ctrl, graph, part);
 }
 
+// Limits that leave single moves some room: a partition that is a little above the tight ones of the call is repaired
+// when it is complete.
+static Weight *RoomyLimits(const EngineCall *call, const Weight *limits)
+{
+  Weight *roomy = wmalloc(call->nparts, "api: roomy limits");
+
+  for (int p = 0; p < call->nparts; p++) {
+    const double least = (1.0 + LEAST_ROOM) * call->shares[p] * static_cast<double>(call->total);
+    roomy[p] = std::max(limits[p], TruncateWeight(least));
+  }
+  return roomy;
+}
+
+static void RunSearch(const EngineCall *call, const Control *ctrl, HGraph *graph, int *part)
+{
+  Weight *minimums = Narrowed(call->nparts, call->minimums, "api: minimums");
+  Weight *limits = RoomyLimits(call, ctrl->bounds.limits);
+  const SearchGoal goal = {call->nparts, call->cut, call->connectivity, limits, minimums};
+  Control roomy = *ctrl;
+  roomy.bounds.limits = limits;
+  const SearchPlan plan = {call->members, call->combinations, call->direct, call->endless};
+
+  PartitionAroundFixed(&roomy, graph, part, [&](const Control *inner, HGraph *compressed, int *cpart) {
+    return Search(inner, &goal, &plan, compressed, cpart);
+  });
+  QVfree__(&minimums, &limits);
+}
+
 void RunEngine(const EngineCall *call, int *part)
 {
   Weight *limits = Narrowed(call->nparts, call->limits, "api: limits");
@@ -93,7 +123,10 @@ void RunEngine(const EngineCall *call, int *part)
   else if (call->initial != nullptr)
     icopy__(call->ncells, call->initial, part);
   HGraph *graph = GraphOf(call);
-  RunDriver(call, &ctrl, graph, part);
+  if (call->members > 0)
+    RunSearch(call, &ctrl, graph, part);
+  else
+    RunDriver(call, &ctrl, graph, part);
   FreeHGraph__(graph);
   QVfree__(&limits);
 }

@@ -1,0 +1,201 @@
+// tests/search/population_test.cpp - members and their combinations, and searches as a whole.
+// SPDX-License-Identifier: MIT
+
+#include "base/random.h"
+#include "search/member.h"
+#include "search/search.h"
+#include "support/graph.h"
+
+#include <memory>
+#include <set>
+
+typedef std::vector<int> Ints;
+
+namespace
+{
+
+struct Task {
+  void (*work)(void *argument);
+  void *argument;
+  bool done;
+
+  // As on a thread of its own, whose random sequence is anywhere.
+  void Do()
+  {
+    const RandomState saved = SaveRandom();
+    InitRandom__(4711);
+    work(argument);
+    RestoreRandom(&saved);
+    done = true;
+  }
+};
+
+// A caller that does forked work at once, or when it is waited for, and keeps what it is told.
+struct Caller {
+  bool atonce = false;
+  int calls = 1 << 30; // of proceed that succeed
+  const Instance *instance = nullptr;
+  std::vector<std::int64_t> cuts; // of the announced partitions
+  std::vector<Step> steps;
+  Hooks hooks = {};
+
+  Caller()
+  {
+    hooks.owner = hooks.taker = this;
+    hooks.proceed = [](void *owner) { return static_cast<Caller *>(owner)->calls-- > 0; };
+    hooks.incumbent = [](void *taker, const int *part) {
+      Caller *caller = static_cast<Caller *>(taker);
+      caller->cuts.push_back(CutOf(*caller->instance, Ints(part, part + caller->instance->ncells)));
+    };
+    hooks.record = [](void *owner, const Step *step) {
+      static_cast<Caller *>(owner)->steps.push_back(*step);
+    };
+    hooks.fork = [](void *owner, void (*work)(void *), void *argument) -> void * {
+      std::unique_ptr<Task> task(new Task{work, argument, false});
+      if (static_cast<Caller *>(owner)->atonce)
+        task->Do();
+      return task.release();
+    };
+    hooks.join = [](void *, void *handle) {
+      const std::unique_ptr<Task> task(static_cast<Task *>(handle));
+      if (!task->done)
+        task->Do();
+    };
+  }
+  Caller(const Caller &) = delete;
+};
+
+// A search of a random hypergraph into four parts.
+struct SearchCase {
+  Instance instance;
+  HGraph *graph;
+  std::vector<double> shares = std::vector<double>(4, 0.25);
+  std::vector<Weight> limits, minimums = std::vector<Weight>(4, 0);
+  SearchGoal goal = {};
+  Control ctrl = TestControl();
+  Ints part;
+
+  SearchCase(int ncells, std::uint64_t seed, Caller *caller)
+      : instance(), graph(nullptr), limits(), part(static_cast<std::size_t>(ncells), 0)
+  {
+    TestRandom random = {seed};
+
+    instance = RandomInstance(&random, ncells, ncells + ncells / 4, ODD_ISLANDS | ODD_LARGE);
+    graph = HGraphOf(instance);
+    limits.assign(4, static_cast<Weight>(ncells / 4 + ncells / 40 + 1));
+    goal = {4, true, false, limits.data(), minimums.data()};
+    ctrl.nparts = 4;
+    ctrl.rtype = REFINE_EARLY_EXIT;
+    ctrl.seed = 7;
+    ctrl.bounds.shares = shares.data();
+    ctrl.bounds.limits = limits.data();
+    ctrl.bounds.total = static_cast<Weight>(ncells);
+    caller->instance = &instance;
+    ctrl.hooks = &caller->hooks;
+  }
+  SearchCase(const SearchCase &) = delete;
+  ~SearchCase()
+  {
+    FreeHGraph__(graph);
+  }
+};
+
+} // namespace
+
+TEST(member, a_child_is_never_worse_than_the_better_parent)
+{
+  Caller caller;
+  int nbetter = 0;
+
+  for (std::uint64_t seed = 1; seed <= 6; seed++) {
+    SearchCase c(600, seed, &caller);
+    const Member a = Bisect(&c.ctrl, &c.goal, 1, c.graph),
+                 b = PartitionDirectly(&c.ctrl, &c.goal, 2, c.graph);
+    const Member child = Combine(&c.ctrl, &c.goal, 3, c.graph, &a, &b);
+    const Member cycled = Cycle(&c.ctrl, &c.goal, 3, c.graph, &b);
+    EXPECT_EQ(child.value, Evaluate(&c.goal, c.graph, child.part.data()));
+    EXPECT_LE(child.value, std::min(a.value, b.value));
+    EXPECT_LE(cycled.value, b.value);
+    EXPECT_EQ(Distance(c.graph, &a, &a), 0);
+    EXPECT_EQ(Distance(c.graph, &a, &b), Distance(c.graph, &b, &a));
+    nbetter += child.value < std::min(a.value, b.value);
+  }
+  EXPECT_GT(nbetter, 2);
+}
+
+TEST(search, finds_the_same_whenever_forked_work_is_done)
+{
+  for (const bool direct : {false, true}) {
+    Ints parts[2];
+    for (const bool atonce : {false, true}) {
+      Caller caller;
+      SearchCase c(1800, 5, &caller);
+      const SearchPlan plan = {3, 4, direct, false};
+      caller.atonce = atonce;
+      const Weight cut = Search(&c.ctrl, &c.goal, &plan, c.graph, c.part.data());
+      EXPECT_EQ(cut, CutOf(c.instance, c.part));
+      parts[atonce] = c.part;
+      ASSERT_FALSE(caller.cuts.empty());
+      EXPECT_EQ(caller.cuts.back(), cut);
+
+      // The records: members first, then what was made of earlier ones; the last best one is the result.
+      std::int64_t best = 0;
+      for (std::size_t i = 0; i < caller.steps.size(); i++) {
+        const Step *step = &caller.steps[i];
+        EXPECT_EQ(step->kind, STEP_MEMBER);
+        EXPECT_EQ(step->trial, static_cast<int>(i));
+        for (const int parent : step->parents) {
+          EXPECT_EQ(parent < 0, i < 3);
+          EXPECT_LT(parent, static_cast<int>(i));
+        }
+        if (step->taken)
+          best = step->value;
+      }
+      EXPECT_GT(caller.steps.size(), 3u);
+      EXPECT_EQ(best, cut);
+    }
+    EXPECT_EQ(parts[0], parts[1]);
+  }
+}
+
+TEST(search, a_given_partition_never_gets_worse)
+{
+  for (std::uint64_t seed = 1; seed <= 4; seed++) {
+    Caller caller;
+    SearchCase c(400, seed, &caller);
+    const SearchPlan plan = {4, 4, false, false};
+    for (int i = 0; i < 400; i++)
+      c.part[At(i)] = i % 4;
+    const Ints given = c.part;
+    c.ctrl.initial = given.data();
+    const std::int64_t before = CutOf(c.instance, given);
+    EXPECT_LT(Search(&c.ctrl, &c.goal, &plan, c.graph, c.part.data()), before);
+    // Once more from there.
+    const std::int64_t between = CutOf(c.instance, c.part);
+    const Ints again = c.part;
+    c.ctrl.initial = again.data();
+    EXPECT_LE(Search(&c.ctrl, &c.goal, &plan, c.graph, c.part.data()), between);
+  }
+}
+
+TEST(search, goes_on_until_it_is_stopped_and_announces_only_what_is_better)
+{
+  Caller caller;
+  SearchCase c(300, 3, &caller);
+  const SearchPlan plan = {1, 0, false, true};
+  const std::uint64_t serial = CurrentLedger()->serial;
+
+  caller.calls = 8000;
+  EXPECT_THROW(Search(&c.ctrl, &c.goal, &plan, c.graph, c.part.data()), StopRun);
+  ReleaseLedger(serial);
+  EXPECT_GT(caller.cuts.size(), 3u);
+  // The first one is that of the coarsest level.
+  for (std::size_t i = 1; i < caller.cuts.size(); i++)
+    EXPECT_LE(caller.cuts[i], caller.cuts[i - 1]);
+  std::set<std::pair<int, int>> pairs;
+  for (const Step &step : caller.steps)
+    if (step.parents[0] >= 0) {
+      EXPECT_TRUE(pairs.insert(std::minmax(step.parents[0], step.parents[1])).second) << "a pair twice";
+    }
+  EXPECT_GT(pairs.size(), 5u);
+}
