@@ -16,7 +16,7 @@ enum ExitStatus {
   EXIT_OVER_LIMIT = 4,
   EXIT_OUT_OF_MEMORY = 5,
   EXIT_FILES = 6,
-  EXIT_TIME_LIMIT = 7,
+  // 7 was a time limit that was reached, which is no failure.
   EXIT_INTERRUPTED = 130
 };
 

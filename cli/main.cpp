@@ -5,6 +5,7 @@
 
 #include "options/json.h"
 #include "options/options.h"
+#include "options/words.h"
 #include "verbs/verbs.h"
 
 #include <cerrno>
@@ -35,6 +36,7 @@ static ExitStatus Execute(int argc, char **argv, ColorWhen *color)
   Run run;
   std::vector<std::string> args(argv + 1, argv + argc);
 
+  ExpandWords(&args);
   ExpandJson(&args);
   const bool described =
       !ReadCommandLine(std::move(args), [&](CLI::App *app) { DescribeCommand(app, &run, color); });

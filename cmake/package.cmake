@@ -2,7 +2,8 @@
 # CPackSourceConfig.cmake an archive of the sources.
 set(CPACK_PACKAGE_NAME kapris)
 set(CPACK_PACKAGE_VENDOR "kapris developers")
-set(CPACK_PACKAGE_CONTACT "kapris developers <maintainers@kapris.invalid>")
+set(KAPRIS_MAINTAINER "kapris developers" CACHE STRING "Who answers for packages: Name <address>")
+set(CPACK_PACKAGE_CONTACT "${KAPRIS_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
 set(CPACK_PACKAGE_DESCRIPTION
   "kapris divides the cells of a hypergraph into parts of nearly equal weight

@@ -11,13 +11,13 @@ int main()
   const std::vector<int> net_starts = {0, 3, 6, 9, 12, 14, 16, 19, 21, 23, 25};
   const std::vector<int> pins = {0, 1, 2, 3, 4, 5, 0, 2, 4, 1, 3, 5, 0, 5, 2, 3, 6, 7, 8, 6, 7, 5, 6, 4, 8};
   const std::vector<std::int64_t> cell_weights(9, 10);
-  const std::vector<double> part_shares = {2.0 / 3.0, 1.0 / 3.0};
+  const std::vector<double> target_weights = {2, 1};
 
   const kapris::Hypergraph hypergraph = {
       .ncells = 9, .net_starts = net_starts, .pins = pins, .cell_weights = cell_weights};
-  const kapris::Targets targets = {.nparts = 2, .part_shares = part_shares};
+  const kapris::Targets targets = {.nparts = 2, .target_weights = target_weights};
   kapris::Options options;
-  options.imbalance = 0.05;
+  options.epsilon = 0.05;
   options.starts = 4;
   options.threads = 2;
   options.time_limit = std::chrono::minutes(1);

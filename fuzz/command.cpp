@@ -113,13 +113,13 @@ static std::string FlawOf(int status, const std::string &verb)
 {
   if (status < EXIT_USAGE && status != EXIT_DONE)
     return "status " + std::to_string(status);
-  if (status > EXIT_TIME_LIMIT)
+  if (status > EXIT_FILES)
     return "status " + std::to_string(status);
   for (const auto &entry : std::filesystem::directory_iterator("."))
     if (entry.path().filename().string().starts_with(".kapris-"))
       return "a temporary file is left";
-  // What fails leaves everything as it was; a part above its limit or out of time is no failure.
-  const bool failed = status != EXIT_DONE && status != EXIT_OVER_LIMIT && status != EXIT_TIME_LIMIT;
+  // What fails leaves everything as it was; a part above its limit is no failure.
+  const bool failed = status != EXIT_DONE && status != EXIT_OVER_LIMIT;
   if (failed || verb == "check")
     for (const auto &[name, text] : inputs)
       if (ContentsOf(name) != text)

@@ -36,6 +36,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
   const Hgr fromhgr = TryHgr(FormatHgr(hgr), nullptr), frompatoh = TryPatoh(FormatPatoh(hgr), nullptr);
   Expect(fromhgr == hgr ? "" : ".hgr text does not give the record again");
   Expect(frompatoh == hgr ? "" : ".patoh text does not give the record again");
+  if (FUZZ_READER == TryGraph)
+    Expect(TryGraph(FormatGraph(hgr), nullptr) == hgr ? "" : ".graph text does not give the record again");
   if (FUZZ_READER == TryMtx) {
     const Hgr frommtx = TryMtx(FormatMtx(hgr), nullptr);
     Expect(frommtx.netptr == hgr.netptr && frommtx.netind == hgr.netind ? "" : ".mtx text changes the pins");

@@ -18,11 +18,13 @@ static Call DecodeCall(Bytes *bytes)
   kapris_init_options(&options);
   const int percent = bytes->Below(60);
   options.scheme = static_cast<kapris_scheme>(bytes->Below(2));
-  options.objective = static_cast<kapris_objective>(bytes->Below(2));
+  options.objective = static_cast<kapris_objective>(bytes->Below(3));
   options.coarsening = static_cast<kapris_coarsening>(bytes->Below(5));
   options.refinement = static_cast<kapris_refinement>(bytes->Below(3));
   options.vcycle = static_cast<kapris_vcycle>(bytes->Below(4));
   options.runs = 1 + bytes->Below(2);
+  options.members = bytes->Below(4);
+  options.combinations = bytes->Below(4);
   options.reconst = bytes->Below(2);
   options.seed = bytes->Below(65536);
   options.starts = 1 + bytes->Below(2);
@@ -70,7 +72,7 @@ static void CorruptCall(Bytes *bytes, Call *call)
     break;
   case 3:
     if (!call->twelfths.empty())
-      call->twelfths[0] = value;
+      call->twelfths[0] = std::min(value, 1000);
     break;
   default:
     Corrupt(bytes, &call->instance);

@@ -3,6 +3,11 @@
 
 #include "sound.h"
 
+#include "io/bookshelf.h"
+#include "io/yosys.h"
+
+#include <algorithm>
+
 namespace kapris_cli
 {
 
@@ -24,6 +29,54 @@ Hgr TryMtx(std::string_view text, Problems *problems)
 Hgr TryCnf(std::string_view text, Problems *problems)
 {
   return ReadCnf("x", text, Model::DUAL, problems);
+}
+
+Hgr TryWcnf(std::string_view text, Problems *problems)
+{
+  return ReadWcnf("x", text, Model::PRIMAL, false, problems);
+}
+
+Hgr TryGraph(std::string_view text, Problems *problems)
+{
+  return ReadGraph("x", text, problems);
+}
+
+// The names must be as many as what they name, and survive being written.
+static void CheckDetails(const Hgr &hgr, const Details &details)
+{
+  if (details.cells.size() != static_cast<size_t>(hgr.ncells) ||
+      details.nets.size() != static_cast<size_t>(hgr.nnets))
+    throw Failure{EXIT_INTERNAL, "the number of names"};
+  const std::vector<int> part(details.cells.size(), 1);
+  if (!part.empty() && FindRepeats(details.cells).empty() &&
+      ReadNamed("x", FormatNames(details, part), IndexCells(details, hgr.ncells), 2, true) != part)
+    throw Failure{EXIT_INTERNAL, "the names are not read as they were written"};
+}
+
+Hgr TryYosys(std::string_view text, Problems *problems)
+{
+  Details details;
+  Hgr hgr = ReadYosys("x", text, {}, problems, &details);
+
+  CheckDetails(hgr, details);
+  return hgr;
+}
+
+Hgr TryBookshelf(std::string_view text, Problems *problems)
+{
+  NamedText pieces[4] = {{"x", {}}, {"x", {}}, {"", {}}, {"", {}}};
+  Details details;
+
+  for (NamedText &piece : pieces) {
+    const size_t end = std::min(text.find('\0'), text.size());
+    piece.bytes = text.substr(0, end);
+    if (end > 0)
+      piece.name.assign(1, 'x');
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  Hgr hgr = ReadBookshelf({pieces[0], pieces[1], pieces[2], pieces[3]}, problems, &details);
+  CheckDetails(hgr, details);
+  return hgr;
 }
 
 std::string FirstFlaw(const Hgr &hgr)

@@ -18,6 +18,10 @@ Hgr TryHgr(std::string_view text, Problems *problems);
 Hgr TryPatoh(std::string_view text, Problems *problems);
 Hgr TryMtx(std::string_view text, Problems *problems); // rows are nets, weights as the format has them
 Hgr TryCnf(std::string_view text, Problems *problems); // the dual model
+Hgr TryWcnf(std::string_view text, Problems *problems);
+Hgr TryGraph(std::string_view text, Problems *problems);
+Hgr TryYosys(std::string_view text, Problems *problems);     // with its names
+Hgr TryBookshelf(std::string_view text, Problems *problems); // four texts with null bytes between them
 
 // Empty if the record is what kapris_api.h asks for.
 std::string FirstFlaw(const Hgr &hgr);

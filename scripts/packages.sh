@@ -1,6 +1,9 @@
 # scripts/packages.sh - sourced by the other scripts: installs missing Debian packages.
 # SPDX-License-Identifier: MIT
 
+# What the command line tool is built with, besides a compiler; docs/install.md names them too.
+tool_packages=(libcli11-dev libfmt-dev nlohmann-json3-dev libarchive-dev libpng-dev libxxhash-dev zlib1g-dev)
+
 # need PACKAGE...: makes sure that the packages are installed, as root or through sudo, and says what it does.
 need()
 {

@@ -1,4 +1,4 @@
-// cli/io/cnf.cpp - the reader of DIMACS formulas.
+// cli/io/cnf.cpp - the readers of DIMACS formulas, without and with weights of clauses.
 // SPDX-License-Identifier: MIT
 //
 //   header   comments, then "p cnf", variables and clauses; bounded   ReadHeader
@@ -8,7 +8,9 @@
 
 #include "io/entries.h"
 #include "io/formats.h"
+#include "io/nets.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <fmt/core.h>
@@ -81,6 +83,31 @@ static std::vector<Entry> ReadClauses(Scan *scan, const Formula &formula)
   return entries;
 }
 
+// What the formula becomes; the weights, if there are any, are those of clauses.
+static Hgr HgrOfFormula(const Scan &header, const Formula &formula, Model model, std::vector<Entry> entries,
+                        std::vector<std::int64_t> weights, size_t length)
+{
+  Hgr hgr;
+
+  if (formula.nvariables > INT_MAX / 2)
+    FailAt(header, header.at, fmt::format("more than {} variables", INT_MAX / 2));
+  if (model == Model::DUAL) {
+    CheckProportion(header, "nets", formula.nvariables, length);
+    for (Entry &entry : entries)
+      entry = {entry.cell / 2, entry.net};
+    hgr = HgrOfEntries(header, formula.nvariables, formula.nclauses, entries);
+    hgr.cellwgts = std::move(weights);
+    return hgr;
+  }
+  if (model != Model::LITERAL)
+    for (Entry &entry : entries)
+      entry.cell /= 2;
+  hgr =
+      HgrOfEntries(header, formula.nclauses, (model == Model::LITERAL ? 2 : 1) * formula.nvariables, entries);
+  hgr.netwgts = std::move(weights);
+  return hgr;
+}
+
 Hgr ReadCnf(const std::string &name, std::string_view text, Model model, Problems *problems)
 {
   Scan scan = StartScan(name, text, problems, 'c');
@@ -90,17 +117,140 @@ Hgr ReadCnf(const std::string &name, std::string_view text, Model model, Problem
 
   if (formula.nvariables > INT_MAX / 2)
     FailAt(header, header.at, fmt::format("more than {} variables", INT_MAX / 2));
-  std::vector<Entry> entries = ReadClauses(&scan, formula);
-  if (model == Model::LITERAL)
-    return HgrOfEntries(header, formula.nclauses, 2 * formula.nvariables, entries);
-  for (Entry &entry : entries)
-    entry.cell /= 2;
-  if (model != Model::DUAL)
-    return HgrOfEntries(header, formula.nclauses, formula.nvariables, entries);
-  CheckProportion(header, "nets", formula.nvariables, text.size());
-  for (Entry &entry : entries)
-    std::swap(entry.net, entry.cell);
-  return HgrOfEntries(header, formula.nvariables, formula.nclauses, entries);
+  return HgrOfFormula(header, formula, model, ReadClauses(&scan, formula), {}, text.size());
+}
+
+// ----------------------------------------------------------------------------------------------------------
+// With weights: the old form has a header, the new one neither header nor counts, and "h" for a hard clause
+
+namespace
+{
+
+struct WeightedClauses {
+  Formula formula = {0, 0};
+  std::vector<Entry> entries;
+  std::vector<std::int64_t> weights;
+  std::vector<size_t> hard; // whose weight is that of all soft ones, and 1
+  std::int64_t total = 0;   // of all soft ones
+};
+
+} // namespace
+
+// "p wcnf VARIABLES CLAUSES", then perhaps the weight that hard clauses have. False if the text does not begin so.
+static bool ReadWeightedHeader(Scan *scan, Formula *formula, std::string_view *hard)
+{
+  Scan ahead = *scan;
+
+  if (NextWord(&ahead) != "p")
+    return false;
+  NextInLine(&ahead);
+  if (NextWord(&ahead) != "wcnf")
+    FailAt(*scan, scan->at, "the header must be 'p wcnf VARIABLES CLAUSES', or none");
+  *scan = ahead;
+  formula->nvariables = ReadCount(scan, "the number of variables");
+  formula->nclauses = ReadCount(scan, "the number of clauses");
+  NextInLine(scan);
+  const char *place = scan->at;
+  *hard = NextWord(scan);
+  if (!std::all_of(hard->begin(), hard->end(), IsDigit))
+    FailAt(*scan, place,
+           fmt::format("the weight of hard clauses: {} is not a whole number", Quoted(*scan, place)));
+  EndLine(scan, "the header");
+  return true;
+}
+
+// The literals up to 0; faults name those above the variables if their number is known.
+static void ReadLiterals(Scan *scan, int nvariables, WeightedClauses *clauses)
+{
+  const int clause = clauses->formula.nclauses;
+
+  for (;;) {
+    if (!NextInLine(scan) && !NextFilledLine(scan)) {
+      FaultAt(*scan, scan->at, fmt::format("clause {} does not end with 0", clause + 1));
+      return;
+    }
+    NextInLine(scan);
+    const char *place = scan->at;
+    const int literal = ReadSigned(scan, "literal");
+    if (literal == 0)
+      return;
+    if (literal == no_number)
+      continue;
+    const int variable = std::abs(literal), most = nvariables < 0 ? INT_MAX / 2 : nvariables;
+    if (variable > most) {
+      FaultAt(*scan, place,
+              fmt::format("literal {} in clause {} (line {}): there are only {} variables", literal,
+                          clause + 1, scan->line, most));
+      continue;
+    }
+    clauses->formula.nvariables = std::max(clauses->formula.nvariables, variable);
+    clauses->entries.push_back({clause, literal > 0 ? 2 * (literal - 1) : 2 * (-literal - 1) + 1});
+  }
+}
+
+// hard: the word for a hard clause; empty: none is.
+static WeightedClauses ReadWeightedClauses(Scan *scan, int nvariables, std::string_view hard)
+{
+  WeightedClauses clauses;
+
+  while (NextFilledLine(scan)) {
+    do {
+      const Scan word = *scan;
+      if (NextWord(scan) == hard) {
+        clauses.hard.push_back(clauses.weights.size());
+        clauses.weights.push_back(0);
+      } else {
+        *scan = word;
+        const std::int64_t weight = ReadWeight(scan, "clause weight", &clauses.total);
+        clauses.weights.push_back(std::max<std::int64_t>(weight, 0));
+      }
+      ReadLiterals(scan, nvariables, &clauses);
+      clauses.formula.nclauses++;
+    } while (NextInLine(scan));
+  }
+  return clauses;
+}
+
+// A hard clause weighs more than all soft ones together.
+static void WeighHardClauses(const Scan &header, WeightedClauses *clauses)
+{
+  const std::int64_t weight = clauses->total + 1;
+
+  for (const size_t clause : clauses->hard)
+    clauses->weights[clause] = weight;
+  if (!clauses->hard.empty() &&
+      weight > (most_weight - clauses->total) / static_cast<std::int64_t>(clauses->hard.size()))
+    FaultAt(header, header.at,
+            fmt::format(
+                "{} hard clauses, each heavier than all soft ones, which weigh {}, take the total above {}: "
+                "--unit-weights reads all as weight 1",
+                clauses->hard.size(), clauses->total, most_weight));
+}
+
+Hgr ReadWcnf(const std::string &name, std::string_view text, Model model, bool unit_weights,
+             Problems *problems)
+{
+  Scan scan = StartScan(name, text, problems, 'c');
+  Formula declared = {-1, 0};
+  std::string_view hard = "h";
+
+  if (!NextFilledLine(&scan))
+    FailAt(scan, scan.at, "there is neither a header nor a clause");
+  const Scan header = scan;
+  const bool counted = ReadWeightedHeader(&scan, &declared, &hard);
+  WeightedClauses clauses = ReadWeightedClauses(&scan, declared.nvariables, hard);
+  if (counted && declared.nclauses != clauses.formula.nclauses)
+    FaultAt(header, header.at,
+            fmt::format("the header says {} clauses, but there are {}", declared.nclauses,
+                        clauses.formula.nclauses));
+  if (counted)
+    clauses.formula.nvariables = declared.nvariables;
+  if (unit_weights)
+    clauses.weights.clear();
+  else
+    WeighHardClauses(header, &clauses);
+  return HgrOfFormula(header, clauses.formula, model, std::move(clauses.entries), std::move(clauses.weights),
+                      text.size());
 }
 
 } // namespace kapris_cli

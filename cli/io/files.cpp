@@ -4,8 +4,9 @@
 #include "io/files.h"
 
 #include "failure.h"
+#include "text.h"
 
-#include "io/gzip.h"
+#include "io/packed.h"
 
 #include <cerrno>
 #include <cstring>
@@ -20,12 +21,12 @@ namespace kapris_cli
 
 void FailWithErrno(const char *action, const std::string &path, int error)
 {
-  throw Failure{EXIT_FILES, fmt::format("cannot {} {}: {}", action, path, std::strerror(error))};
+  throw Failure{EXIT_FILES, fmt::format("cannot {} {}: {}", action, Shown(path), std::strerror(error))};
 }
 
 std::string InputName(const std::string &path)
 {
-  return path == "-" ? "stdin" : path;
+  return path == "-" ? "stdin" : Shown(path);
 }
 
 // Reads to the end of fd; without bytes and with errno set on failure. A copy, since a mapped file that another program
@@ -69,6 +70,24 @@ static int OpenToRead(const std::string &path)
   return fd;
 }
 
+// Editors put a byte order mark before the text, and some write two bytes for each character.
+static Text WithoutMark(const std::string &path, Text text)
+{
+  using namespace std::string_view_literals;
+  const bool isutf16 =
+      text.bytes.starts_with("\xff\xfe"sv) || text.bytes.starts_with("\xfe\xff"sv) ||
+      (text.bytes.size() >= 4 && ((text.bytes[1] == 0 && text.bytes[3] == 0 && text.bytes[0] != 0) ||
+                                  (text.bytes[0] == 0 && text.bytes[2] == 0 && text.bytes[1] != 0)));
+
+  if (isutf16)
+    throw Failure{
+        EXIT_MALFORMED,
+        fmt::format("{}:1:1: this looks like UTF-16; save the file as plain text or UTF-8", InputName(path))};
+  if (text.bytes.starts_with("\xef\xbb\xbf"sv))
+    text.bytes.remove_prefix(3);
+  return text;
+}
+
 Text OpenText(const std::string &path)
 {
   const int fd = OpenToRead(path);
@@ -78,11 +97,12 @@ Text OpenText(const std::string &path)
   if (fd != STDIN_FILENO)
     close(fd);
   if (text.owner == nullptr)
-    FailWithErrno("read", InputName(path), error);
-  if (!IsGzip(text.bytes))
-    return text;
-  const auto owner = std::make_shared<const std::string>(Decompress(InputName(path), text.bytes));
-  return {*owner, owner};
+    FailWithErrno("read", path == "-" ? "stdin" : path, error);
+  const Packing packing = PackingOf(text.bytes);
+  if (packing == Packing::NONE)
+    return WithoutMark(path, text);
+  const auto owner = std::make_shared<const std::string>(Unpack(InputName(path), packing, text.bytes));
+  return WithoutMark(path, {*owner, owner});
 }
 
 bool IsRegularFile(const std::string &path)

@@ -9,7 +9,7 @@
 namespace kapris_cli
 {
 
-// The name for messages: "stdin" for "-".
+// The name for messages: "stdin" for "-", escaped if it cannot be shown.
 std::string InputName(const std::string &path);
 
 // Bytes for reading, and what keeps them.
@@ -18,7 +18,8 @@ struct Text {
   std::shared_ptr<const void> owner;
 };
 
-// The bytes of a file, decompressed if they are gzip data, whatever the file's name; path "-" reads standard input.
+// The bytes of a file, or the text if they are compressed (io/packed.h), whatever its name, without a byte order mark;
+// path "-" reads standard input.
 Text OpenText(const std::string &path);
 
 bool IsRegularFile(const std::string &path);

@@ -5,18 +5,29 @@
 
 #include "failure.h"
 
+#include "io/bookshelf.h"
 #include "io/entries.h"
 #include "io/files.h"
+#include "io/ignore.h"
 #include "io/output.h"
+#include "io/packed.h"
+#include "io/types.h"
+#include "io/yosys.h"
 #include "options/choice.h"
 
+#include <climits>
 #include <fmt/core.h>
 
 namespace kapris_cli
 {
 
-static const Names<Format> formats = {
-    {"hgr", Format::HGR}, {"mtx", Format::MTX}, {"patoh", Format::PATOH}, {"cnf", Format::CNF}};
+static const Names<Format> formats = {{"hgr", Format::HGR},     {"mtx", Format::MTX},
+                                      {"patoh", Format::PATOH}, {"cnf", Format::CNF},
+                                      {"wcnf", Format::WCNF},   {"graph", Format::GRAPH},
+                                      {"yosys", Format::YOSYS}, {"bookshelf", Format::BOOKSHELF}};
+
+// Other ends of names than those that are called as their formats.
+static const Names<Format> suffixes = {{"json", Format::YOSYS}, {"aux", Format::BOOKSHELF}};
 
 static const Names<Model> models = {{"row-net", Model::ROW_NET},
                                     {"column-net", Model::COLUMN_NET},
@@ -26,10 +37,11 @@ static const Names<Model> models = {{"row-net", Model::ROW_NET},
 
 void AddInput(CLI::App *verb, Input *input, bool required)
 {
-  CLI::Option *file =
-      AddArgument(verb, "FILE", &input->path,
-                  "Hypergraph (.hgr, .patoh), matrix (.mtx) or formula (.cnf), also gzip-compressed; - for "
-                  "standard input");
+  CLI::Option *file = AddArgument(
+      verb, "FILE", &input->path,
+      "Hypergraph (.hgr, .patoh), matrix (.mtx), formula (.cnf, .wcnf), graph (.graph), netlist of "
+      "yosys (.json) or Bookshelf problem (.aux), also compressed (.gz, .xz, .bz2, .zst); - for standard "
+      "input");
 
   if (required)
     Require(file);
@@ -40,7 +52,60 @@ void AddInput(CLI::App *verb, Input *input, bool required)
          "(primal, default) or literals as cells, or its variables (dual)",
          models);
   AddFlag(verb, "--unit-weights", &input->unit_weights,
-          "Matrix: all cells weigh 1, not the number of their entries");
+          "Matrix: all cells weigh 1, not the number of their entries; .wcnf: so do all clauses");
+  AddText(verb, "--module", &input->module, "NAME",
+          "Netlist: the top module; default: the one that is marked so");
+  AddNumber(verb, "--depth", &input->depth, 0, INT_MAX, "N",
+            "Netlist: levels of modules that are dissolved into their cells; 0: none [all]");
+  AddText(verb, "--weights", &input->types, "TYPES",
+          "Netlist: file with lines of a type of cells and its weight [1 for every type]");
+  AddText(verb, "--weight-by", &input->column, "NAME",
+          "Column of TYPES, by its first line 'type NAME...' [the first]");
+  AddNumber(verb, "--ignore-nets-above", &input->ignore_above, 0, INT_MAX, "N",
+            "Leave out nets of more than N pins");
+  AddTexts(verb, "--ignore-nets", &input->ignore, "PATTERN",
+           "Leave out nets whose name, or number, matches, as in '*clk*'; can be given several times");
+  SetGroup(verb, "Input",
+           {"--format", "--model", "--unit-weights", "--module", "--depth", "--weights", "--weight-by",
+            "--ignore-nets-above", "--ignore-nets"});
+}
+
+void CopyReading(const Input &from, Input *to)
+{
+  const std::string path = to->path;
+
+  *to = from;
+  to->path = path;
+}
+
+bool SameReading(const Input &one, const Input &other)
+{
+  Input copy = other;
+
+  copy.path = one.path;
+  return one == copy;
+}
+
+std::vector<std::string> ReadingWords(const Input &input)
+{
+  std::vector<std::string> words;
+  const auto add = [&words](const char *option, const std::string &value) {
+    if (!value.empty())
+      words.insert(words.end(), {option, value});
+  };
+
+  add("--format", NameOfFormat(input.format));
+  add("--model", NameOfModel(input.model));
+  if (input.unit_weights)
+    words.push_back("--unit-weights");
+  add("--module", input.module);
+  add("--depth", input.depth ? std::to_string(*input.depth) : "");
+  add("--weights", input.types);
+  add("--weight-by", input.column);
+  add("--ignore-nets-above", input.ignore_above ? std::to_string(*input.ignore_above) : "");
+  for (const std::string &pattern : input.ignore)
+    add("--ignore-nets", pattern);
+  return words;
 }
 
 template <typename Value>
@@ -86,13 +151,18 @@ std::string NameOf(const Input &input)
   return InputName(input.path);
 }
 
+std::string PlainNameOf(const Input &input)
+{
+  return input.path == "-" ? "stdin" : input.path;
+}
+
 Format FormatOfName(std::string_view name)
 {
-  if (name.ends_with(".gz"))
-    name.remove_suffix(3);
-  for (const auto &[word, format] : formats)
-    if (name.ends_with(std::string(".") + word))
-      return format;
+  name = WithoutPacking(name);
+  for (const Names<Format> *names : {&formats, &suffixes})
+    for (const auto &[word, format] : *names)
+      if (name.ends_with(std::string(".") + word))
+        return format;
   return Format::BY_NAME;
 }
 
@@ -103,16 +173,36 @@ static Format FormatOf(const Input &input)
   if (format == Format::BY_NAME)
     format = Format::HGR;
   const bool of_matrix = input.model == Model::ROW_NET || input.model == Model::COLUMN_NET;
-  if (input.model != Model::BY_FORMAT && format != (of_matrix ? Format::MTX : Format::CNF))
+  const bool formula = format == Format::CNF || format == Format::WCNF;
+  if (input.model != Model::BY_FORMAT && !(of_matrix ? format == Format::MTX : formula))
     throw Failure{EXIT_USAGE, fmt::format("--model does not fit the format of {}: row-net and column-net are "
-                                          "for mtx, primal, dual and literal for cnf",
+                                          "for mtx, primal, dual and literal for cnf and wcnf",
                                           NameOf(input))};
-  if (input.unit_weights && format != Format::MTX)
-    throw Failure{EXIT_USAGE, fmt::format("--unit-weights is for matrices, and {} is none", NameOf(input))};
+  if (input.unit_weights && format != Format::MTX && format != Format::WCNF)
+    throw Failure{
+        EXIT_USAGE,
+        fmt::format("--unit-weights is for matrices and weighted formulas, and {} is none", NameOf(input))};
+  const bool netlist = !input.module.empty() || input.depth || !input.types.empty();
+  if (netlist && format != Format::YOSYS)
+    throw Failure{EXIT_USAGE,
+                  fmt::format("--module, --depth and --weights are for netlists of yosys, and {} is none",
+                              NameOf(input))};
+  if (input.types.empty() && !input.column.empty())
+    throw Failure{EXIT_USAGE, "--weight-by names a column of --weights"};
   return format;
 }
 
-static Hgr ReadText(const Input &input, Format format, std::string_view text, Problems *problems)
+static Hgr ReadNetlist(const Input &input, std::string_view text, Problems *problems, Details *details)
+{
+  const TypeWeights table = input.types.empty() ? TypeWeights{} : LoadTypeWeights(input.types, input.column);
+  const YosysRules rules = {input.module, input.depth.value_or(INT_MAX),
+                            input.types.empty() ? nullptr : &table};
+
+  return ReadYosys(NameOf(input), text, rules, problems, details);
+}
+
+static Hgr ReadText(const Input &input, Format format, std::string_view text, Problems *problems,
+                    Details *details)
 {
   const std::string name = NameOf(input);
 
@@ -123,6 +213,14 @@ static Hgr ReadText(const Input &input, Format format, std::string_view text, Pr
     return ReadPatoh(name, text, problems);
   case Format::CNF:
     return ReadCnf(name, text, input.model, problems);
+  case Format::WCNF:
+    return ReadWcnf(name, text, input.model, input.unit_weights, problems);
+  case Format::GRAPH:
+    return ReadGraph(name, text, problems);
+  case Format::YOSYS:
+    return ReadNetlist(input, text, problems, details);
+  case Format::BOOKSHELF:
+    return LoadBookshelf(input.path, text, problems, details);
   case Format::HGR:
   case Format::BY_NAME:
     break;
@@ -130,15 +228,21 @@ static Hgr ReadText(const Input &input, Format format, std::string_view text, Pr
   return ReadHgr(name, text, problems);
 }
 
-Hgr ReadHypergraph(const Input &input, Problems *problems)
+Hgr ReadHypergraph(const Input &input, Problems *problems, Details *details)
 {
   const Format format = FormatOf(input);
+  const bool ignoring = input.ignore_above || !input.ignore.empty();
+  Details own;
 
   try {
     const Text text = OpenText(input.path);
-    Hgr hgr = ReadText(input, format, text.bytes, problems);
+    // Patterns match names.
+    Details *const found = details == nullptr && !input.ignore.empty() ? &own : details;
+    Hgr hgr = ReadText(input, format, text.bytes, problems, found);
     // The readers need no memory for cells that are only declared, but all that comes after them does.
     CheckProportion(StartScan(NameOf(input), text.bytes), "cells", hgr.ncells, text.bytes.size());
+    if (ignoring)
+      IgnoreNets(input.ignore_above, input.ignore, &hgr, found);
     return hgr;
   } catch (const Failure &failure) {
     if (problems == nullptr || failure.status != EXIT_MALFORMED)
@@ -152,6 +256,8 @@ static std::string FormatAs(Format format, const Hgr &hgr)
 {
   if (format == Format::MTX)
     return FormatMtx(hgr);
+  if (format == Format::GRAPH)
+    return FormatGraph(hgr);
   return format == Format::PATOH ? FormatPatoh(hgr) : FormatHgr(hgr);
 }
 

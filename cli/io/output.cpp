@@ -8,9 +8,10 @@
 #include "io/output.h"
 
 #include "failure.h"
+#include "text.h"
 
 #include "io/files.h"
-#include "io/gzip.h"
+#include "io/packed.h"
 
 #include <cerrno>
 #include <csignal>
@@ -124,16 +125,21 @@ void CheckFiles(const std::vector<std::string> &inputs, const std::vector<std::s
   for (const std::string &path : outputs) {
     if (path.empty())
       continue;
+    if (!CanPack(PackingOfName(path)))
+      throw Failure{EXIT_USAGE,
+                    fmt::format("cannot write {}: files of this kind are only read; choose .gz, .xz or "
+                                ".bz2",
+                                Shown(path))};
     CheckWritable(path);
     const std::string identity = IdentityOf(path, STDOUT_FILENO);
     if (identity.empty())
       continue;
     if (identity != "-" && read.count(identity) > 0)
       throw Failure{EXIT_USAGE,
-                    fmt::format("the output {} is the input itself", path == "-" ? "stdout" : path)};
+                    fmt::format("the output {} is the input itself", path == "-" ? "stdout" : Shown(path))};
     if (!written.insert(identity).second)
       throw Failure{EXIT_USAGE, path == "-" ? "two results go to standard output; give one of them a file"
-                                            : fmt::format("two results are both to be {}", path)};
+                                            : fmt::format("two results are both to be {}", Shown(path))};
   }
 }
 
@@ -239,10 +245,12 @@ static void WriteBytes(const std::string &path, std::string_view bytes)
 
 void WriteFile(const std::string &path, std::string_view text)
 {
-  if (path.ends_with(".gz"))
-    WriteBytes(path, Compress(text));
-  else
+  const Packing packing = PackingOfName(path);
+
+  if (packing == Packing::NONE)
     WriteBytes(path, text);
+  else
+    WriteBytes(path, Pack(packing, text));
 }
 
 } // namespace kapris_cli

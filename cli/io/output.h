@@ -14,7 +14,7 @@ namespace kapris_cli
 void CheckFiles(const std::vector<std::string> &inputs, const std::vector<std::string> &outputs);
 
 // Makes text the contents of path, all of it or nothing: a failure leaves an older file as it was. Compressed if the
-// name ends with .gz. Path "-" writes to standard output.
+// name ends with .gz, .xz or .bz2. Path "-" writes to standard output.
 void WriteFile(const std::string &path, std::string_view text);
 
 } // namespace kapris_cli

@@ -13,6 +13,7 @@
 
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace kapris_cli
 {
@@ -49,8 +50,12 @@ static Json OptionsJson(const Outcome &outcome)
           {"refinement", NameOfRefinement(options.refinement)},
           {"vcycle", NameOfVCycle(options.vcycle)},
           {"runs", options.runs},
+          {"members", options.members},
+          {"combinations", options.combinations},
           {"reconst", options.reconst},
-          {"epsilon", options.imbalance},
+          {"epsilon", options.epsilon},
+          {"min_epsilon", options.min_epsilon},
+          {"allow_empty", options.allow_empty},
           {"target_weights", outcome.plan.shares.empty() ? Json(nullptr) : Json(outcome.plan.shares)},
           {"seed", outcome.result.seed}};
 }
@@ -73,6 +78,7 @@ static Json StartsJson(const kapris::Result &result)
                       {"soed", start.soed},
                       {"connectivity", start.soed - start.cut},
                       {"imbalance", start.imbalance},
+                      {"excess", start.excess},
                       {"balanced", start.balanced != 0},
                       {"completed", start.completed != 0},
                       {"seconds", start.seconds}});
@@ -89,6 +95,9 @@ static Json BestJson(const kapris::Result &result)
       {"soed", result.soed},
       {"connectivity", result.connectivity},
       {"imbalance", result.imbalance},
+      {"excess", result.excess},
+      {"empty_parts",
+       result.part_weights.size() - std::set<int>(result.part.begin(), result.part.end()).size()},
       {"balanced", result.balanced}};
 }
 
@@ -112,7 +121,13 @@ static Json InputJson(const Input &input)
 {
   return {{"format", NameOfFormat(input.format)},
           {"model", NameOfModel(input.model)},
-          {"unit_weights", input.unit_weights}};
+          {"unit_weights", input.unit_weights},
+          {"module", input.module},
+          {"depth", input.depth ? Json(*input.depth) : Json(nullptr)},
+          {"weights", input.types},
+          {"weight_by", input.column},
+          {"ignore_nets_above", input.ignore_above ? Json(*input.ignore_above) : Json(nullptr)},
+          {"ignore_nets", input.ignore}};
 }
 
 static Json FixedWeightsJson(const Outcome &outcome)
@@ -127,6 +142,11 @@ static Json FixedWeightsJson(const Outcome &outcome)
   return weights;
 }
 
+static Json ParentsJson(const kapris::Trial &trial)
+{
+  return trial.parents[0] < 0 ? Json::array() : Json{trial.parents[0], trial.parents[1]};
+}
+
 static Json TrialsJson(const kapris::Result &result)
 {
   Json trials = Json::array();
@@ -137,7 +157,8 @@ static Json TrialsJson(const kapris::Result &result)
                       {"value", trial.value},
                       {"cycled", trial.cycled < 0 ? Json(nullptr) : Json(trial.cycled)},
                       {"imbalance", trial.imbalance},
-                      {"best", trial.best != 0}});
+                      {"best", trial.best != 0},
+                      {"parents", ParentsJson(trial)}});
   return trials;
 }
 
@@ -157,35 +178,68 @@ static Json LevelsJson(const kapris::Result &result)
   return levels;
 }
 
+static Json BisectionsJson(const kapris::Result &result)
+{
+  Json bisections = Json::array();
+
+  for (const kapris::Bisection &bisection : result.bisections)
+    bisections.push_back({{"first", bisection.first},
+                          {"parts", bisection.parts},
+                          {"cut", bisection.cut},
+                          {"weights", {bisection.weights[0], bisection.weights[1]}},
+                          {"seconds", bisection.seconds}});
+  return bisections;
+}
+
 static Json RecordsJson(const Outcome &outcome)
 {
   return {{"input", InputJson(outcome.request->input)},
           {"fixed_weights", FixedWeightsJson(outcome)},
           {"trials", TrialsJson(outcome.result)},
-          {"levels", LevelsJson(outcome.result)}};
+          {"levels", LevelsJson(outcome.result)},
+          {"bisections", BisectionsJson(outcome.result)}};
+}
+
+// In the order of the cells; as a names file has them, so that names that are no UTF-8 are not lost.
+static Json NamesJson(const Outcome &outcome)
+{
+  Json names = Json::array();
+
+  for (int cell = 0; cell < outcome.hgr.ncells; cell++)
+    names.push_back({{"name", CellName(outcome.details, cell)},
+                     {"part", outcome.result.part[static_cast<size_t>(cell)]}});
+  return names;
 }
 
 static Json ResultJson(const Outcome &outcome)
 {
   const kapris::Result &result = outcome.result;
-  Json json = StartJson("kapris-result-1", NameOf(outcome.request->input), outcome.hgr);
+  Json json = StartJson("kapris-result-1", PlainNameOf(outcome.request->input), outcome.hgr);
 
   json["hash"] = HashOf(outcome.hgr);
   json["version"] = fmt::format("{}.{}.{}", KAPRIS_VERSION_MAJOR, KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH);
   json["command"] = outcome.plan.command;
   json["given"] = PartFileJson(outcome.request->part, outcome.given);
   json["fixed"] = PartFileJson(outcome.request->fixed, outcome.fixed);
+  if (outcome.groups)
+    json["groups"] = PartFileJson(outcome.request->groups, outcome.groups->merged);
+  if (!outcome.request->terminals.empty())
+    json["terminals"] = outcome.request->terminals;
   json["options"] = OptionsJson(outcome);
   json["limits"] = LimitsJson(outcome.plan.options);
   json["status"] = kapris::StatusName(result.status);
   json["message"] = result.message;
+  json["warnings"] = outcome.warnings;
   json["best"] = BestJson(result);
   json["starts"] = StartsJson(result);
   json["part_weights"] = result.part_weights;
   json["part_limits"] = result.part_limits;
+  json["part_minimums"] = result.part_minimums;
   json["output"] = PartFileJson(outcome.plan.out, result.part);
   json["seconds"] = SecondsJson(outcome);
   json["peak_bytes"] = result.peak_bytes;
+  if (outcome.request->json_names)
+    json["names"] = NamesJson(outcome);
   if (outcome.plan.options.records)
     json["records"] = RecordsJson(outcome);
   return json;
@@ -203,8 +257,8 @@ void WriteResult(const Outcome &outcome)
     if (!request.json.empty() && (request.json == "-") == tostdout)
       WriteJson(json, request.json);
     if (!request.report.empty() && (request.report == "-") == tostdout)
-      WriteFile(request.report,
-                ReportPage(ReadReportData("the result", json), &outcome.hgr, &outcome.result.part));
+      WriteFile(request.report, ReportPage(ReadReportData("the result", json), &outcome.hgr,
+                                           &outcome.result.part, &outcome.details));
   }
 }
 
@@ -217,8 +271,14 @@ static Json PartWeightsJson(const Evaluation &eval)
 
   for (const UsedPart &used : eval.measures.used) {
     weights.push_back({{"part", used.number}, {"weight", used.weight}});
-    if (eval.limits)
-      weights.back()["over"] = used.weight > eval.limits(used.number);
+    if (eval.limits.most)
+      weights.back()["over"] = used.weight > eval.limits.most(used.number);
+    if (eval.limits.least)
+      weights.back()["under"] = used.weight < eval.limits.least(used.number);
+    const PartComponents &components =
+        eval.components[static_cast<size_t>(&used - eval.measures.used.data())];
+    weights.back()["components"] = components.count;
+    weights.back()["cells_outside"] = components.outside;
   }
   return weights;
 }
@@ -234,35 +294,75 @@ static Json FixedCellsJson(const Evaluation &eval)
   return {{"cells", eval.nfixed}, {"elsewhere", misplaced}};
 }
 
-static Json CutNetsJson(const Evaluation &eval)
+static Json CutNetsJson(const EvalRequest &request, const Evaluation &eval)
 {
   Json nets = Json::array();
 
-  for (const CutNet &cut : eval.nets)
+  for (const CutNet &cut : eval.nets) {
     nets.push_back({{"net", cut.net + 1}, {"weight", NetWeight(eval.hgr, cut.net)}, {"parts", cut.parts}});
+    if (request.json_names)
+      nets.back()["name"] = NetName(eval.details, cut.net);
+  }
   return nets;
+}
+
+static Json BorderCellsJson(const EvalRequest &request, const Evaluation &eval)
+{
+  Json cells = Json::array();
+
+  for (const BorderCell &border : eval.border) {
+    cells.push_back({{"cell", border.cell + 1},
+                     {"weight", border.weight},
+                     {"nets", border.nnets},
+                     {"part", eval.part[static_cast<size_t>(border.cell)]}});
+    if (request.json_names)
+      cells.back()["name"] = CellName(eval.details, border.cell);
+  }
+  return cells;
+}
+
+static Json BoundsJson(const PartBound &bound, long long nparts)
+{
+  Json bounds = Json::array();
+
+  for (int p = 0; p < nparts; p++)
+    bounds.push_back(bound(p));
+  return bounds;
 }
 
 static Json EvaluationJson(const EvalRequest &request, const Evaluation &eval)
 {
-  Json json = StartJson("kapris-eval-1", NameOf(request.input), eval.hgr);
+  Json json = StartJson("kapris-eval-1", PlainNameOf(request.input), eval.hgr);
 
   json["parts"] = eval.nparts;
   json["cut"] = eval.measures.cut;
   json["soed"] = eval.measures.soed;
   json["connectivity"] = eval.measures.connectivity;
-  json["imbalance"] = Imbalance(eval.measures, eval.nparts);
+  json["imbalance"] = Imbalance(eval.measures, eval.nparts, eval.shares);
   json["part_weights"] = PartWeightsJson(eval);
-  if (eval.limits) {
-    json["limit"] = eval.limits(0);
+  json["target_weights"] = eval.shares.empty() ? Json(nullptr) : Json(eval.shares);
+  if (eval.limits.most) {
+    if (eval.shares.empty())
+      json["limit"] = eval.limits.most(0);
+    else
+      json["part_limits"] = BoundsJson(eval.limits.most, eval.nparts);
     json["parts_over"] = CountOver(eval.measures, eval.limits);
+  }
+  if (eval.limits.least) {
+    if (eval.shares.empty())
+      json["minimum"] = eval.limits.least(0);
+    else
+      json["part_minimums"] = BoundsJson(eval.limits.least, eval.nparts);
+    json["parts_under"] = CountUnder(eval.measures, eval.nparts, eval.limits);
   }
   if (!request.fixed.empty())
     json["fixed"] = FixedCellsJson(eval);
   if (request.matrix)
     json["matrix"] = eval.matrix;
-  if (request.nets)
-    json["cut_nets"] = CutNetsJson(eval);
+  if (request.nets) {
+    json["cut_nets"] = CutNetsJson(request, eval);
+    json["border_cells"] = BorderCellsJson(request, eval);
+  }
   return json;
 }
 
@@ -306,6 +406,7 @@ void WriteStats(const std::string &name, const Hgr &hgr, const Stats &stats, con
     json[key] = count;
   for (const auto &[key, distribution] : stats.distributions)
     json[key] = DistributionJson(distribution);
+  json["largest_components"] = stats.largest_components;
   WriteJson(json, path);
 }
 

@@ -1,7 +1,9 @@
 // cli/manual/main.cpp - kapris_manual OUTDIR DATE: writes manual pages and completions, for the build.
 // SPDX-License-Identifier: MIT
 //
-// The folders below OUTDIR are those below share in an installation. The same sources and date give the same files.
+// Of our own, as it knows what the parser knows: help2man has but the text of --help, and neither it nor scdoc gives
+// completions. The folders below OUTDIR are those below share in an installation. The same sources and date give the
+// same files.
 
 #include "failure.h"
 

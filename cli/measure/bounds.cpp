@@ -11,6 +11,7 @@
 #include "measure/sums.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <fmt/core.h>
 
 namespace kapris_cli
@@ -32,20 +33,21 @@ void CheckSums(const std::string &name, const Hgr &hgr, int nparts)
   }
 }
 
-static std::int64_t DivideUp(std::int64_t value, std::int64_t by)
+Limits LimitsOf(std::int64_t total, const kapris::Targets &targets, std::optional<double> epsilon,
+                double min_epsilon)
 {
-  return value / by + (value % by != 0);
-}
+  const bool equal = targets.target_weights.empty();
+  Limits limits;
 
-// Share by share, since the product of total and factor may leave 64 bits.
-std::int64_t ShareLimit(std::int64_t total, long long nparts, long long millionths)
-{
-  constexpr std::int64_t million = 1000 * 1000;
-  const std::int64_t factor = million + millionths;
-  const std::int64_t share = total / nparts, rest = total % nparts;
-
-  return factor * (share / million) +
-         DivideUp(factor * (share % million) + DivideUp(factor * rest, nparts), million);
+  if (epsilon) {
+    const std::int64_t all = equal ? kapris::PartLimit(total, targets, 0, *epsilon) : 0;
+    limits.most = [=](int p) { return equal ? all : kapris::PartLimit(total, targets, p, *epsilon); };
+  }
+  if (min_epsilon < 1.0) {
+    const std::int64_t all = equal ? kapris::PartMinimum(total, targets, 0, min_epsilon) : 0;
+    limits.least = [=](int p) { return equal ? all : kapris::PartMinimum(total, targets, p, min_epsilon); };
+  }
+  return limits;
 }
 
 int CountOver(const Measures &measures, const Limits &limits)
@@ -53,9 +55,50 @@ int CountOver(const Measures &measures, const Limits &limits)
   int nover = 0;
 
   for (const UsedPart &used : measures.used)
-    if (limits && used.weight > limits(used.number))
-      nover++;
+    nover += limits.most && used.weight > limits.most(used.number);
   return nover;
+}
+
+// A part without cells is below any minimum but 0.
+long long CountUnder(const Measures &measures, long long nparts, const Limits &limits)
+{
+  size_t next = 0;
+  long long nunder = 0;
+
+  for (int p = 0; limits.least && p < nparts; p++) {
+    const bool used = next < measures.used.size() && measures.used[next].number == p;
+    nunder += (used ? measures.used[next++].weight : 0) < limits.least(p);
+  }
+  return nunder;
+}
+
+std::vector<std::string> LimitWarnings(const Hgr &hgr, const kapris::Targets &targets, double epsilon)
+{
+  const std::string percent =
+      epsilon >= 1.0 ? fmt::format("; if {0:g} percent is meant, give {1:g}", epsilon, epsilon / 100) : "";
+  std::vector<std::string> warnings;
+  std::int64_t total = 0, most = 0;
+
+  for (int cell = 0; cell < hgr.ncells; cell++)
+    total += CellWeight(hgr, cell);
+  for (int p = 0; p < (targets.target_weights.empty() ? 1 : targets.nparts); p++)
+    most = std::max(most, kapris::PartLimit(total, targets, p, epsilon));
+  if (targets.nparts > hgr.ncells)
+    warnings.push_back(fmt::format("{} parts for {} cells: {} parts stay empty", targets.nparts, hgr.ncells,
+                                   targets.nparts - hgr.ncells));
+  else if (targets.nparts > 1 && most >= total)
+    warnings.push_back(
+        fmt::format("with an epsilon of {:g}, all cells fit into one part{}", epsilon, percent));
+  else if (!percent.empty())
+    warnings.push_back(fmt::format("an epsilon of {:g} allows parts of {:g} times their share{}", epsilon,
+                                   1.0 + epsilon, percent));
+  return warnings;
+}
+
+void PrintWarnings(const std::vector<std::string> &warnings)
+{
+  for (const std::string &warning : warnings)
+    fmt::print(stderr, "kapris: warning: {}\n", warning);
 }
 
 } // namespace kapris_cli

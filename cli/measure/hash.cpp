@@ -3,46 +3,29 @@
 
 #include "measure/hash.h"
 
-#include <cstdint>
+#include "io/formats.h"
+#include "io/parts.h"
+
 #include <fmt/core.h>
-#include <type_traits>
+#include <string_view>
+#include <xxhash.h>
 
 namespace kapris_cli
 {
 
-static void Mix(std::uint64_t *hash, std::uint64_t value)
+static std::string HashOfText(std::string_view text)
 {
-  std::uint64_t h = (*hash ^ value) * 0x9e3779b97f4a7c15u;
-
-  *hash = h ^ (h >> 32);
-}
-
-template <typename Number>
-static void MixAll(std::uint64_t *hash, const std::vector<Number> &numbers)
-{
-  Mix(hash, numbers.size());
-  for (const Number number : numbers)
-    Mix(hash, static_cast<std::make_unsigned_t<Number>>(number));
+  return fmt::format("{:016x}", XXH64(text.data(), text.size(), 0));
 }
 
 std::string HashOf(const Hgr &hgr)
 {
-  std::uint64_t hash = 1;
-
-  Mix(&hash, static_cast<std::uint64_t>(hgr.ncells));
-  MixAll(&hash, hgr.netptr);
-  MixAll(&hash, hgr.netind);
-  MixAll(&hash, hgr.cellwgts);
-  MixAll(&hash, hgr.netwgts);
-  return fmt::format("{:016x}", hash);
+  return HashOfText(FormatHgr(hgr));
 }
 
-std::string HashOf(const std::vector<int> &numbers)
+std::string HashOf(const std::vector<int> &part)
 {
-  std::uint64_t hash = 1;
-
-  MixAll(&hash, numbers);
-  return fmt::format("{:016x}", hash);
+  return HashOfText(FormatParts(part));
 }
 
 } // namespace kapris_cli

@@ -10,9 +10,10 @@
 namespace kapris_cli
 {
 
-// 16 hexadecimal digits that depend on the numbers alone, not on the file that they came from or the machine. They
-// guard against mistakes, not against forgery.
+// What xxhsum prints for the hypergraph as .hgr, as "convert --to hgr" writes it, and for a part file as it is written:
+// 16 digits that depend on the numbers alone, not on the format that they came in or the machine. They guard against
+// mistakes, not against forgery.
 std::string HashOf(const Hgr &hgr);
-std::string HashOf(const std::vector<int> &numbers);
+std::string HashOf(const std::vector<int> &part);
 
 } // namespace kapris_cli

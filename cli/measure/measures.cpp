@@ -27,18 +27,7 @@ static std::vector<int> UsedNumbers(const std::vector<int> &part)
   return numbers;
 }
 
-namespace
-{
-
-// The parts in use and, for each cell, which of them it is in.
-struct Placement {
-  std::vector<int> numbers;
-  std::vector<size_t> slot;
-};
-
-} // namespace
-
-static Placement Place(const std::vector<int> &part)
+Placement Place(const std::vector<int> &part)
 {
   Placement place = {UsedNumbers(part), {}};
 
@@ -95,16 +84,18 @@ Measures Measure(const std::string &name, const Hgr &hgr, const std::vector<int>
   return measures;
 }
 
-double Imbalance(const Measures &measures, long long nparts)
+double Imbalance(const Measures &measures, long long nparts, const std::vector<double> &shares)
 {
-  std::int64_t heaviest = 0;
+  double highest = 0.0;
 
-  for (const UsedPart &used : measures.used)
-    heaviest = std::max(heaviest, used.weight);
-  if (measures.total == 0)
-    return 0.0;
-  return static_cast<double>(heaviest) * static_cast<double>(nparts) / static_cast<double>(measures.total) -
-         1.0;
+  for (const UsedPart &used : measures.used) {
+    const double weight = static_cast<double>(used.weight), total = static_cast<double>(measures.total);
+    if (measures.total > 0)
+      highest =
+          std::max(highest, shares.empty() ? weight * static_cast<double>(nparts) / total
+                                           : weight / (shares[static_cast<size_t>(used.number)] * total));
+  }
+  return measures.total > 0 ? highest - 1.0 : 0.0;
 }
 
 std::vector<CutNet> CutNets(const Hgr &hgr, const std::vector<int> &part)

@@ -4,6 +4,7 @@
 
 #include "io/hgr.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,12 +25,19 @@ struct Measures {
   std::vector<UsedPart> used;    // the parts that have cells, by number
 };
 
+// The parts in use, by number, and for each cell which of them it is in.
+struct Placement {
+  std::vector<int> numbers;
+  std::vector<size_t> slot;
+};
+Placement Place(const std::vector<int> &part);
+
 // part has one number >= 0 for each cell. The numbers may be far apart: memory depends on the parts in use. Throws
 // Failure if the SOED leaves 64 bits, which CheckSums rules out; the name is for its message.
 Measures Measure(const std::string &name, const Hgr &hgr, const std::vector<int> &part);
 
-// The heaviest of nparts parts over their average weight, less 1; 0 if nothing has weight.
-double Imbalance(const Measures &measures, long long nparts);
+// The part that is heaviest over its share, less 1; 0 if nothing has weight. shares: of all parts, or empty: all equal.
+double Imbalance(const Measures &measures, long long nparts, const std::vector<double> &shares = {});
 
 struct CutNet {
   int net;

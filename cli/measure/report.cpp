@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <iterator>
 
 namespace kapris_cli
 {
@@ -20,63 +21,100 @@ std::string FormatSizes(const std::string &name, const Hgr &hgr)
          Line("pins", hgr.netind.size());
 }
 
+std::string FormatLimits(int part, const Limits &limits)
+{
+  const std::int64_t least = limits.least ? limits.least(part) : 0;
+
+  if (!limits.most)
+    return limits.least ? fmt::format(" at least {}", least) : "";
+  return least > 0 ? fmt::format(" {} to {}", least, limits.most(part))
+                   : fmt::format(" at most {}", limits.most(part));
+}
+
 static std::string FormatPart(int part, std::int64_t weight, const Limits &limits)
 {
   std::string value = std::to_string(weight);
 
-  if (limits)
-    value += fmt::format(" of at most {}{}", limits(part), weight > limits(part) ? ", over" : "");
+  if (limits.most || limits.least)
+    value += " of" + FormatLimits(part, limits);
+  if (limits.most && weight > limits.most(part))
+    value += ", over";
+  if (limits.least && weight < limits.least(part))
+    value += ", under";
   return Line(fmt::format("part {}", part), value);
 }
 
 // Parts that a report lists one by one.
 static constexpr int most_listed = 16;
 
-static std::string FormatAllWeights(const Measures &measures, int nparts, const Limits &limits)
+// Calls visit(part, weight) for all parts, the empty ones too.
+template <typename Visit>
+static void VisitParts(const Measures &measures, long long nparts, Visit visit)
 {
-  std::string text;
   size_t next = 0;
 
   for (int p = 0; p < nparts; p++) {
     const bool used = next < measures.used.size() && measures.used[next].number == p;
-    text += FormatPart(p, used ? measures.used[next++].weight : 0, limits);
+    visit(p, used ? measures.used[next++].weight : 0);
   }
-  return text;
 }
+
+namespace
+{
+
+struct Extremes {
+  std::int64_t low = INT64_MAX, high = 0;
+
+  void Add(std::int64_t value)
+  {
+    low = std::min(low, value);
+    high = std::max(high, value);
+  }
+
+  std::string Text() const
+  {
+    return fmt::format("min {}, max {}", std::min(low, high), high);
+  }
+};
+
+} // namespace
 
 static std::string FormatExtremeWeights(const Measures &measures, long long nparts, const Limits &limits)
 {
-  const bool all_used = static_cast<long long>(measures.used.size()) == nparts;
-  std::int64_t lightest = all_used ? measures.total : 0, heaviest = 0;
-  std::int64_t lowest = measures.used.empty() ? 0 : INT64_MAX, highest = 0;
-  std::string over;
-  int nover = 0;
+  Extremes weights, most, least;
+  std::string out;
+  int nout = 0;
 
+  // The numbers of used parts can be far apart.
+  if (static_cast<long long>(measures.used.size()) < nparts)
+    weights.Add(0);
   for (const UsedPart &used : measures.used) {
-    lightest = std::min(lightest, used.weight);
-    heaviest = std::max(heaviest, used.weight);
-    if (limits) {
-      const std::int64_t limit = limits(used.number);
-      lowest = std::min(lowest, limit);
-      highest = std::max(highest, limit);
-      if (used.weight > limit && nover++ < most_listed)
-        over += FormatPart(used.number, used.weight, limits);
-    }
+    const bool over = limits.most && used.weight > limits.most(used.number);
+    const bool under = limits.least && used.weight < limits.least(used.number);
+    weights.Add(used.weight);
+    if (limits.most)
+      most.Add(limits.most(used.number));
+    if (limits.least)
+      least.Add(limits.least(used.number));
+    if ((over || under) && nout++ < most_listed)
+      out += FormatPart(used.number, used.weight, limits);
   }
-  std::string text = Line("part weights", fmt::format("min {}, max {}", lightest, heaviest));
-  if (limits)
-    text += Line("part limits", fmt::format("min {}, max {}", lowest, highest));
-  return text + over;
+  return Line("part weights", weights.Text()) + (limits.most ? Line("part limits", most.Text()) : "") +
+         (limits.least ? Line("part minimums", least.Text()) : "") + out;
 }
 
 std::string FormatWeights(const Measures &measures, long long nparts, const Limits &limits)
 {
   const int nover = CountOver(measures, limits);
-  const std::string text = nparts <= most_listed
-                               ? FormatAllWeights(measures, static_cast<int>(nparts), limits)
-                               : FormatExtremeWeights(measures, nparts, limits);
+  const long long nunder = CountUnder(measures, nparts, limits), nempty = nparts - std::ssize(measures.used);
+  std::string text;
 
-  return nover > 0 ? text + Line("parts over", nover) : text;
+  if (nparts <= most_listed)
+    VisitParts(measures, nparts, [&](int p, std::int64_t weight) { text += FormatPart(p, weight, limits); });
+  else
+    text = FormatExtremeWeights(measures, nparts, limits);
+  return text + (nempty > 0 ? Line("empty parts", nempty) : "") +
+         (nover > 0 ? Line("parts over", nover) : "") + (nunder > 0 ? Line("parts under", nunder) : "");
 }
 
 } // namespace kapris_cli

@@ -22,8 +22,11 @@ std::string Line(const std::string &name, std::integral auto value)
 // Name, cells, nets and pins.
 std::string FormatSizes(const std::string &name, const Hgr &hgr);
 
+// " at most 5", " 3 to 5", or nothing.
+std::string FormatLimits(int part, const Limits &limits);
+
 // The weight of each of up to 16 parts, of more only the extremes and the first that are over their limit. With limits
-// also these and how many parts are over theirs, if any.
+// also these and how many parts keep to them not; and how many are empty, if any.
 std::string FormatWeights(const Measures &measures, long long nparts, const Limits &limits);
 
 } // namespace kapris_cli

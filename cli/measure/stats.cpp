@@ -3,19 +3,22 @@
 //
 //   sets        the cells of each net, sorted and once each    CellsOfNets
 //   identical   sets that come again                           CountIdentical
-//   components  union of the cells of each net                 ComponentSizes
 //   sum up      average, median, powers of two                 DistributionOf
 
 #include "measure/stats.h"
+
+#include "measure/components.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <numeric>
 #include <span>
 #include <utility>
+#include <xxhash.h>
 
 namespace kapris_cli
 {
@@ -50,25 +53,16 @@ static Hgr CellsOfNets(const Hgr &hgr)
   return sets;
 }
 
-static std::uint64_t HashOf(Cells cells)
-{
-  std::uint64_t hash = cells.size();
-
-  for (const int cell : cells) {
-    hash = (hash ^ static_cast<std::uint64_t>(cell)) * 0x9e3779b97f4a7c15u;
-    hash ^= hash >> 32;
-  }
-  return hash;
-}
-
 // The hash only brings likely equals together; what counts are the cells.
 static int CountIdentical(const Hgr &sets)
 {
   std::vector<std::pair<std::uint64_t, size_t>> order;
   int identical = 0;
 
-  for (size_t net = 0; net < static_cast<size_t>(sets.nnets); net++)
-    order.emplace_back(HashOf(CellsOf(sets, net)), net);
+  for (size_t net = 0; net < static_cast<size_t>(sets.nnets); net++) {
+    const Cells cells = CellsOf(sets, net);
+    order.emplace_back(XXH3_64bits(cells.data(), cells.size_bytes()), net);
+  }
   std::sort(order.begin(), order.end(), [&](const auto &a, const auto &b) {
     if (a.first != b.first)
       return a.first < b.first;
@@ -81,37 +75,6 @@ static int CountIdentical(const Hgr &sets)
       identical++;
   }
   return identical;
-}
-
-// Shortens the way for the next search.
-static int RootOf(std::vector<int> *parent, int cell)
-{
-  int *up = parent->data();
-
-  while (up[cell] != cell) {
-    up[cell] = up[up[cell]];
-    cell = up[cell];
-  }
-  return cell;
-}
-
-static std::vector<int> ComponentSizes(const Hgr &sets)
-{
-  std::vector<int> parent(static_cast<size_t>(sets.ncells)), sizes(static_cast<size_t>(sets.ncells), 1);
-
-  std::iota(parent.begin(), parent.end(), 0);
-  for (size_t net = 0; net < static_cast<size_t>(sets.nnets); net++)
-    for (const int cell : CellsOf(sets, net)) {
-      int small = RootOf(&parent, cell), large = RootOf(&parent, CellsOf(sets, net).front());
-      if (small == large)
-        continue;
-      if (sizes[static_cast<size_t>(small)] > sizes[static_cast<size_t>(large)])
-        std::swap(small, large);
-      parent[static_cast<size_t>(small)] = large;
-      sizes[static_cast<size_t>(large)] += std::exchange(sizes[static_cast<size_t>(small)], 0);
-    }
-  std::erase(sizes, 0);
-  return sizes;
 }
 
 // How many of the values are 0, 1, 2-3, 4-7, and so on.
@@ -160,6 +123,7 @@ static Distribution DistributionOf(const std::vector<int> &counts)
 
 Stats CountStats(const Hgr &hgr)
 {
+  constexpr std::ptrdiff_t most_listed = 10;
   const Hgr sets = CellsOfNets(hgr);
   const std::vector<int> components = ComponentSizes(sets);
   std::vector<int> sizes, degrees(static_cast<size_t>(hgr.ncells));
@@ -178,7 +142,8 @@ Stats CountStats(const Hgr &hgr)
            {"net_weight", DistributionOf(WeightsOf(hgr.netwgts, hgr.nnets))},
            {"net_size", DistributionOf(sizes)},
            {"cell_degree", DistributionOf(degrees)},
-           {"component_size", DistributionOf(components)}}};
+           {"component_size", DistributionOf(components)}},
+          {components.begin(), components.begin() + std::min(std::ssize(components), most_listed)}};
 }
 
 } // namespace kapris_cli

@@ -29,6 +29,7 @@ struct Distribution {
 struct Stats {
   std::vector<std::pair<std::string, std::int64_t>> counts;
   std::vector<std::pair<std::string, Distribution>> distributions;
+  std::vector<int> largest_components; // cells of up to ten
 };
 
 // In time near linear.

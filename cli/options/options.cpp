@@ -4,6 +4,9 @@
 #include "options/options.h"
 
 #include "failure.h"
+#include "text.h"
+
+#include "options/words.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -73,19 +76,77 @@ void CheckValues(CLI::App *app)
     CheckValues(verb);
 }
 
-// In the parser's words, or better ones where it only says that a verb is missing.
+// The names of the options that a command and those around it have.
+static std::vector<std::string> OptionNames(const CLI::App *app)
+{
+  std::vector<std::string> names;
+
+  for (; app != nullptr; app = app->get_parent())
+    for (const CLI::Option *option : app->get_options())
+      for (const std::string &name : option->get_lnames())
+        for (const std::string &known : NamesOfOption("--" + name))
+          names.push_back(known);
+  return names;
+}
+
+static std::string Suggestion(const std::string &given, const std::vector<std::string> &words)
+{
+  const std::string nearest = NearestWord(given, words);
+
+  return nearest.empty() ? "" : fmt::format("; did you mean '{}'?", nearest);
+}
+
+// What is wrong with a command line without a verb.
+static std::string VerbMissing(const CLI::App &app)
+{
+  const std::vector<std::string> words = app.remaining();
+  std::vector<std::string> verbs;
+
+  if (words.empty())
+    return "a verb is missing";
+  if (words[0].starts_with('-'))
+    return fmt::format("a verb is missing before '{}', as in 'kapris partition'", Escape(words[0]));
+  for (const CLI::App *verb : app.get_subcommands([](const CLI::App *) { return true; }))
+    verbs.push_back(verb->get_name());
+  return fmt::format("there is no verb '{}'{}", Escape(words[0]), Suggestion(words[0], verbs));
+}
+
+// The words that belong to nothing, an option first: it can be why others seem to be missing.
+static std::string LeftOver(const CLI::App *verb, const std::vector<std::string> &words)
+{
+  const auto option = std::find_if(words.begin(), words.end(),
+                                   [](const std::string &word) { return word.size() > 1 && word[0] == '-'; });
+
+  if (option == words.end())
+    return fmt::format("'{}' was not expected", Escape(words[0]));
+  const std::string name = option->substr(0, option->find('='));
+  return fmt::format("there is no option '{}'{}", Escape(name), Suggestion(name, OptionNames(verb)));
+}
+
+// The parser's words, or better ones where these say little.
 [[noreturn]] static void FailUsage(const CLI::App &app, const CLI::ParseError &error)
 {
-  const std::vector<CLI::App *> verbs = app.get_subcommands();
-  const std::string verb = verbs.empty() ? "" : " " + verbs[0]->get_name();
-  std::string text = error.what();
+  const CLI::App *verb = &app;
+  std::string name, text = Escape(error.what());
 
-  if (verbs.empty() && dynamic_cast<const CLI::RequiredError *>(&error) != nullptr) {
-    const std::vector<std::string> words = app.remaining();
-    const auto word = std::find_if(words.begin(), words.end(), [](auto &arg) { return arg[0] != '-'; });
-    text = word == words.end() ? "a verb is missing" : fmt::format("there is no verb '{}'", *word);
+  while (!verb->get_subcommands().empty()) {
+    verb = verb->get_subcommands()[0];
+    name += " " + verb->get_name();
   }
-  throw Failure{EXIT_USAGE, fmt::format("{}\n'kapris{} --help' shows how to use it", text, verb)};
+  const std::vector<std::string> left = app.remaining(true);
+  const bool missing = dynamic_cast<const CLI::RequiredError *>(&error) != nullptr;
+  static const std::string conversion = "Could not convert: ", equals = " = ";
+  if (verb == &app && missing)
+    text = VerbMissing(app);
+  else if (!left.empty() &&
+           (dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr ||
+            (missing && std::any_of(left.begin(), left.end(), [](auto &word) { return word[0] == '-'; }))))
+    text = LeftOver(verb, left);
+  else if (const size_t at = text.find(equals); text.starts_with(conversion) && at != std::string::npos)
+    text =
+        fmt::format("{}: '{}' is not a number that it can be",
+                    text.substr(conversion.size(), at - conversion.size()), text.substr(at + equals.size()));
+  throw Failure{EXIT_USAGE, fmt::format("{}\n'kapris{} --help' shows how to use it", text, name)};
 }
 
 bool ReadCommandLine(std::vector<std::string> args, const std::function<void(CLI::App *)> &describe)
@@ -126,6 +187,12 @@ CLI::Option *AddText(CLI::App *verb, const char *name, std::string *value, const
                      const std::string &help)
 {
   return verb->add_option(name, *value, help)->type_name(type);
+}
+
+CLI::Option *AddTexts(CLI::App *verb, const char *name, std::vector<std::string> *values, const char *type,
+                      const std::string &help)
+{
+  return verb->add_option(name, *values, help)->type_name(type)->allow_extra_args(false);
 }
 
 void AddFlag(CLI::App *verb, const char *name, bool *value, const std::string &help)
@@ -229,6 +296,15 @@ CLI::Option *AddChoice(CLI::App *verb, const char *name, const std::vector<Named
     throw CLI::ValidationError(blamed, "'" + given + "' is not one of " + type);
   };
   return AddParsed(verb, name, find, shown, type.c_str(), help);
+}
+
+void SetGroup(CLI::App *verb, const char *group, const std::vector<std::string> &names)
+{
+  // Not by get_option_no_throw: it allocates, and ends the process where that fails.
+  for (CLI::Option *option : verb->get_options())
+    for (const std::string &name : option->get_lnames())
+      if (std::find(names.begin(), names.end(), "--" + name) != names.end())
+        option->group(group);
 }
 
 CLI::Option *Require(CLI::Option *option)

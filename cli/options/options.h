@@ -51,6 +51,9 @@ CLI::Option *AddArguments(CLI::App *verb, const char *name, std::vector<std::str
                           const std::string &help);
 CLI::Option *AddText(CLI::App *verb, const char *name, std::string *value, const char *type,
                      const std::string &help);
+// A text that can be given several times.
+CLI::Option *AddTexts(CLI::App *verb, const char *name, std::vector<std::string> *values, const char *type,
+                      const std::string &help);
 void AddFlag(CLI::App *verb, const char *name, bool *value, const std::string &help);
 void AddFlag(CLI::App *verb, const char *name, int *times, const std::string &help);
 
@@ -77,6 +80,9 @@ struct NamedNumber {
 };
 CLI::Option *AddChoice(CLI::App *verb, const char *name, const std::vector<NamedNumber> &choices,
                        std::function<void(int)> store, int standard, const std::string &help);
+
+// Puts options that the verb has under a heading of the help.
+void SetGroup(CLI::App *verb, const char *group, const std::vector<std::string> &names);
 
 CLI::Option *Require(CLI::Option *option);
 CLI::Option *ShowDefault(CLI::Option *option);

@@ -145,8 +145,9 @@ static std::vector<std::int64_t> ReadWeights(const Place &at, int nparts)
 
 static ReportFigures ReadFigures(const Place &at)
 {
-  return {Weight(At(at, "cut")), Weight(At(at, "soed")), Weight(At(at, "connectivity")),
-          Number(At(at, "imbalance"), -1.0), Truth(At(at, "balanced"))};
+  return {Weight(At(at, "cut")),          Weight(At(at, "soed")),
+          Weight(At(at, "connectivity")), Number(At(at, "imbalance"), -1.0),
+          Truth(At(at, "balanced")),      Weight(At(at, "excess"))};
 }
 
 static ReportStart ReadStart(const Place &at)
@@ -160,14 +161,30 @@ static ReportFile ReadFile(const Place &at)
   return at.json->is_null() ? ReportFile{} : ReportFile{Words(At(at, "path")), Words(At(at, "hash"))};
 }
 
+// Members are born after their parents, so that a chain of parents ends.
+static std::vector<int> ReadParents(const Place &at, int trial)
+{
+  const std::vector<int> parents = List(at, [](const Place &one) { return Count(one); });
+
+  if ((!parents.empty() && parents.size() != 2) ||
+      std::any_of(parents.begin(), parents.end(), [trial](int parent) { return parent >= trial; }))
+    Fail(at, "a list of nothing or of two trials before this one");
+  return parents;
+}
+
 static ReportTrial ReadTrial(const Place &at)
 {
-  return {Count(At(at, "start")),
-          Count(At(at, "trial")),
-          Weight(At(at, "value")),
-          Optional(At(at, "cycled"), Weight),
-          Number(At(at, "imbalance"), -1.0),
-          Truth(At(at, "best"))};
+  ReportTrial trial = {Count(At(at, "start")),
+                       Count(At(at, "trial")),
+                       Weight(At(at, "value")),
+                       Optional(At(at, "cycled"), Weight),
+                       Number(At(at, "imbalance"), -1.0),
+                       Truth(At(at, "best")),
+                       {}};
+
+  if (at.json->contains("parents")) // which older results do not have
+    trial.parents = ReadParents(At(at, "parents"), trial.number);
+  return trial;
 }
 
 static ReportLevel ReadLevel(const Place &at)
@@ -184,18 +201,43 @@ static ReportLevel ReadLevel(const Place &at)
           imbalance.json->is_null() ? 0.0 : Number(imbalance, -1.0)};
 }
 
+static ReportBisection ReadBisection(const Place &at, int nparts)
+{
+  const int parts = static_cast<int>(Whole(At(at, "parts"), 2, nparts));
+
+  return {static_cast<int>(Whole(At(at, "first"), 0, nparts - parts)), parts, Weight(At(at, "cut")),
+          List(At(at, "weights"), Weight, 2), Number(At(at, "seconds"), 0.0)};
+}
+
+// What is not asked for, or belongs to netlists only.
+static void ReadNetlistInput(const Place &at, Input *input)
+{
+  input->module = Words(At(at, "module"));
+  input->depth = Optional(At(at, "depth"), [](const Place &number) { return Count(number); });
+  input->types = Words(At(at, "weights"));
+  input->column = Words(At(at, "weight_by"));
+  input->ignore_above =
+      Optional(At(at, "ignore_nets_above"), [](const Place &number) { return Count(number); });
+  input->ignore = List(At(at, "ignore_nets"), Words);
+}
+
 static ReportRecords ReadRecords(const Place &at, int nparts)
 {
   const Place input = At(at, "input"), fixed = At(at, "fixed_weights");
   ReportRecords records;
 
-  records.format = Words(At(input, "format"));
-  records.model = Words(At(input, "model"));
-  records.unit_weights = Truth(At(input, "unit_weights"));
+  records.input.format = FormatNamed(Words(At(input, "format")));
+  records.input.model = ModelNamed(Words(At(input, "model")));
+  records.input.unit_weights = Truth(At(input, "unit_weights"));
+  if (input.json->contains("module"))
+    ReadNetlistInput(input, &records.input);
   if (!fixed.json->is_null())
     records.fixed_weights = List(fixed, Weight, nparts);
   records.trials = List(At(at, "trials"), ReadTrial);
   records.levels = List(At(at, "levels"), ReadLevel);
+  if (at.json->contains("bisections"))
+    records.bisections =
+        List(At(at, "bisections"), [&](const Place &one) { return ReadBisection(one, nparts); });
   return records;
 }
 
@@ -205,13 +247,19 @@ static void ReadOptions(const Place &result, ReportData *data)
 
   data->parts = Count(At(options, "parts"), 1);
   data->scheme = OneOf(At(options, "scheme"), {"recursive", "kway"});
-  data->objective = OneOf(At(options, "objective"), {"cut", "soed"});
+  data->objective = OneOf(At(options, "objective"), {"cut", "connectivity", "soed"});
   data->coarsening = Words(At(options, "coarsening"));
   data->refinement = Words(At(options, "refinement"));
   data->vcycle = Words(At(options, "vcycle"));
   data->runs = Count(At(options, "runs"), 1);
+  if (options.json->contains("members")) { // which older results do not have
+    data->members = Count(At(options, "members"));
+    data->combinations = Count(At(options, "combinations"));
+  }
   data->reconst = Truth(At(options, "reconst"));
   data->epsilon = Number(At(options, "epsilon"), 0.0);
+  data->min_epsilon = Number(At(options, "min_epsilon"), 0.0);
+  data->allow_empty = Truth(At(options, "allow_empty"));
   data->seed = Whole(At(options, "seed"), 0, INT64_MAX);
   const Place shares = At(options, "target_weights");
   if (!shares.json->is_null())
@@ -250,13 +298,20 @@ ReportData ReadReportData(const std::string &name, const Json &json)
   data.given = ReadFile(At(result, "given"));
   data.fixed = ReadFile(At(result, "fixed"));
   data.output = ReadFile(At(result, "output"));
+  if (json.contains("groups"))
+    data.groups = ReadFile(At(result, "groups"));
+  if (json.contains("terminals"))
+    data.terminals = Words(At(result, "terminals"));
   ReadOptions(result, &data);
   const Place best = At(result, "best");
   data.best_start = Optional(At(best, "start"), [](const Place &at) { return Count(at); });
   data.best = ReadFigures(best);
+  data.nempty = Count(At(best, "empty_parts"));
+  data.warnings = List(At(result, "warnings"), Words);
   data.starts = List(At(result, "starts"), ReadStart);
   data.weights = ReadWeights(At(result, "part_weights"), data.parts);
   data.limits = List(At(result, "part_limits"), Weight, data.parts);
+  data.minimums = List(At(result, "part_minimums"), Weight, data.parts);
   ReadSeconds(At(result, "seconds"), &data);
   data.peak_bytes = Weight(At(result, "peak_bytes"));
   if (json.contains("records"))

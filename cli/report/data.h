@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "io/input.h"
 #include "json/json.h"
 
 #include <cstdint>
@@ -16,6 +17,7 @@ struct ReportFigures {
   std::int64_t cut = 0, soed = 0, connectivity = 0;
   double imbalance = 0.0;
   bool balanced = false;
+  std::int64_t excess = 0; // weight out of the limits
 };
 
 struct ReportStart {
@@ -32,6 +34,7 @@ struct ReportTrial {
   std::optional<std::int64_t> cycled;
   double imbalance = 0.0;
   bool best = false;
+  std::vector<int> parents; // numbers of the trials that it combines, twice the same of a V-cycle; or empty
 };
 
 struct ReportLevel {
@@ -43,28 +46,37 @@ struct ReportLevel {
   double imbalance = 0.0;
 };
 
-// The key records, which only some results have.
-struct ReportRecords {
-  std::string format, model; // empty: by the file
-  bool unit_weights = false;
-  std::vector<std::int64_t> fixed_weights; // per part; empty: nothing is fixed
-  std::vector<ReportTrial> trials;
-  std::vector<ReportLevel> levels;
+struct ReportBisection {
+  int first = 0, parts = 0; // its cells become the parts from first
+  std::int64_t cut = 0;
+  std::vector<std::int64_t> weights; // of its two sides
+  double seconds = 0.0;
 };
 
 struct ReportFile {
   std::string path, hash; // both empty: none
 };
 
+// The key records, which only some results have.
+struct ReportRecords {
+  Input input;                             // how the hypergraph was read; without its path
+  std::vector<std::int64_t> fixed_weights; // per part; empty: nothing is fixed
+  std::vector<ReportTrial> trials;
+  std::vector<ReportLevel> levels;
+  std::vector<ReportBisection> bisections; // none in results of versions that did not have them
+};
+
 struct ReportData {
   std::string file, hash, version, command, status, message;
   int cells = 0, nets = 0, pins = 0;
-  ReportFile given, fixed, output;
+  ReportFile given, fixed, groups, output;
+  std::string terminals; // fields that fix them; empty: free
   // Options and limits.
-  int parts = 0, runs = 0, threads = 0;
+  int parts = 0, runs = 0, members = 0, combinations = 0, threads = 0;
   std::string scheme, objective, coarsening, refinement, vcycle;
   bool reconst = false;
-  double epsilon = 0.0;
+  double epsilon = 0.0, min_epsilon = 1.0;
+  bool allow_empty = false;
   std::vector<double> shares; // sum 1; empty: all equal
   std::int64_t seed = 0;
   std::optional<double> limit_seconds;
@@ -72,8 +84,10 @@ struct ReportData {
   // What came of it.
   std::optional<int> best_start;
   ReportFigures best;
+  int nempty = 0; // parts
+  std::vector<std::string> warnings;
   std::vector<ReportStart> starts;
-  std::vector<std::int64_t> weights, limits; // per part
+  std::vector<std::int64_t> weights, limits, minimums; // per part
   double seconds = 0.0, seconds_read = 0.0, seconds_coarsening = 0.0, seconds_initial = 0.0,
          seconds_refining = 0.0, seconds_balancing = 0.0;
   std::int64_t peak_bytes = 0;
@@ -88,7 +102,16 @@ ReportData LoadReportData(const std::string &path);
 // What the starts are compared by first.
 inline std::int64_t ObjectiveOf(const ReportData &data, const ReportFigures &figures)
 {
+  if (data.objective == "connectivity")
+    return figures.connectivity;
   return data.objective == "soed" ? figures.soed : figures.cut;
+}
+
+// What the values of the trials are that partition into all parts, and of their levels. Without members the engine
+// compares such partitions by the SOED where the connectivity is the objective.
+inline std::string TrialMeasure(const ReportData &data)
+{
+  return data.members == 0 && data.objective == "connectivity" ? "soed" : data.objective;
 }
 
 // The share of a part in the total weight.

@@ -126,7 +126,7 @@ static std::string DrawLevels(const ReportData &data, std::vector<ReportLevel> l
   for (const Plot *plot : {&sizes, &values, &balance})
     DrawStages(&svg, *plot, stages, plot == &sizes);
   DrawYAxis(&svg, sizes, "size");
-  DrawYAxis(&svg, values, data.scheme == "kway" ? data.objective : "cut");
+  DrawYAxis(&svg, values, data.scheme == "kway" ? TrialMeasure(data) : "cut");
   DrawYAxis(&svg, balance, "imbalance", "%", 3);
   DrawSeries(&svg, sizes, levels, stages, "blue", [](const ReportLevel &level) { return level.cells; });
   DrawSeries(&svg, sizes, levels, stages, "red", [](const ReportLevel &level) { return level.nets; });
@@ -157,6 +157,11 @@ std::string LevelsHtml(const ReportData &data)
                          "--json=FILE --records', or "
                          "with --report.");
   const std::vector<ReportLevel> &levels = data.records->levels;
+  if (levels.empty() && data.members > 0)
+    return MissingFigure(
+        "levels", title,
+        "A search has no single road through the levels: each member and each combination has "
+        "its own. With --members 0 there is one to show.");
   if (levels.empty())
     return MissingFigure("levels", title,
                          "The partition came out of no trial, so that there are no levels to show.");

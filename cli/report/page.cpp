@@ -4,7 +4,7 @@
 #include "failure.h"
 
 #include "io/files.h"
-#include "io/parts.h"
+#include "io/names.h"
 #include "measure/hash.h"
 #include "report/pictures.h"
 #include "report/report.h"
@@ -14,24 +14,30 @@
 namespace kapris_cli
 {
 
-static std::string InputPictures(const ReportData &data, const Hgr *hgr, const std::vector<int> *part)
+static std::string InputPictures(const ReportData &data, const Hgr *hgr, const std::vector<int> *part,
+                                 const Details *details)
 {
   if (hgr == nullptr) {
     const std::string reason =
         "This picture needs the hypergraph and the part file: kapris report RESULT FILE PART.";
     return MissingFigure("cut-matrix", "Cut between parts", reason) +
            MissingFigure("net-spans", "Parts that nets span", reason) +
+           MissingFigure("components", "Are the parts connected?", reason) +
+           MissingFigure("border", "What is cut", reason) +
            MissingFigure("spy-before", "Pins before and after ordering", reason);
   }
   const std::vector<CutNet> nets = CutNets(*hgr, *part);
-  return CutMatrixHtml(data, nets, *hgr) + SpyHtml(data, *hgr, *part) + SpansHtml(data, nets, *hgr);
+  return CutMatrixHtml(data, nets, *hgr) + SpyHtml(data, *hgr, *part) + SpansHtml(data, nets, *hgr) +
+         ComponentsHtml(*hgr, *part) + BorderHtml(nets, *hgr, *part, *details);
 }
 
-std::string ReportPage(const ReportData &data, const Hgr *hgr, const std::vector<int> *part)
+std::string ReportPage(const ReportData &data, const Hgr *hgr, const std::vector<int> *part,
+                       const Details *details)
 {
   const std::string body = SummaryHtml(data) + "<div class=\"cards\">\n" + WeightsHtml(data) +
-                           InputPictures(data, hgr, part) + StartsHtml(data) + TrialsHtml(data) +
-                           LevelsHtml(data) + "</div>\n<footer>Made by kapris report.</footer>\n";
+                           InputPictures(data, hgr, part, details) + StartsHtml(data) + TrialsHtml(data) +
+                           BisectionsHtml(data) + LevelsHtml(data) +
+                           "</div>\n<footer>Made by kapris report.</footer>\n";
 
   return PageHtml(fmt::format("{} in {} parts - kapris", data.file, data.parts), body);
 }
@@ -49,15 +55,11 @@ ReportInput LoadReportInput(const std::string &name, const ReportData &data, Inp
 {
   ReportInput input;
 
-  if (data.records && file.format == Format::BY_NAME && file.model == Model::BY_FORMAT &&
-      !file.unit_weights) {
-    file.format = FormatNamed(data.records->format);
-    file.model = ModelNamed(data.records->model);
-    file.unit_weights = data.records->unit_weights;
-  }
-  input.hgr = ReadHypergraph(file);
+  if (data.records && SameReading(file, Input()))
+    CopyReading(data.records->input, &file);
+  input.hgr = ReadHypergraph(file, nullptr, &input.details);
   CheckHash(NameOf(file), "hypergraph", name, HashOf(input.hgr), data.hash);
-  input.part = LoadParts(part, input.hgr.ncells, data.parts);
+  input.part = LoadNamedParts(part, input.details, input.hgr.ncells, data.parts);
   CheckHash(InputName(part), "partition", name, HashOf(input.part), data.output.hash);
   return input;
 }

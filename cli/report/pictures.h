@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "io/names.h"
 #include "measure/measures.h"
 #include "report/data.h"
 #include "report/frame.h"
@@ -23,15 +24,20 @@ size_t FirstOf(const Groups &groups, size_t group); // of ngroups: nparts
 size_t LabelStride(const Groups &groups);
 std::string NameOfGroup(const Groups &groups, size_t group); // "7", or "14-20"
 
-std::string SummaryHtml(const ReportData &data); // heading, verdict, figures, the run, how to repeat it
-std::string WeightsHtml(const ReportData &data); // part weights, targets, limits
-std::string StartsHtml(const ReportData &data);  // what each start gave, and what more would give
-std::string TrialsHtml(const ReportData &data);  // the same of trials
-std::string LevelsHtml(const ReportData &data);  // down and up through the levels
+std::string SummaryHtml(const ReportData &data);    // heading, verdict, figures, the run, how to repeat it
+std::string WeightsHtml(const ReportData &data);    // part weights, targets, limits
+std::string StartsHtml(const ReportData &data);     // what each start gave, and what more would give
+std::string TrialsHtml(const ReportData &data);     // the same of trials
+std::string LevelsHtml(const ReportData &data);     // down and up through the levels
+std::string BisectionsHtml(const ReportData &data); // their tree; nothing where there is none
 
 // Pictures that need the hypergraph and the partition.
 std::string CutMatrixHtml(const ReportData &data, const std::vector<CutNet> &nets, const Hgr &hgr);
 std::string SpansHtml(const ReportData &data, const std::vector<CutNet> &nets, const Hgr &hgr);
+std::string ComponentsHtml(const Hgr &hgr, const std::vector<int> &part); // whether parts are connected
+// The heaviest cut nets and the cells on them.
+std::string BorderHtml(std::vector<CutNet> nets, const Hgr &hgr, const std::vector<int> &part,
+                       const Details &details);
 std::string SpyHtml(const ReportData &data, const Hgr &hgr, const std::vector<int> &part);
 
 } // namespace kapris_cli

@@ -4,39 +4,10 @@
 #include "report/png.h"
 
 #include <new>
-#include <zlib.h>
+#include <png.h>
 
 namespace kapris_cli
 {
-
-static constexpr std::uint8_t red = 0x2f, green = 0x86, blue = 0xc8;
-
-static void AppendWord(std::string *bytes, unsigned long word)
-{
-  for (int shift = 24; shift >= 0; shift -= 8)
-    *bytes += static_cast<char>(word >> shift & 0xff);
-}
-
-static void AppendChunk(std::string *file, const std::string &type, const std::string &data)
-{
-  const std::string body = type + data;
-
-  AppendWord(file, data.size());
-  *file += body;
-  AppendWord(file, crc32(0, reinterpret_cast<const Bytef *>(body.data()), static_cast<uInt>(body.size())));
-}
-
-static std::string Deflate(const std::string &data)
-{
-  uLongf size = compressBound(data.size());
-  std::string packed(size, '\0');
-
-  if (compress2(reinterpret_cast<Bytef *>(packed.data()), &size, reinterpret_cast<const Bytef *>(data.data()),
-                data.size(), Z_BEST_COMPRESSION) != Z_OK)
-    throw std::bad_alloc(); // the only way in which it can fail here
-  packed.resize(size);
-  return packed;
-}
 
 static std::string Base64(const std::string &bytes)
 {
@@ -55,27 +26,21 @@ static std::string Base64(const std::string &bytes)
 
 std::string PixelUri(const std::vector<std::uint8_t> &pixels, size_t side)
 {
-  std::string file = "\x89PNG\r\n\x1a\n", header, palette, alpha, rows;
+  png_image image = {};
+  std::vector<png_byte> colours;
+  std::string file;
 
-  AppendWord(&header, side);
-  AppendWord(&header, side);
-  header += std::string("\x04\x03\x00\x00\x00", 5); // four bits per pixel, by palette
-  for (int i = 0; i < 16; i++) {
-    palette += {static_cast<char>(red), static_cast<char>(green), static_cast<char>(blue)};
-    alpha += static_cast<char>(17 * i);
-  }
-  for (size_t y = 0; y < side; y++) {
-    rows += '\0'; // no filter
-    for (size_t x = 0; x < side; x += 2) {
-      const unsigned second = x + 1 < side ? pixels[y * side + x + 1] : 0u;
-      rows += static_cast<char>(pixels[y * side + x] << 4 | second);
-    }
-  }
-  AppendChunk(&file, "IHDR", header);
-  AppendChunk(&file, "PLTE", palette);
-  AppendChunk(&file, "tRNS", alpha);
-  AppendChunk(&file, "IDAT", Deflate(rows));
-  AppendChunk(&file, "IEND", "");
+  for (int alpha = 0; alpha < 16; alpha++)
+    colours.insert(colours.end(), {0x2f, 0x86, 0xc8, static_cast<png_byte>(17 * alpha)});
+  image.version = PNG_IMAGE_VERSION;
+  image.width = image.height = static_cast<png_uint_32>(side);
+  image.format = PNG_FORMAT_RGBA_COLORMAP;
+  image.colormap_entries = 16;
+  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+  file.resize(size);
+  if (png_image_write_to_memory(&image, file.data(), &size, 0, pixels.data(), 0, colours.data()) == 0)
+    throw std::bad_alloc(); // the only way in which it can fail here
+  file.resize(size);
   return "data:image/png;base64," + Base64(file);
 }
 

@@ -43,18 +43,24 @@ std::vector<std::string> RepeatCommand(const ReportData &data)
 
   if (refine)
     words.push_back(FileWord(data.given.path));
-  if (data.records && !data.records->format.empty())
-    add("--format", data.records->format);
-  if (data.records && !data.records->model.empty())
-    add("--model", data.records->model);
-  if (data.records && data.records->unit_weights)
-    words.push_back("--unit-weights");
+  if (data.records) {
+    const std::vector<std::string> reading = ReadingWords(data.records->input);
+    words.insert(words.end(), reading.begin(), reading.end());
+  }
   add("-k", fmt::format("{}", data.parts));
   add("--epsilon", fmt::format("{}", data.epsilon));
+  if (data.min_epsilon < 1.0)
+    add("--min-epsilon", fmt::format("{}", data.min_epsilon));
+  if (data.allow_empty)
+    words.push_back("--allow-empty");
   if (!data.shares.empty())
     add("--target-weights", Join(data.shares, ","));
   if (!data.fixed.path.empty())
     add("--fixed", FileWord(data.fixed.path));
+  if (!data.groups.path.empty())
+    add("--groups", FileWord(data.groups.path));
+  if (!data.terminals.empty())
+    add("--terminals", data.terminals);
   add("--objective", data.objective);
   add("--scheme", data.scheme);
   if (!refine)
@@ -62,6 +68,9 @@ std::vector<std::string> RepeatCommand(const ReportData &data)
   add("--refinement", data.refinement);
   add("--vcycle", data.vcycle);
   add("--runs", fmt::format("{}", data.runs));
+  add("--members", fmt::format("{}", data.members));
+  if (data.members > 0)
+    add("--combinations", fmt::format("{}", data.combinations));
   AddStarts(data, &words);
   if (data.reconst && !refine)
     words.push_back("--reconst");

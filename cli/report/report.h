@@ -15,6 +15,7 @@ namespace kapris_cli
 struct ReportInput {
   Hgr hgr;
   std::vector<int> part;
+  Details details; // names
 };
 
 // Reads them as the run did that gave the result, unless the options of the input say how. Throws Failure if they are
@@ -22,7 +23,8 @@ struct ReportInput {
 ReportInput LoadReportInput(const std::string &name, const ReportData &data, Input file,
                             const std::string &part);
 
-// One page of HTML that needs nothing else. Without hypergraph and partition, both NULL, it says what would need them.
-std::string ReportPage(const ReportData &data, const Hgr *hgr, const std::vector<int> *part);
+// One page of HTML that needs nothing else. Without the input, all NULL, it says what would need it.
+std::string ReportPage(const ReportData &data, const Hgr *hgr, const std::vector<int> *part,
+                       const Details *details);
 
 } // namespace kapris_cli

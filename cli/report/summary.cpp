@@ -33,6 +33,8 @@ static std::string BalanceSentence(const ReportData &data)
     if (relative(p) < relative(fullest))
       fullest = p;
   }
+  if (nover == 0 && data.best.excess > 0)
+    return fmt::format("Not balanced: parts lack {} to their minimums.", data.best.excess);
   const std::string figures =
       fmt::format("part {}, weighs {} of at most {}", fullest, data.weights[fullest], data.limits[fullest]);
   if (nover == 0)
@@ -47,7 +49,7 @@ static std::string BalanceSentence(const ReportData &data)
 static std::string ObjectiveSentence(const ReportData &data)
 {
   const std::int64_t value = ObjectiveOf(data, data.best);
-  const std::string what = data.objective == "soed" ? "sum of external degrees" : "cut";
+  const std::string what = data.objective == "soed" ? "sum of external degrees" : data.objective;
   std::string from = data.command == "refine" ? "the given partition"
                                               : "a simple partition made before the first start ended";
 
@@ -69,6 +71,12 @@ static Table Figures(const ReportData &data)
   add("SOED: the same, each net times its parts", fmt::format("{}", data.best.soed));
   add("connectivity: each net times its parts less one", fmt::format("{}", data.best.connectivity));
   add("imbalance: the heaviest part over its share, less 1", fmt::format("{:.6f}", data.best.imbalance));
+  if (data.best.excess > 0)
+    add("weight above the limits, or lacking to the minimums", fmt::format("{}", data.best.excess));
+  if (data.nempty > 0)
+    add("empty parts", fmt::format("{}", data.nempty));
+  for (const std::string &warning : data.warnings)
+    add("warning", warning);
   return table;
 }
 
@@ -91,11 +99,19 @@ static Table Facts(const ReportData &data)
   add("method", fmt::format("{}, scheme {}, objective {}", data.command, data.scheme, data.objective));
   add("details", fmt::format("coarsening {}, refinement {}, V-cycles {}, {} runs{}", data.coarsening,
                              data.refinement, data.vcycle, data.runs, data.reconst ? ", reconst" : ""));
+  if (data.members > 0)
+    add("search", data.limit_seconds
+                      ? fmt::format("members and combinations for {} s", *data.limit_seconds)
+                      : fmt::format("{} members, up to {} combinations", data.members, data.combinations));
   add("starts", fmt::format("{}, seed {}", data.starts.size(), data.seed));
   if (!data.given.path.empty())
     add("given partition", FileText(data.given));
   if (!data.fixed.path.empty())
     add("fixed cells", FileText(data.fixed));
+  if (!data.groups.path.empty())
+    add("groups", FileText(data.groups));
+  if (!data.terminals.empty())
+    add("terminals", fmt::format("fixed by fields of {}", data.terminals));
   add("part file", FileText(data.output));
   add("time",
       fmt::format("{:.3f} s on {} thread{}: coarsening {:.2f}, initial partition {:.2f}, refining {:.2f}, "

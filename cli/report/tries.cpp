@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <map>
 
 namespace kapris_cli
 {
@@ -20,8 +21,9 @@ namespace
 struct Try {
   std::string name;
   std::int64_t value;
-  bool counts; // as a balanced and complete one does, if there is any
-  bool best;   // gave the result
+  bool counts;         // as a balanced and complete one does, if there is any
+  bool best;           // gave the result
+  bool hollow = false; // drawn as a ring, as one that does not count is
 };
 
 struct Tries {
@@ -29,6 +31,7 @@ struct Tries {
   std::vector<Try> tries;
   bool alike = true; // drawn from one population, so that more of the same can be predicted
   Table table;
+  const char *filled = "one", *hollow = "over a limit or cut short"; // what the marks are
 };
 
 } // namespace
@@ -92,7 +95,7 @@ static void DrawDots(Svg *svg, const Plot &plot, const Tries &all)
       best = &one;
     else if (all.tries.size() <= most_dots)
       DrawDot(svg, Position(plot.x, static_cast<double>(i)), HeightOf(plot, one.value), radius,
-              one.counts ? "dot" : "ring", fmt::format("{}: {}", one.name, one.value));
+              one.counts && !one.hollow ? "dot" : "ring", fmt::format("{}: {}", one.name, one.value));
   }
   if (best != nullptr)
     DrawDot(svg, Position(plot.x, static_cast<double>(best - all.tries.data())), HeightOf(plot, best->value),
@@ -173,11 +176,9 @@ static std::string TriesHtml(Tries all)
   const Scale y = RoundScale(std::max(0.0, low - margin), high + margin, 184.0, 48.0, true);
   const double last = static_cast<double>(std::max<size_t>(all.tries.size(), 2) - 1);
   const Plot dots = {{-0.03 * last, 1.03 * last, plot_left, plot_right, false, true, 0.0}, y};
-  DrawLegend(&svg, 2.0, 13.0,
-             {{"dot dot", "one"},
-              {"dot ring", "over a limit or cut short"},
-              {"dot best", "the best"},
-              {"line blue", "so far"}});
+  DrawLegend(
+      &svg, 2.0, 13.0,
+      {{"dot dot", all.filled}, {"dot ring", all.hollow}, {"dot best", "the best"}, {"line blue", "so far"}});
   DrawYAxis(&svg, dots, all.axis);
   DrawXAxis(&svg, dots, all.noun + " in order");
   DrawDots(&svg, dots, all);
@@ -222,21 +223,98 @@ std::string StartsHtml(const ReportData &data)
         "starts", title,
         "There was one start. With more of them (--starts 10), this picture shows how far they differ "
         "and whether more pay.");
-  all.table = {"starts-numbers",
-               {"start", "cut", "soed", "imbalance", "balanced", "completed", "seconds", "seed"},
-               {},
-               ""};
+  all.table = {
+      "starts-numbers",
+      {"start", "cut", "soed", "connectivity", "imbalance", "balanced", "completed", "seconds", "seed"},
+      {},
+      ""};
   for (const ReportStart &start : data.starts) {
     const ReportFigures &figures = start.figures;
     all.tries.push_back({fmt::format("start {}", start.number), ObjectiveOf(data, figures),
                          figures.balanced && start.completed, data.best_start == start.number});
     all.table.rows.push_back({fmt::format("{}", start.number), fmt::format("{}", figures.cut),
-                              fmt::format("{}", figures.soed), fmt::format("{:.4f}", figures.imbalance),
-                              figures.balanced ? "yes" : "no", start.completed ? "yes" : "no",
-                              fmt::format("{:.3f}", start.seconds), fmt::format("{}", start.seed)});
+                              fmt::format("{}", figures.soed), fmt::format("{}", figures.connectivity),
+                              fmt::format("{:.4f}", figures.imbalance), figures.balanced ? "yes" : "no",
+                              start.completed ? "yes" : "no", fmt::format("{:.3f}", start.seconds),
+                              fmt::format("{}", start.seed)});
   }
   Shorten(&all.table);
   all.sentence = fmt::format("The {} of each of {} starts.", data.objective, data.starts.size());
+  return TriesHtml(std::move(all));
+}
+
+// How many rounds of combinations led to each trial: 0 of a member, else one more than the later of its parents.
+static std::vector<int> GenerationsOf(const std::vector<ReportTrial> &trials)
+{
+  std::map<std::pair<int, int>, int> known; // by start and number
+  std::vector<int> generations;
+
+  for (const ReportTrial &trial : trials) {
+    int generation = 0;
+    for (const int parent : trial.parents)
+      if (const auto found = known.find({trial.start, parent}); found != known.end())
+        generation = std::max(generation, found->second + 1);
+    known[{trial.start, trial.number}] = generation;
+    generations.push_back(generation);
+  }
+  return generations;
+}
+
+static std::string ParentsText(const ReportTrial &trial)
+{
+  if (trial.parents.empty())
+    return "";
+  return trial.parents[0] == trial.parents[1] ? fmt::format("{}", trial.parents[0])
+                                              : fmt::format("{} and {}", trial.parents[0], trial.parents[1]);
+}
+
+static std::string SearchSentence(const std::vector<ReportTrial> &trials, const std::vector<int> &generations)
+{
+  const auto made = std::count_if(trials.begin(), trials.end(),
+                                  [](const ReportTrial &trial) { return trial.parents.empty(); });
+  const int last = *std::max_element(generations.begin(), generations.end());
+
+  return fmt::format(
+      "{} partitions that the starts made on their own, and {} of others, in up to {} generation{}.", made,
+      std::ssize(trials) - made, last, last == 1 ? "" : "s");
+}
+
+// Of starts with members: the trials are complete partitions, made on their own or of others.
+static std::string SearchHtml(const ReportData &data)
+{
+  const std::vector<ReportTrial> &trials = data.records->trials;
+  const std::vector<int> generations = GenerationsOf(trials);
+  std::map<int, std::int64_t> least; // of each start so far
+  Tries all = {"trials",
+               "Members and combinations",
+               SearchSentence(trials, generations),
+               "trials",
+               TrialMeasure(data),
+               {},
+               false,
+               {}};
+
+  all.filled = "combination";
+  all.hollow = "member";
+  all.table = {"trials-numbers",
+               {"start", "trial", "value", "of trials", "generation", "imbalance", "best so far", "kept"},
+               {},
+               ""};
+  for (size_t t = 0; t < trials.size(); t++) {
+    const ReportTrial &trial = trials[t];
+    const bool member = trial.parents.empty(), first = !least.contains(trial.start);
+    const std::string parents = ParentsText(trial);
+    const std::int64_t before = first ? trial.value : least[trial.start];
+    all.tries.push_back({fmt::format("start {}, trial {}{}", trial.start, trial.number,
+                                     member ? "" : fmt::format(", of {}", parents)),
+                         trial.value, true, trial.best && data.best_start == trial.start, member});
+    all.table.rows.push_back({fmt::format("{}", trial.start), fmt::format("{}", trial.number),
+                              fmt::format("{}", trial.value), parents, fmt::format("{}", generations[t]),
+                              fmt::format("{:.4f}", trial.imbalance),
+                              first || trial.value < before ? "yes" : "", trial.best ? "yes" : ""});
+    least[trial.start] = std::min(before, trial.value);
+  }
+  Shorten(&all.table);
   return TriesHtml(std::move(all));
 }
 
@@ -263,7 +341,7 @@ std::string TrialsHtml(const ReportData &data)
                title,
                "",
                "trials",
-               bisection ? "cut of the bisection" : data.objective,
+               bisection ? "cut of the bisection" : TrialMeasure(data),
                {},
                data.command != "refine",
                {}};
@@ -275,6 +353,8 @@ std::string TrialsHtml(const ReportData &data)
                          "with --report.");
   if (data.records->trials.empty())
     return MissingFigure("trials", title, "No trial came to its end.");
+  if (data.members > 0)
+    return SearchHtml(data);
   all.table = {"trials-numbers", {"start", "trial", "value", "after V-cycles", "imbalance", "kept"}, {}, ""};
   for (const ReportTrial &trial : data.records->trials) {
     const std::int64_t value = std::min(trial.value, trial.cycled.value_or(trial.value));

@@ -3,11 +3,15 @@
 
 #include "solve/outcome.h"
 
+#include "text.h"
+
 #include "measure/bounds.h"
 #include "measure/report.h"
+#include "solve/estimate.h"
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <set>
 
 namespace kapris_cli
 {
@@ -20,6 +24,15 @@ static std::string StartsLine(const kapris::Options &options)
                      options.first_start + options.starts - 1);
 }
 
+static std::string SearchLines(const kapris::Options &options)
+{
+  if (options.members == 0)
+    return Line("members", 0);
+  if (options.time_limit)
+    return Line("members", "until the time limit");
+  return Line("members", options.members) + Line("combinations", options.combinations);
+}
+
 static std::string PlanLines(const Outcome &outcome)
 {
   const kapris::Options &options = outcome.plan.options;
@@ -27,8 +40,10 @@ static std::string PlanLines(const Outcome &outcome)
   return FormatSizes(NameOf(outcome.request->input), outcome.hgr) + Line("parts", outcome.request->nparts) +
          Line("scheme", NameOfScheme(options.scheme)) +
          Line("objective", NameOfObjective(options.objective)) +
-         Line("epsilon", fmt::format("{:.6g}", options.imbalance)) + Line("runs", options.runs) +
-         Line("starts", StartsLine(options)) + Line("threads", options.threads);
+         Line("epsilon", fmt::format("{:.6g}", options.epsilon)) +
+         (options.min_epsilon < 1.0 ? Line("min-epsilon", fmt::format("{:.6g}", options.min_epsilon)) : "") +
+         Line("runs", options.runs) + SearchLines(options) + Line("starts", StartsLine(options)) +
+         Line("threads", options.threads);
 }
 
 std::string PlanSummary(const Outcome &outcome)
@@ -45,23 +60,29 @@ std::string PlanSummary(const Outcome &outcome)
   const auto share = [&](int p) {
     return outcome.plan.shares.empty() ? 1.0 / nparts : outcome.plan.shares[static_cast<size_t>(p)];
   };
+  const Limits limits = LimitsOf(total, {nparts, outcome.plan.shares}, options.epsilon, options.min_epsilon);
   for (int p = 0; p < std::min(nparts, 16); p++)
     lines +=
         Line(fmt::format("part {}", p),
-             fmt::format("about {:.1f}, at most {:.1f} rounded up", share(p) * static_cast<double>(total),
-                         (1.0 + options.imbalance) * share(p) * static_cast<double>(total)));
-  return lines + Line("would write", outcome.plan.out == "-" ? "standard output" : outcome.plan.out);
+             fmt::format("about {:.1f},{}", share(p) * static_cast<double>(total), FormatLimits(p, limits)));
+  lines += Line("cost", FormatCost(EstimateCost(*outcome.request, outcome.plan, outcome.hgr)) +
+                            ", see docs/performance.md");
+  return lines + Line("would write", outcome.plan.out == "-" ? "standard output" : Shown(outcome.plan.out));
 }
 
 std::string Summary(const Outcome &outcome)
 {
   const kapris::Result &result = outcome.result;
+  Limits limits = {[&](int p) { return result.part_limits[static_cast<size_t>(p)]; }, {}};
   Measures measures;
   std::string best;
 
-  for (size_t p = 0; p < result.part_weights.size(); p++) {
-    measures.total += result.part_weights[p];
-    measures.used.push_back({static_cast<int>(p), result.part_weights[p]});
+  if (outcome.plan.options.min_epsilon < 1.0)
+    limits.least = [&](int p) { return result.part_minimums[static_cast<size_t>(p)]; };
+
+  for (const int p : std::set<int>(result.part.begin(), result.part.end())) {
+    measures.used.push_back({p, result.part_weights[static_cast<size_t>(p)]});
+    measures.total += measures.used.back().weight;
   }
   if (result.best_start >= 0)
     best = fmt::format("start {}", result.starts[static_cast<size_t>(result.best_start)].number);
@@ -70,14 +91,13 @@ std::string Summary(const Outcome &outcome)
   else
     best = outcome.given == result.part ? "the given partition" : "the given partition, repaired";
   return PlanLines(outcome) + Line("seed", result.seed) + Line("best", best) + Line("cut", result.cut) +
-         Line("soed", result.soed) + Line("connectivity-1", result.connectivity) +
+         Line("soed", result.soed) + Line("connectivity", result.connectivity) +
          Line("imbalance", fmt::format("{:.4f}", result.imbalance)) +
-         FormatWeights(measures, outcome.request->nparts,
-                       [&](int p) { return result.part_limits[static_cast<size_t>(p)]; }) +
+         FormatWeights(measures, outcome.request->nparts, limits) +
          Line("seconds", fmt::format("{:.3f}", result.seconds)) +
          Line("memory", fmt::format("{:.1f} MB", static_cast<double>(result.peak_bytes) / 1e6)) +
          Line("status", result.message.empty() ? kapris::StatusName(result.status) : result.message.c_str()) +
-         Line("written", outcome.plan.out == "-" ? "standard output" : outcome.plan.out);
+         Line("written", outcome.plan.out == "-" ? "standard output" : Shown(outcome.plan.out));
 }
 
 } // namespace kapris_cli

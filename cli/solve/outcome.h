@@ -3,8 +3,11 @@
 #pragma once
 
 #include "io/hgr.h"
+#include "io/names.h"
+#include "solve/groups.h"
 #include "solve/request.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +21,10 @@ struct Outcome {
   std::vector<int> fixed; // empty: no cell is fixed
   std::vector<int> given; // the partition to improve; empty: none
   double seconds_read;
+  std::vector<std::string> warnings; // of what was asked for
   kapris::Result result;
+  Details details;                // names of the cells and nets, if the format has them
+  std::optional<Grouping> groups; // cells that stay together; result, fixed and given are those of all cells
 };
 
 // The lines of a summary.

@@ -3,6 +3,8 @@
 
 #include "solve/progress.h"
 
+#include "solve/request.h"
+
 #include <cstdio>
 #include <fmt/core.h>
 #include <memory>
@@ -23,7 +25,7 @@ static size_t TerminalWidth()
   return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-static std::string FormatLine(const kapris::Progress &progress, bool bycut)
+static std::string FormatLine(const kapris::Progress &progress, const char *objective)
 {
   const int current = std::min(progress.starts_done + 1, progress.starts);
   std::string line = kapris::PhaseName(progress.phase);
@@ -32,7 +34,7 @@ static std::string FormatLine(const kapris::Progress &progress, bool bycut)
     line += fmt::format(" {} cells", progress.level_cells);
   line += fmt::format(", start {}/{}", current, progress.starts);
   if (progress.best >= 0)
-    line += fmt::format(", best {} {}", bycut ? "cut" : "soed", progress.best);
+    line += fmt::format(", best {} {}", objective, progress.best);
   line += fmt::format(", {:.1f} s", progress.seconds);
   if (progress.done > ESTIMATE_AFTER)
     line += fmt::format(", about {:.0f} s left", progress.seconds * (1.0 - progress.done) / progress.done);
@@ -41,17 +43,17 @@ static std::string FormatLine(const kapris::Progress &progress, bool bycut)
 
 std::function<void(const kapris::Progress &)> ProgressLine(const kapris::Options &options)
 {
-  const bool bycut = options.objective == KAPRIS_CUT;
+  const char *objective = NameOfObjective(options.objective);
   const auto shown = std::make_shared<double>(-1.0);
 
   if (!isatty(STDERR_FILENO))
     return {};
-  return [bycut, shown](const kapris::Progress &progress) {
+  return [objective, shown](const kapris::Progress &progress) {
     if (progress.seconds - *shown < UPDATE_INTERVAL)
       return;
     *shown = progress.seconds;
     // A line that wraps could not be taken back.
-    const std::string line = FormatLine(progress, bycut).substr(0, TerminalWidth() - 1);
+    const std::string line = FormatLine(progress, objective).substr(0, TerminalWidth() - 1);
     std::fputs(("\r\033[K" + line).c_str(), stderr);
     std::fflush(stderr);
   };

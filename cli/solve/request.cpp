@@ -4,8 +4,9 @@
 #include "solve/request.h"
 
 #include "failure.h"
+#include "text.h"
 
-#include "io/files.h"
+#include "io/targets.h"
 #include "json/json.h"
 #include "options/choice.h"
 #include "options/json.h"
@@ -26,7 +27,11 @@ namespace kapris_cli
 static const Names<Preset> presets = {
     {"fast", Preset::FAST}, {"default", Preset::DEFAULT}, {"quality", Preset::QUALITY}};
 static const Names<kapris_scheme> schemes = {{"recursive", KAPRIS_RECURSIVE}, {"kway", KAPRIS_KWAY}};
-static const Names<kapris_objective> objectives = {{"cut", KAPRIS_CUT}, {"soed", KAPRIS_SOED}};
+// Of two names for one value, the first is the one that results tell.
+static const Names<kapris_objective> objectives = {{"cut", KAPRIS_CUT},
+                                                   {"connectivity", KAPRIS_CONNECTIVITY},
+                                                   {"soed", KAPRIS_SOED},
+                                                   {"km1", KAPRIS_CONNECTIVITY}};
 static const Names<kapris_coarsening> coarsenings = {{"alternate", KAPRIS_ALTERNATE},
                                                      {"degree-stars", KAPRIS_DEGREE_STARS},
                                                      {"strong-stars", KAPRIS_STRONG_STARS},
@@ -78,36 +83,67 @@ const char *NameOfVCycle(kapris_vcycle vcycle)
 
 static void AddGoal(CLI::App *verb, Request *request)
 {
-  Require(AddNumber(verb, "-k,--parts", &request->nparts, 2, INT_MAX, "N", "Number of parts, at least 2"));
-  CLI::Option *epsilon = AddDecimal(verb, "-e,--epsilon", &request->epsilon, 0.0, 1e6, "E",
-                                    "A part may weigh (1 + E) x its share of the total, rounded up [0.03]");
+  Require(AddNumber(verb, "-k,--parts", &request->nparts, 1, INT_MAX, "N", "Number of parts"));
+  CLI::Option *epsilon =
+      AddDecimal(verb, "-e,--epsilon", &request->epsilon, 0.0, 1e6, "E",
+                 "A part may weigh (1 + E) x its share of the total, the share rounded up to a "
+                 "whole weight, then the product down; 3 percent are 0.03 [0.03]");
   CLI::Option *ubfactor =
       AddNumber(verb, "--ubfactor", &request->ubfactor, 1, 49, "P",
                 "The same as a percentage, 1 to 49: of each bisection, or with --scheme kway of the parts");
   Exclude(ubfactor, epsilon);
+  AddDecimal(
+      verb, "--min-epsilon", &request->min_epsilon, 0.0, 1.0, "E",
+      "A part may not weigh less than (1 - E) x its share, the share rounded down, then the product up [1]");
+  AddFlag(verb, "--allow-empty", &request->allow_empty,
+          "Parts may stay empty though there are cells that they can have");
   AddText(verb, "--target-weights", &request->target_weights, "W,W,...",
           "Relative weights that the parts should get, as in 2,1,1, or @FILE that has them");
   AddText(verb, "--fixed", &request->fixed, "FILE",
-          "File with the part, from 0, that each cell must go to, or -1 for a free cell");
-  Choice(verb, "--objective", &request->objective, "What to minimise [cut]", objectives);
+          "File with the part, from 0, that each cell must go to, or -1 for a free cell; or lines of a name "
+          "and a part");
+  AddText(verb, "--groups", &request->groups, "FILE",
+          "File with cells that stay together, one group a line, names or numbers from 1");
+  AddText(
+      verb, "--terminals", &request->terminals, "CxR",
+      "Fix terminals with places (Bookshelf) to the part of the field of C columns and R rows they lie in");
+  Choice(verb, "--objective", &request->objective,
+         "What to minimise; km1 is another word for connectivity [cut]", objectives);
+}
+
+static int ParseSeed(const std::string &text)
+{
+  int seed = -1;
+  const char *end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, seed);
+
+  if (text != "random" && (read.ec != std::errc() || read.ptr != end))
+    throw Failure{EXIT_USAGE, fmt::format("--seed: '{}' is neither a whole number up to {} nor 'random'",
+                                          Escape(text), INT_MAX)};
+  return seed;
 }
 
 static void AddEffort(CLI::App *verb, Request *request)
 {
   Choice(verb, "--scheme", &request->scheme, "Recursive bisection or direct k-way partitioning [recursive]",
          schemes);
-  Choice(verb, "--refinement", &request->refinement, "Refinement of bisections [fm]", refinements);
-  Choice(verb, "--vcycle", &request->vcycle, "Which runs are improved by V-cycles [best]", vcycles);
+  Choice(verb, "--refinement", &request->refinement, "Refinement of bisections [early-exit-fm]", refinements);
+  Choice(verb, "--vcycle", &request->vcycle, "Which runs are improved by V-cycles [never]", vcycles);
   AddNumber(verb, "--runs", &request->runs, 1, INT_MAX, "N",
-            "Runs of each bisection or k-way partitioning [10]");
+            "Runs of each bisection or k-way partitioning [2]");
+  AddNumber(verb, "--members", &request->members, 0, INT_MAX, "N",
+            "Partitions that a start makes and combines, 0 = only one [6]");
+  AddNumber(verb, "--combinations", &request->combinations, 0, INT_MAX, "N",
+            "Combinations of two of them, at most; of a given partition V-cycles [8]");
   CLI::Option *starts = AddNumber(verb, "--starts", &request->starts, 1, INT_MAX, "N",
                                   "Independent starts, of which the best counts [1]");
   CLI::Option *range =
       AddText(verb, "--start-range", &request->start_range, "A:B",
               "Only the starts numbered A to B, to spread starts over machines; see the verb best");
   Exclude(range, starts);
-  ShowDefault(AddNumber(verb, "--seed", &request->seed, INT_MIN, INT_MAX, "S",
-                        "Fixes the random sequence; negative: from the clock"));
+  AddParsed(
+      verb, "--seed", [request](const std::string &text) { request->seed = ParseSeed(text); }, "0", "S",
+      "Fixes the random sequence; random or negative: from the clock");
   ShowDefault(AddNumber(verb, "-t,--threads", &request->threads, 0, INT_MAX, "N",
                         "Threads, 0 = one per processor; no effect on the result"));
   AddDecimal(verb, "--time-limit", &request->time_limit, 1e-3, 1e9, "S",
@@ -124,23 +160,40 @@ static void AddOutput(CLI::App *verb, Request *request, const char *suffix)
       verb, "-o,--output", &request->out, "FILE",
       fmt::format("Part file, - for standard output; default: FILE.{}.N in the working directory", suffix));
   AddJson(verb, &request->json, "kapris-result-1");
+  AddText(verb, "--names", &request->names, "FILE", "Write lines of a cell's name, a tab and its part too");
+  AddFlag(verb, "--json-names", &request->json_names,
+          "The JSON object has the names of the cells with their parts");
   AddFlag(verb, "--records", &request->records, "The JSON object tells of trials and levels too");
   AddText(verb, "--report", &request->report, "FILE",
           "Write a page with pictures of the result; see the verb report");
   AddFlag(verb, "-q,--quiet", &request->quiet, "Print only the name of the file written");
   AddFlag(verb, "-v,--verbose", &request->verbosity, "Trace the runs on standard error; -vv: the levels too");
-  AddFlag(verb, "--dry-run", &request->dry_run, "Check everything and say what would be done");
+  AddFlag(verb, "--dry-run", &request->dry_run,
+          "Check everything and say what would be done, in what time and memory");
+}
+
+// What is used most comes first, without a heading of its own.
+static void GroupOptions(CLI::App *verb)
+{
+  SetGroup(verb, "Balance",
+           {"--ubfactor", "--min-epsilon", "--allow-empty", "--target-weights", "--fixed", "--groups",
+            "--terminals"});
+  SetGroup(verb, "Method",
+           {"--scheme", "--coarsening", "--refinement", "--vcycle", "--runs", "--members", "--combinations",
+            "--reconst"});
+  SetGroup(verb, "Work", {"--start-range", "--memory-limit"});
+  SetGroup(verb, "Results", {"--names", "--json", "--json-names", "--records", "--verbose", "--dry-run"});
 }
 
 void AddPartitionOptions(CLI::App *verb, Request *request)
 {
   AddGoal(verb, request);
-  Choice(verb, "--preset", &request->preset, "How much time to spend; the options below override it",
-         presets);
+  Choice(verb, "--preset", &request->preset, "How much time to spend; other options override it", presets);
   Choice(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
   AddEffort(verb, request);
   AddFlag(verb, "--reconst", &request->reconst, "Pieces of cut nets stay in the recursion");
   AddOutput(verb, request, part_suffix);
+  GroupOptions(verb);
 }
 
 void AddRefineOptions(CLI::App *verb, Request *request)
@@ -148,6 +201,7 @@ void AddRefineOptions(CLI::App *verb, Request *request)
   AddGoal(verb, request);
   AddEffort(verb, request);
   AddOutput(verb, request, refined_suffix);
+  GroupOptions(verb);
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -161,12 +215,11 @@ void AddRefineOptions(CLI::App *verb, Request *request)
 static void SetPreset(Preset preset, kapris::Options *options)
 {
   if (preset == Preset::FAST) {
-    options->runs = 3;
-    options->refinement = KAPRIS_EARLY_EXIT_FM;
+    options->members = 2;
+    options->combinations = 1;
   } else if (preset == Preset::QUALITY) {
-    options->vcycle = KAPRIS_VCYCLE_IMPROVING;
-    options->runs = 20;
-    options->starts = 4;
+    options->members = 16;
+    options->combinations = 60;
   }
 }
 
@@ -189,44 +242,14 @@ static bool ParseRange(const std::string &text, int *first, int *last)
   return right.ec == std::errc() && right.ptr == end && *first >= 0 && *first <= *last && *last < INT_MAX;
 }
 
-// What bisections of that allowance add up to over the depth of the recursion.
+// What bisections of that allowance add up to over the depth of the recursion; without the error of the power, which
+// can take a unit off a limit.
 static double EpsilonOf(int ubfactor, const kapris::Options &options, int nparts)
 {
   if (options.scheme == KAPRIS_KWAY)
     return ubfactor / 100.0;
-  return std::pow(1.0 + ubfactor / 50.0, std::ceil(std::log2(nparts))) - 1.0;
-}
-
-// Relative weights, separated by commas, blanks or line ends, as shares of 1.
-static std::vector<double> ParseShares(const std::string &argument, int nparts)
-{
-  const bool isfile = argument.starts_with('@');
-  const std::string text(isfile ? OpenText(argument.substr(1)).bytes : argument);
-  const std::string name = isfile ? InputName(argument.substr(1)) : "--target-weights";
-  static const char separators[] = ", \t\r\n";
-  constexpr double least_share = 1e-9;
-  std::vector<double> shares;
-  double sum = 0.0;
-
-  for (size_t at = text.find_first_not_of(separators); at != std::string::npos;) {
-    const size_t end = std::min(text.find_first_of(separators, at), text.size());
-    double weight = 0.0;
-    const auto read = std::from_chars(text.data() + at, text.data() + end, weight);
-    if (read.ec != std::errc() || read.ptr != text.data() + end || !(weight > 0.0) || weight > 1e15)
-      Refuse(fmt::format("{}: '{}' is not a weight; give {} positive numbers", name,
-                         text.substr(at, end - at), nparts));
-    shares.push_back(weight);
-    sum += weight;
-    at = text.find_first_not_of(separators, end);
-  }
-  if (shares.size() != static_cast<size_t>(nparts))
-    Refuse(fmt::format("{}: {} weights for {} parts", name, shares.size(), nparts));
-  for (double &share : shares) {
-    share /= sum;
-    if (share < least_share)
-      Refuse(fmt::format("{}: a part would get less than {} of the total", name, least_share));
-  }
-  return shares;
+  const double epsilon = std::pow(1.0 + ubfactor / 50.0, std::ceil(std::log2(nparts))) - 1.0;
+  return epsilon < 1e3 ? std::round(epsilon * 1e12) / 1e12 : epsilon;
 }
 
 static void SetStarts(const Request &request, kapris::Options *options)
@@ -246,7 +269,7 @@ static void SetStarts(const Request &request, kapris::Options *options)
 // FILE.part.N in the working directory, whichever directory FILE is in; FILE.refined.N next to what is refined.
 static std::string DefaultOutput(const std::string &command, const Request &request)
 {
-  const std::string name = NameOf(request.input);
+  const std::string name = PlainNameOf(request.input);
 
   return fmt::format("{}.{}.{}", name.substr(name.rfind('/') + 1),
                      command == "refine" ? refined_suffix : part_suffix, request.nparts);
@@ -266,9 +289,13 @@ Plan Resolve(const std::string &command, const Request &request)
   Override(&options.refinement, request.refinement);
   Override(&options.vcycle, request.vcycle);
   Override(&options.runs, request.runs);
-  Override(&options.imbalance, request.epsilon);
+  Override(&options.members, request.members);
+  Override(&options.combinations, request.combinations);
+  Override(&options.epsilon, request.epsilon);
+  Override(&options.min_epsilon, request.min_epsilon);
+  options.allow_empty = request.allow_empty;
   if (request.ubfactor)
-    options.imbalance = EpsilonOf(*request.ubfactor, options, request.nparts);
+    options.epsilon = EpsilonOf(*request.ubfactor, options, request.nparts);
   options.reconst = request.reconst;
   options.seed = request.seed;
   SetStarts(request, &options);
@@ -278,7 +305,7 @@ Plan Resolve(const std::string &command, const Request &request)
   if (request.memory_limit > 0)
     options.memory_limit = request.memory_limit;
   if (!request.target_weights.empty())
-    plan.shares = ParseShares(request.target_weights, request.nparts);
+    plan.shares = LoadTargetWeights(request.target_weights, request.nparts);
   plan.out = request.out.empty() ? DefaultOutput(command, request) : request.out;
   // The verb best finds the part file by its name in the result.
   if (!request.json.empty() && !IsJsonText(plan.out))
@@ -289,6 +316,8 @@ Plan Resolve(const std::string &command, const Request &request)
     Refuse("--dry-run has no result for --report");
   if (request.records && request.json.empty())
     Refuse("--records goes into the object of --json");
+  if (request.json_names && request.json.empty())
+    Refuse("--json-names go into the object of --json");
   options.records = request.records || !request.report.empty();
   return plan;
 }

@@ -20,12 +20,16 @@ struct Request {
   Input input;
   std::string part; // refine: the file with the partition to improve; else empty
   std::string fixed;
+  std::string groups;    // file with cells that stay together; empty: none
+  std::string terminals; // fields that fix terminals, as in 2x1; empty: free
   std::string target_weights;
   std::string out;
   std::string start_range;
   std::string json;   // empty: none, "-": standard output
   std::string report; // the same
   bool records = false;
+  std::string names; // file for the names of cells with their parts; empty: none
+  bool json_names = false;
   int nparts = 2;
   Preset preset = Preset::DEFAULT;
   std::optional<kapris_scheme> scheme;
@@ -33,10 +37,12 @@ struct Request {
   std::optional<kapris_coarsening> coarsening;
   std::optional<kapris_refinement> refinement;
   std::optional<kapris_vcycle> vcycle;
-  std::optional<int> runs;
+  std::optional<int> runs, members, combinations;
   bool reconst = false;
   std::optional<double> epsilon;
   std::optional<int> ubfactor;
+  std::optional<double> min_epsilon;
+  bool allow_empty = false;
   int seed = 0;
   std::optional<int> starts;
   int threads = 1; // 0: as many as the machine has

@@ -9,9 +9,13 @@
 
 #include "solve/solve.h"
 
+#include "text.h"
+
 #include "io/files.h"
+#include "io/names.h"
 #include "io/output.h"
 #include "io/parts.h"
+#include "io/targets.h"
 #include "json/objects.h"
 #include "measure/bounds.h"
 #include "measure/measures.h"
@@ -19,6 +23,7 @@
 #include "solve/interrupt.h"
 #include "solve/outcome.h"
 #include "solve/progress.h"
+#include "solve/terminals.h"
 
 #include <chrono>
 #include <cstdio>
@@ -39,7 +44,8 @@ enum { TRACE_RUNS = 8 | 16, TRACE_LEVELS = 1 | 2 | 4 | 128 };
 static void CheckStreams(const Request &request)
 {
   const int nstdin = (request.input.path == "-") + (request.part == "-") + (request.fixed == "-") +
-                     (request.target_weights == "@-");
+                     (TargetFile(request.target_weights) == "-") + (request.groups == "-") +
+                     (request.input.types == "-");
 
   if (nstdin > 1)
     throw Failure{EXIT_USAGE, "only one of the inputs can be standard input"};
@@ -47,10 +53,9 @@ static void CheckStreams(const Request &request)
 
 static void CheckInputsAndOutputs(const Request &request, const Plan &plan)
 {
-  const bool file = request.target_weights.starts_with('@');
-
-  CheckFiles({request.input.path, request.part, request.fixed, file ? request.target_weights.substr(1) : ""},
-             {plan.out, request.json, request.report});
+  CheckFiles({request.input.path, request.part, request.fixed, TargetFile(request.target_weights),
+              request.groups, request.input.types},
+             {plan.out, request.json, request.report, request.names});
 }
 
 static void ReadInputs(const Request &request, Outcome *outcome)
@@ -58,17 +63,29 @@ static void ReadInputs(const Request &request, Outcome *outcome)
   const auto start = std::chrono::steady_clock::now();
   const std::string name = NameOf(request.input);
 
-  outcome->hgr = ReadHypergraph(request.input);
+  outcome->hgr = ReadHypergraph(request.input, nullptr, &outcome->details);
   CheckSums(name, outcome->hgr, request.nparts);
   if (!request.fixed.empty())
-    outcome->fixed = LoadFixed(request.fixed, outcome->hgr.ncells, request.nparts);
+    outcome->fixed = LoadNamedFixed(request.fixed, outcome->details, outcome->hgr.ncells, request.nparts);
+  if (!request.terminals.empty())
+    FixTerminals(name, outcome->details, FieldsNamed(request.terminals, request.nparts), outcome->hgr.ncells,
+                 &outcome->fixed);
   if (!request.part.empty())
-    outcome->given = LoadParts(request.part, outcome->hgr.ncells, request.nparts);
+    outcome->given = LoadNamedParts(request.part, outcome->details, outcome->hgr.ncells, request.nparts);
+  if (!request.groups.empty())
+    outcome->groups = LoadGroups(request.groups, IndexCells(outcome->details, outcome->hgr.ncells));
+  // Found out before the run, and without one.
+  if (outcome->groups) {
+    MergeParts(outcome->fixed, *outcome->groups, outcome->details, false);
+    MergeParts(outcome->given, *outcome->groups, outcome->details, true);
+  }
   for (size_t i = 0; !outcome->given.empty() && i < outcome->fixed.size(); i++)
     if (outcome->fixed[i] != -1 && outcome->fixed[i] != outcome->given[i])
       throw Failure{EXIT_MALFORMED,
                     fmt::format("{}:{}:1: part {}, but {} fixes the cell to part {}", InputName(request.part),
-                                i + 1, outcome->given[i], InputName(request.fixed), outcome->fixed[i])};
+                                i + 1, outcome->given[i],
+                                request.fixed.empty() ? "--terminals" : InputName(request.fixed),
+                                outcome->fixed[i])};
   outcome->seconds_read = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
@@ -87,12 +104,30 @@ static Failure FailureOf(const Request &request, const kapris::Error &error)
   }
 }
 
+static kapris::Result CallLibrary(const Request &request, const Outcome &outcome)
+{
+  const bool merging = outcome.groups.has_value();
+  const Hgr merged = merging ? MergeCells(outcome.hgr, *outcome.groups) : Hgr();
+  const Hgr &hgr = merging ? merged : outcome.hgr;
+  const auto parts = [&](const std::vector<int> &part, bool whole) {
+    return merging ? MergeParts(part, *outcome.groups, outcome.details, whole) : part;
+  };
+  const kapris::Hypergraph hypergraph = {hgr.ncells, hgr.netptr, hgr.netind, hgr.cellwgts, hgr.netwgts};
+  const std::vector<int> fixed = parts(outcome.fixed, false), given = parts(outcome.given, true);
+  const kapris::Targets targets = {request.nparts, outcome.plan.shares, fixed};
+  const kapris::Options &options = outcome.plan.options;
+  kapris::Result result = outcome.plan.command == "refine"
+                              ? kapris::Refine(hypergraph, targets, given, options)
+                              : kapris::Partition(hypergraph, targets, options);
+
+  if (merging)
+    result.part = UnfoldParts(result.part, *outcome.groups);
+  return result;
+}
+
 static void RunLibrary(const Request &request, Outcome *outcome)
 {
   kapris::Options &options = outcome->plan.options;
-  const Hgr &hgr = outcome->hgr;
-  const kapris::Hypergraph hypergraph = {hgr.ncells, hgr.netptr, hgr.netind, hgr.cellwgts, hgr.netwgts};
-  const kapris::Targets targets = {request.nparts, outcome->plan.shares, outcome->fixed};
 
   options.cancel = CatchInterrupts();
   if (request.verbosity > 0) {
@@ -102,9 +137,7 @@ static void RunLibrary(const Request &request, Outcome *outcome)
     options.progress = ProgressLine(options);
   }
   try {
-    outcome->result = outcome->plan.command == "refine"
-                          ? kapris::Refine(hypergraph, targets, outcome->given, options)
-                          : kapris::Partition(hypergraph, targets, options);
+    outcome->result = CallLibrary(request, *outcome);
   } catch (const kapris::Error &error) {
     ClearProgressLine();
     throw FailureOf(request, error);
@@ -125,7 +158,7 @@ static void WriteParts(const Outcome &outcome)
                                     : result.part;
   const Measures measures = Measure(NameOf(outcome.request->input), outcome.hgr, part);
   if (part != result.part)
-    throw Failure{EXIT_FILES, fmt::format("{} does not hold what was written to it", out)};
+    throw Failure{EXIT_FILES, fmt::format("{} does not hold what was written to it", Shown(out))};
   if (measures.cut != result.cut || measures.soed != result.soed)
     throw Failure{EXIT_INTERNAL, fmt::format("internal failure: the cut is {}, not {}; the SOED {}, not {}",
                                              measures.cut, result.cut, measures.soed, result.soed)};
@@ -136,8 +169,12 @@ static void Report(const Outcome &outcome)
   const Request &request = *outcome.request;
   // Whatever is a result of its own there keeps standard output to itself.
   std::FILE *stream =
-      outcome.plan.out == "-" || request.json == "-" || request.report == "-" ? stderr : stdout;
+      outcome.plan.out == "-" || request.json == "-" || request.report == "-" || request.names == "-"
+          ? stderr
+          : stdout;
 
+  if (!request.names.empty())
+    WriteFile(request.names, FormatNames(outcome.details, outcome.result.part));
   WriteResult(outcome);
   if (request.quiet) {
     if (stream == stdout)
@@ -145,31 +182,32 @@ static void Report(const Outcome &outcome)
     return;
   }
   std::fputs(Summary(outcome).c_str(), stream);
+  if (!request.names.empty() && request.names != "-")
+    std::fputs(Line("names", Shown(request.names)).c_str(), stream);
   if (!request.json.empty() && request.json != "-")
-    std::fputs(Line("json", request.json).c_str(), stream);
+    std::fputs(Line("json", Shown(request.json)).c_str(), stream);
   if (!request.report.empty() && request.report != "-")
-    std::fputs(Line("report", request.report).c_str(), stream);
+    std::fputs(Line("report", Shown(request.report)).c_str(), stream);
 }
 
+// A time limit that was asked for has been kept: nothing to complain of.
 static ExitStatus StatusOf(const kapris::Result &result)
 {
-  switch (result.status) {
-  case KAPRIS_CANCELLED:
+  if (result.status == KAPRIS_CANCELLED)
     return EXIT_INTERRUPTED;
-  case KAPRIS_TIME_LIMIT:
-    return EXIT_TIME_LIMIT;
-  default:
-    return result.balanced ? EXIT_DONE : EXIT_OVER_LIMIT;
-  }
+  return result.balanced ? EXIT_DONE : EXIT_OVER_LIMIT;
 }
 
 ExitStatus Solve(const std::string &command, const Request &request)
 {
-  Outcome outcome = {&request, Resolve(command, request), {}, {}, {}, 0.0, {}};
+  Outcome outcome = {&request, Resolve(command, request), {}, {}, {}, 0.0, {}, {}, {}, {}};
 
   CheckStreams(request);
   CheckInputsAndOutputs(request, outcome.plan);
   ReadInputs(request, &outcome);
+  outcome.warnings =
+      LimitWarnings(outcome.hgr, {request.nparts, outcome.plan.shares}, outcome.plan.options.epsilon);
+  PrintWarnings(outcome.warnings);
   if (request.dry_run) {
     std::fputs(PlanSummary(outcome).c_str(), stdout);
     return EXIT_DONE;
@@ -180,7 +218,7 @@ ExitStatus Solve(const std::string &command, const Request &request)
     Report(outcome);
   } catch (Failure &failure) {
     if (outcome.plan.out != "-")
-      failure.text += fmt::format("\nthe partition is in {}", outcome.plan.out);
+      failure.text += fmt::format("\nthe partition is in {}", Shown(outcome.plan.out));
     throw;
   }
   return StatusOf(outcome.result);

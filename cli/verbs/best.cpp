@@ -62,8 +62,10 @@ static bool IsWhole(const Json &json, std::int64_t low, std::int64_t high)
 
 static bool HasFigures(const Json &json)
 {
-  return IsWhole(At(json, "cut"), 0, INT64_MAX) && IsWhole(At(json, "soed"), 0, INT64_MAX) &&
-         At(json, "imbalance").is_number() && At(json, "balanced").is_boolean();
+  for (const char *key : {"cut", "soed", "connectivity", "excess"})
+    if (!IsWhole(At(json, key), 0, INT64_MAX))
+      return false;
+  return At(json, "imbalance").is_number() && At(json, "balanced").is_boolean();
 }
 
 // Everything that is read below, so that a file with anything else in its place is refused here.
@@ -73,8 +75,9 @@ static bool IsResult(const Json &json)
   const Json start = At(best, "start"), starts = At(json, "starts");
 
   if (At(json, "schema") != "kapris-result-1" || !IsWhole(At(json, "cells"), 0, INT_MAX) ||
-      !IsWhole(At(options, "parts"), 1, INT_MAX) || (objective != "cut" && objective != "soed") ||
-      !HasFigures(best) || !starts.is_array())
+      !IsWhole(At(options, "parts"), 1, INT_MAX) ||
+      (objective != "cut" && objective != "connectivity" && objective != "soed") || !HasFigures(best) ||
+      !IsWhole(At(best, "empty_parts"), 0, INT_MAX) || !starts.is_array())
     return false;
   for (const Json &one : starts)
     if (!HasFigures(one) || !IsWhole(At(one, "number"), 0, INT_MAX) || !At(one, "completed").is_boolean())
@@ -99,34 +102,38 @@ static void CheckSame(const SavedResult &first, const SavedResult &other)
     if (a != b)
       throw Failure{EXIT_USAGE,
                     fmt::format("{} and {} do not belong together: {} is {} in one and {} in the other",
-                                first.path, other.path, what, a.dump(), b.dump())};
+                                Shown(first.path), Shown(other.path), what, a.dump(), b.dump())};
   };
 
   for (const char *key : {"version", "command", "cells", "nets", "pins", "hash"})
     check(key, At(first.json, key), At(other.json, key));
   for (const auto &[key, value] : first.json["options"].items())
     check(key, value, At(other.json["options"], key.c_str()));
-  for (const char *key : {"given", "fixed"})
+  check("terminals", At(first.json, "terminals"), At(other.json, "terminals"));
+  for (const char *key : {"given", "fixed", "groups"})
     check(fmt::format("the hash of {}", key), At(At(first.json, key), "hash"),
           At(At(other.json, key), "hash"));
 }
 
 // The order of starts; a partition that no start made is the given one, which comes first, or a simple one that only
-// stands in for a balanced one.
+// stands in for those that keep to the limits less well.
 static bool IsBetter(const SavedResult &a, const SavedResult &b)
 {
-  const bool bycut = a.json["options"]["objective"] == "cut", given = At(a.json, "command") == "refine";
-  const auto key = [bycut](const Json &best) {
-    const auto cut = best["cut"].get<std::int64_t>(), soed = best["soed"].get<std::int64_t>();
-    return std::make_tuple(!best["balanced"].get<bool>(), bycut ? cut : soed, bycut ? soed : cut,
-                           best["imbalance"].get<double>(),
-                           best["start"].is_null() ? -1 : best["start"].get<std::int64_t>());
+  const Json &options = a.json["options"];
+  const bool mayempty = At(options, "allow_empty") == true;
+  const std::string first = options["objective"].get<std::string>(), second = first == "cut" ? "soed" : "cut";
+  const bool given = At(a.json, "command") == "refine";
+  const auto key = [&](const Json &best) {
+    return std::make_tuple(
+        best["excess"].get<std::int64_t>(), mayempty ? 0 : best["empty_parts"].get<std::int64_t>(),
+        best[first].get<std::int64_t>(), best[second].get<std::int64_t>(), best["imbalance"].get<double>(),
+        best["start"].is_null() ? -1 : best["start"].get<std::int64_t>());
   };
   const Json &x = a.json["best"], &y = b.json["best"];
   const bool simplex = !given && x["start"].is_null(), simpley = !given && y["start"].is_null();
 
   if (simplex || simpley)
-    return x["balanced"] != y["balanced"] ? x["balanced"].get<bool>() : !simplex && simpley;
+    return x["excess"] != y["excess"] ? x["excess"] < y["excess"] : !simplex && simpley;
   return key(x) < key(y);
 }
 
@@ -145,7 +152,7 @@ static StartsByNumber MergeStarts(const std::vector<SavedResult> &results)
                (before["cut"] != start["cut"] || before["soed"] != start["soed"]))
         throw Failure{EXIT_USAGE,
                       fmt::format("start {} has the cut {} in {}, but another result says {}", at->first,
-                                  start["cut"].dump(), result.path, before["cut"].dump())};
+                                  start["cut"].dump(), Shown(result.path), before["cut"].dump())};
     }
   return merged;
 }
@@ -174,7 +181,7 @@ static void CopyPart(const SavedResult &best, const std::string &out)
   const int ncells = best.json["cells"].get<int>(), nparts = best.json["options"]["parts"].get<int>();
 
   if (!path.is_string() || path == "-")
-    throw Failure{EXIT_USAGE, fmt::format("the run of {} left no part file", best.path)};
+    throw Failure{EXIT_USAGE, fmt::format("the run of {} left no part file", Shown(best.path))};
   const std::string name = path.get<std::string>();
   const std::string beside = best.path.substr(0, best.path.rfind('/') + 1) + name.substr(name.rfind('/') + 1);
   for (const std::string &candidate : {beside, name}) {
@@ -187,8 +194,10 @@ static void CopyPart(const SavedResult &best, const std::string &out)
     }
   }
   if (!IsRegularFile(beside) && !IsRegularFile(name))
-    throw Failure{EXIT_FILES, fmt::format("cannot find {}, the part file of {}", name, best.path)};
-  throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not the partition that {} speaks of", name, best.path)};
+    throw Failure{EXIT_FILES,
+                  fmt::format("cannot find {}, the part file of {}", Shown(name), Shown(best.path))};
+  throw Failure{EXIT_MALFORMED,
+                fmt::format("{}:1:1: not the partition that {} speaks of", Shown(name), Shown(best.path))};
 }
 
 static std::string Summary(const SavedResult &best, const BestRequest &request, const StartsByNumber &starts)
@@ -198,12 +207,14 @@ static std::string Summary(const SavedResult &best, const BestRequest &request, 
   const Json path = request.out.empty() ? made : Json(request.out);
 
   return Line("results", request.files.size()) + Line("starts", starts.size()) +
-         Line("best start", figures["start"].dump()) + Line("of", best.path) +
+         Line("best start", figures["start"].dump()) + Line("of", Shown(best.path)) +
+         Line("objective", best.json["options"]["objective"].get<std::string>()) +
          Line("cut", figures["cut"].dump()) + Line("soed", figures["soed"].dump()) +
+         Line("connectivity", figures["connectivity"].dump()) +
          Line("imbalance", fmt::format("{:.4f}", figures["imbalance"].get<double>())) +
          Line("balanced", figures["balanced"].get<bool>() ? "yes" : "no") +
          Line(request.out.empty() ? "part file" : "written",
-              path.is_string() ? path.get<std::string>() : "none");
+              path.is_string() ? Shown(path.get<std::string>()) : "none");
 }
 
 static ExitStatus Best(const BestRequest &request)

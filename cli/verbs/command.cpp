@@ -24,20 +24,20 @@ static const char description[] =
     "  kapris check circuit.hgr                              what is wrong with a file\n"
     "  kapris convert matrix.mtx.gz nets.hgr                 from one format into another\n"
     "\n"
-    "kapris partitions hypergraphs: it divides the cells into parts of similar weight and cuts few nets.";
+    "kapris partitions hypergraphs: it divides the cells into parts of similar weight and cuts few nets.\n"
+    "A cell is a vertex of the hypergraph, a net a hyperedge.";
 
 static const char footer[] =
-    "'kapris VERB --help' explains a verb.\n"
+    "'kapris help VERB' or 'kapris VERB --help' explains a verb.\n"
     "\n"
     "Exit status:\n"
-    "  0  done, and all parts within their limits\n"
+    "  0  done, and all parts within their limits; also when --time-limit ended the run\n"
     "  1  internal failure\n"
     "  2  wrong usage\n"
     "  3  malformed input; the message starts with file:line:column\n"
     "  4  a part is over its limit; the best partition found is written all the same\n"
     "  5  out of memory\n"
     "  6  a file cannot be read or written\n"
-    "  7  the time limit was reached; the best partition so far is written\n"
     "  130  interrupted; the best partition so far is written, if the run had begun\n"
     "\n"
     "Environment:\n"

@@ -3,7 +3,10 @@
 #pragma once
 
 #include "io/input.h"
+#include "io/names.h"
+#include "measure/border.h"
 #include "measure/bounds.h"
+#include "measure/components.h"
 #include "measure/measures.h"
 
 #include <cstdint>
@@ -19,8 +22,10 @@ struct EvalRequest {
   std::string parts;
   std::string fixed;             // empty: no cell is fixed
   int nparts = 0;                // 0: as many as the largest part number asks for
+  std::string target_weights;    // empty: all equal
   std::optional<double> epsilon; // of the limits to check
-  bool matrix = false, nets = false;
+  double min_epsilon = 1.0;
+  bool matrix = false, nets = false, json_names = false;
   std::string json; // empty: none
 };
 
@@ -29,10 +34,14 @@ struct Evaluation {
   std::vector<int> part, fixed;
   long long nparts = 0;
   Measures measures;
-  Limits limits;
+  std::vector<double> shares;             // of the parts; empty: all equal
+  Limits limits;                          // refer to these
+  std::vector<PartComponents> components; // of the parts in use
   int nfixed = 0;
   std::vector<int> misplaced; // fixed cells that are elsewhere
-  std::vector<CutNet> nets;   // for the matrix and the list of nets
+  std::vector<CutNet> nets;   // for the matrix and the list of nets, the heaviest first
+  std::vector<BorderCell> border;
+  Details details; // names
   std::vector<std::vector<std::int64_t>> matrix;
 };
 

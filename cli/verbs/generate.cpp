@@ -4,6 +4,7 @@
 #include "generate/generate.h"
 
 #include "failure.h"
+#include "text.h"
 
 #include "io/input.h"
 #include "io/output.h"
@@ -45,8 +46,8 @@ static ExitStatus WriteGenerated(const GenerateRequest &request)
 {
   const Format format = FormatOfName(request.out);
   if (format == Format::MTX || format == Format::CNF)
-    throw Failure{EXIT_USAGE,
-                  fmt::format("{}: only .hgr and .patoh are generated; convert makes others", request.out)};
+    throw Failure{EXIT_USAGE, fmt::format("{}: only .hgr and .patoh are generated; convert makes others",
+                                          Shown(request.out))};
 
   CheckFiles({}, {request.out, request.partition});
   const Generated generated = Generate(request.recipe);
@@ -116,9 +117,10 @@ static CLI::App *AddKind(CLI::App *verb, Run *run, Kind kind, const char *name, 
   request->kind = name;
   request->recipe.kind = kind;
   *recipe = &request->recipe;
-  AddText(app, "-o,--output", &request->out, "OUT",
-          "Output, .hgr or .patoh, compressed if it ends with .gz; - for standard output; default: "
-          "KIND-CELLS-SEED.hgr");
+  AddText(
+      app, "-o,--output", &request->out, "OUT",
+      "Output, .hgr or .patoh, compressed if it ends with .gz, .xz or .bz2; - for standard output; default: "
+      "KIND-CELLS-SEED.hgr");
   AddCount(app, "--seed", &request->recipe.seed, 0, INT_MAX, "Fixes the random sequence");
   AddRange(app, "--cell-weights", &request->recipe.cellwgts, 0, most_weight,
            "Random weights of cells, A to B");

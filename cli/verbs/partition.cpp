@@ -11,14 +11,20 @@
 namespace kapris_cli
 {
 
-static const char notes[] = "FILE counts cells from 1, part files count parts from 0.\n"
-                            "The best start is the first one in this order: all parts within their limits; "
-                            "the smaller objective; the\n"
-                            "other objective; the smaller imbalance; the smaller number. The same seed gives "
-                            "the same partition on every\n"
-                            "machine and with any number of threads, unless a time limit or Ctrl-C ends the "
-                            "run early; then the best so\n"
-                            "far is written.\n";
+static const char notes[] =
+    "FILE counts cells from 1, part files count parts from 0.\n"
+    "The best start is the first one in this order: less weight out of the limits; fewer "
+    "empty parts; the smaller\n"
+    "objective; the smaller cut, or soed if the cut is the objective; the smaller imbalance; the "
+    "smaller number.\n"
+    "The same seed gives the same partition on every machine and with any number of threads, "
+    "unless a time limit\n"
+    "or Ctrl-C ends the run early; then the best so far is written. No part stays empty while "
+    "there are cells\n"
+    "that it can have.\n"
+    "A start makes --members partitions and combines pairs of them. With --time-limit it does so until "
+    "the time is\n"
+    "up, and starts that have not begun by then are left out.\n";
 
 void AddPartition(CLI::App *app, Run *run)
 {
@@ -33,8 +39,8 @@ void AddPartition(CLI::App *app, Run *run)
           notes,
       [request, run] { *run = [request] { return Solve("partition", *request); }; });
 
-  AddInput(verb, &request->input);
   AddPartitionOptions(verb, request.get());
+  AddInput(verb, &request->input);
 }
 
 void AddRefine(CLI::App *app, Run *run)
@@ -45,16 +51,19 @@ void AddRefine(CLI::App *app, Run *run)
       std::string(
           "Examples:\n"
           "  kapris refine circuit.hgr circuit.hgr.part.4 -k 4 -o better.part\n"
-          "  kapris refine circuit.hgr halves.part -k 2 --vcycle never -o quick.part\n\n"
-          "Parts above their limits are repaired first. Each run refines the best partition of its\n"
-          "start so far, then improves it by V-cycles unless --vcycle is never. Two parts are refined\n"
-          "as a bisection, or with --scheme kway as more parts are.\n\n") +
+          "  kapris refine circuit.hgr halves.part -k 2 --combinations 1 -o quick.part\n\n"
+          "Parts above their limits are repaired first. Each start then refines all parts and makes up to\n"
+          "--combinations V-cycles; with --time-limit it goes on to make partitions of its own and combines\n"
+          "them with the given one. With --members 0 each run refines the best partition of its start so\n"
+          "far, then improves it by V-cycles unless --vcycle is never. Two parts are refined as a "
+          "bisection,\n"
+          "or with --scheme kway as more parts are.\n\n") +
           notes,
       [request, run] { *run = [request] { return Solve("refine", *request); }; });
 
+  AddRefineOptions(verb, request.get());
   AddInput(verb, &request->input);
   Require(AddArgument(verb, "PART", &request->part, "Part file to improve, - for standard input"));
-  AddRefineOptions(verb, request.get());
 }
 
 } // namespace kapris_cli

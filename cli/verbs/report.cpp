@@ -4,6 +4,7 @@
 #include "report/report.h"
 
 #include "failure.h"
+#include "text.h"
 
 #include "io/files.h"
 #include "io/output.h"
@@ -36,13 +37,14 @@ static ExitStatus Report(const ReportRequest &request)
     throw Failure{EXIT_USAGE, "FILE and PART go together: give both, or none"};
   if ((request.result == "-") + (request.input.path == "-") + (request.part == "-") > 1)
     throw Failure{EXIT_USAGE, "only one of RESULT, FILE and PART can be standard input"};
-  CheckFiles({request.result, request.input.path, request.part}, {request.out});
+  CheckFiles({request.result, request.input.path, request.part, request.input.types}, {request.out});
   const ReportData data = LoadReportData(request.result);
   if (!request.part.empty())
     input = LoadReportInput(InputName(request.result), data, request.input, request.part);
-  WriteFile(request.out, ReportPage(data, input ? &input->hgr : nullptr, input ? &input->part : nullptr));
+  WriteFile(request.out, ReportPage(data, input ? &input->hgr : nullptr, input ? &input->part : nullptr,
+                                    input ? &input->details : nullptr));
   if (request.out != "-")
-    fmt::print("{}\n", request.out);
+    fmt::print("{}\n", Shown(request.out));
   return EXIT_DONE;
 }
 

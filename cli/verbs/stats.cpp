@@ -3,6 +3,8 @@
 
 #include "measure/stats.h"
 
+#include "text.h"
+
 #include "io/input.h"
 #include "io/output.h"
 #include "json/objects.h"
@@ -54,6 +56,8 @@ static std::string FormatStats(const Stats &stats)
 
   for (const auto &[name, count] : stats.counts)
     text += Line(spaced(name), count);
+  if (stats.largest_components.size() > 1)
+    text += Line("the largest", Join(stats.largest_components, " ") + " cells");
   for (const auto &[name, distribution] : stats.distributions)
     text += FormatDistribution(spaced(name), distribution);
   return text;
@@ -61,12 +65,12 @@ static std::string FormatStats(const Stats &stats)
 
 static ExitStatus PrintStats(const StatsRequest &request)
 {
-  CheckFiles({request.input.path}, {request.json});
+  CheckFiles({request.input.path, request.input.types}, {request.json});
   const Hgr hgr = ReadHypergraph(request.input);
   const Stats stats = CountStats(hgr);
 
   if (!request.json.empty())
-    WriteStats(NameOf(request.input), hgr, stats, request.json);
+    WriteStats(PlainNameOf(request.input), hgr, stats, request.json);
   if (request.json != "-")
     std::fputs((FormatSizes(NameOf(request.input), hgr) + FormatStats(stats)).c_str(), stdout);
   return EXIT_DONE;
@@ -81,7 +85,8 @@ void AddStatsVerb(CLI::App *app, Run *run)
               "one cell nets    nets that no partition cuts, besides the empty ones\n"
               "identical nets   nets with the same cells as an earlier net, in any order\n"
               "islands          cells on no net\n"
-              "components       groups of cells that nets connect; an island is a component\n"
+              "components       groups of cells that nets connect; an island is a component. The largest "
+              "ten, if there are several\n"
               "The lines below a size, degree or weight tell how many there are between powers of two.\n\n"
               "Example: kapris stats --json circuit.hgr",
               [request, run] { *run = [request] { return PrintStats(*request); }; });

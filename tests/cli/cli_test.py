@@ -4,6 +4,7 @@
 """Tests of the kapris command."""
 
 import gzip
+import json
 import os
 import resource
 import signal
@@ -33,7 +34,7 @@ class Commands(ToolTest):
             over = max(weights) > -(-12 * sum(weights) // (10 * nparts))
             self.assertEqual((done.returncode == 4, "parts over" in summary), (over, over))
             measured = fields(self.run_kapris("eval", "h.hgr", summary["written"], "-k", str(nparts)).stdout)
-            for name in ("cells", "nets", "pins", "cut", "soed", "connectivity-1", "imbalance"):
+            for name in ("cells", "nets", "pins", "cut", "soed", "connectivity", "imbalance"):
                 self.assertEqual(summary[name], measured[name])
             for report in (summary, measured):
                 if nparts > 16:
@@ -97,9 +98,9 @@ class Commands(ToolTest):
         for message, *args in (
                 ("a verb is missing",),
                 ("no verb 'cut'", "--color", "never", "cut", "--wide"),
-                ("FILE", "partition"),
+                ("FILE", "partition", "-k", "2"),
                 ("--parts", *partition),
-                ("--parts", *partition, "-k", "1"),
+                ("--parts", *partition, "-k", "0"),
                 ("--parts", *partition, "-k", "2x"),
                 ("--parts", *partition, "-k", "2147483648"),
                 ("--epsilon", *partition, "-k", "2", "--epsilon", "-0.1"),
@@ -157,7 +158,67 @@ class Commands(ToolTest):
         done = self.run_kapris("partition", "h.hgr", "-k", "2", status=4)
         self.assertEqual(len(read("h.hgr.part.2").splitlines()), 3)
         self.assertEqual(fields(done.stdout)["parts over"], "1")
-        self.assertEqual(sum(line.endswith(" of at most 7, over") for line in done.stdout.splitlines()), 1)
+        self.assertEqual(sum(line.endswith(" of at most 6, over") for line in done.stdout.splitlines()), 1)
+
+    def test_what_people_type_is_understood_or_corrected(self):
+        write("t.hgr", TWO_TRIANGLES)
+        helped = self.run_kapris("partition", "--help").stdout
+        self.assertEqual(self.run_kapris("help", "partition").stdout, helped)
+        self.assertIn("Usage: kapris generate grid", self.run_kapris("help", "generate", "grid").stdout)
+        # The common options before the headings of the others.
+        self.assertEqual([name for name in ("--epsilon", "--preset", "--seed", "--starts", "--output", "\nBalance:", "--ubfactor",
+                                            "\nMethod:", "--vcycle", "\nInput:", "--model") if name not in helped], [])
+        self.assertLess(helped.index("--output"), helped.index("\nBalance:"))
+        self.assertLess(helped.index("\nMethod:"), helped.index("\nInput:"))
+        options = []
+        for args in (["-k", "3", "-e", "0.5", "--target-weights", "2,1,1"],
+                     ["--k", "3", "--imbalance", "0.5", "--part-shares", "2,1,1"],
+                     ["--k=3", "--imbalance=0.5", "--part-shares=2,1,1"]):
+            self.run_kapris("partition", "t.hgr", "-q", "-o", "parts", "--json=r.json", *args)
+            options.append(json.loads(read("r.json"))["options"])
+        self.assertEqual(options[1:], options[:1] * 2)
+        self.run_kapris("partition", "t.hgr", "-k", "2", "--seed=random", "-o", "parts", "--json=r.json")
+        self.assertGreater(json.loads(read("r.json"))["options"]["seed"], 10**6)
+        for message, *args in (
+                ("there is no verb 'partiton'; did you mean 'partition'?", "partiton", "t.hgr"),
+                ("there is no verb 'frobnicate'\n", "frobnicate"),
+                ("a verb is missing before '-k'", "-k", "2", "t.hgr"),
+                # Not what it makes seem to be missing.
+                ("there is no option '--part'; did you mean '--parts'?", "partition", "t.hgr", "--part", "2"),
+                ("there is no option '--imblance'; did you mean '--imbalance'?", "partition", "t.hgr", "--imblance", "0.1"),
+                ("there is no option '--epsilom'; did you mean '--epsilon'?", "eval", "t.hgr", "--epsilom=3", "parts"),
+                ("there is no option '--xyzzy'\n", "stats", "t.hgr", "--xyzzy", "5"),
+                ("'more' was not expected", "stats", "t.hgr", "more", "and more"),
+                ("--seed: 'x' is neither a whole number", "partition", "t.hgr", "-k", "2", "--seed", "x")):
+            self.fails(2, "kapris: " + message, *args)
+
+    def test_what_is_hardly_meant_gets_a_warning_and_no_part_stays_empty(self):
+        write("t.hgr", TWO_TRIANGLES)
+        for args, warning, nempty in ((["-k", "2", "-e", "3"], "all cells fit into one part; if 3 percent is meant, give 0.03", 0),
+                                      (["-k", "4", "-e", "1"], "an epsilon of 1 allows parts of 2 times", 0),
+                                      (["-k", "9"], "9 parts for 6 cells: 3 parts stay empty", 3),
+                                      (["-k", "2", "-e", "9", "--min-epsilon", "0.01"], "all cells fit", 0),
+                                      (["-k", "1"], None, 0), (["-k", "2"], None, 0)):
+            done = self.run_kapris("partition", "t.hgr", "-o", "parts", "--json=r.json", *args)
+            self.assertIn(warning or "", done.stderr)
+            self.assertEqual(len(done.stderr.splitlines()), warning is not None)
+            result = json.loads(read("r.json"))
+            self.assertEqual([f"kapris: warning: {text}" for text in result["warnings"]], done.stderr.splitlines())
+            self.assertEqual((result["best"]["empty_parts"], fields(done.stdout).get("empty parts", "0")), (nempty, str(nempty)))
+            self.assertEqual(len(set(read("parts").split())), int(args[1]) - nempty)
+            self.run_kapris("report", "r.json", "t.hgr", "parts", "-o", "page.html")
+        self.assertEqual(fields(self.run_kapris("partition", "t.hgr", "-k", "1", "-o", "parts").stdout)["cut"], "0")
+        # Minimums: 3 cells each.
+        self.run_kapris("partition", "t.hgr", "-k", "2", "-e", "9", "--min-epsilon", "0.01", "-o", "parts")
+        self.assertEqual(sorted(read("parts").split()), ["0"] * 3 + ["1"] * 3)
+        write("parts", "0\n0\n0\n0\n1\n1\n")
+        done = self.run_kapris("eval", "t.hgr", "parts", "-e", "0.5", "--min-epsilon", "0.01", status=4)
+        self.assertEqual(fields(done.stdout)["part 1"], "2 of 3 to 4, under")
+        # Two to one is what was asked for.
+        done = self.run_kapris("eval", "t.hgr", "parts", "-e", "0", "--target-weights", "2,1")
+        self.assertEqual([fields(done.stdout)[key] for key in ("part 0", "part 1", "imbalance")],
+                         ["4 of at most 4", "2 of at most 2", "0.0000"])
+        self.run_kapris("eval", "t.hgr", "parts", "-e", "0", "--target-weights", "1,2", status=4)
 
     def test_fixed_cells_go_where_they_must_whatever_it_costs(self):
         write("t.hgr", TWO_TRIANGLES)

@@ -1,5 +1,5 @@
-// tests/cli/formats_test.cpp - the readers of .hgr, .patoh, .mtx and .cnf: what they make of a text, and where faults
-// are.
+// tests/cli/formats_test.cpp - the readers of .hgr, .patoh, .mtx, .cnf, .wcnf and .graph: what they make of a text, and
+// where faults are.
 // SPDX-License-Identifier: MIT
 
 #include "failure.h"
@@ -18,6 +18,10 @@ static Hgr Read(const std::string &format, Model model, const std::string &text)
     return ReadHgr("a", text);
   if (format == "patoh")
     return ReadPatoh("a", text);
+  if (format == "graph")
+    return ReadGraph("a", text);
+  if (format == "wcnf" || format == "wcnf-unit")
+    return ReadWcnf("a", text, model, format == "wcnf-unit");
   return format == "cnf" ? ReadCnf("a", text, model) : ReadMtx("a", text, model, format == "unit");
 }
 
@@ -78,6 +82,18 @@ TEST(formats, give_the_nets_and_weights_that_the_text_means)
       {"cnf", Model::DUAL, "p cnf 4 3\n1 -4 0 4\n0\n3 -3 1 0\n", "4 3\n1 3\n\n3\n1 2\n"},
       {"cnf", Model::LITERAL, "p cnf 4 3\n1 -4 0 4\n0\n3 -3 1 0\n", "3 8\n1 8\n7\n1 5 6\n"},
       {"cnf", any, "p cnf 2000000 1\n0\n%\n0\n", "1 2000000\n\n"},
+
+      // A hard clause outweighs all soft ones, in the new form and in the old, which may name no weight for them.
+      {"wcnf", any, "c x\nh 1 2 0\n3 -1 -4 0 4\n2 0\nh 0\n", "4 4 1\n8 1 2\n3 1 4\n4 2\n8\n"},
+      {"wcnf", any, "p wcnf 5 3 18446744073709551615\n18446744073709551615 1 0 6 2 0\n7 3 0\n",
+       "3 5 1\n14 1\n6 2\n7 3\n"},
+      {"wcnf", Model::DUAL, "p wcnf 2 2\n5 1 -2 0\n6 2 0\n", "2 2 10\n1\n1 2\n5\n6\n"},
+      {"wcnf-unit", Model::LITERAL, "5 1 -2 0\n6 2 0\n", "2 4\n1 4\n3\n"},
+
+      {"graph", any, "% c\n4 3\n2 3\n1\n1 4\n3\n", "3 4\n1 2\n1 3\n3 4\n"},
+      {"graph", any, "3 1 010 1\n5\n0 3\n1 2", "1 3 10\n2 3\n5\n0\n1\n"},
+      {"graph", any, "3 2 1 0\n3 7\n3 9\n2 9 1 7\n", "2 3 1\n7 1 3\n9 2 3\n"},
+      {"graph", any, "2 0\n\n\n", "0 2\n"},
   };
 
   for (const GoodCase &good : cases) {
@@ -194,6 +210,34 @@ TEST(formats, name_the_place_of_every_fault)
       {"cnf", "p cnf 2 2\n1 0\n2", "a:3:2: clause 2 does not end with 0"},
       {"cnf", "p cnf 2 3\n1 0 0 \n", "a:3:1: the text ends after 2 of 3 clauses"},
       {"dual", "p cnf 1073741823 1\n1 0\n", "a:1:1: 1073741823 nets are too many"},
+
+      {"wcnf", "c\n", "a:2:1: there is neither a header nor a clause"},
+      {"wcnf", "p cnf 1 1\n1 0\n", "a:1:1: the header must be 'p wcnf VARIABLES CLAUSES', or none"},
+      {"wcnf", "p wcnf 1 1 x\n1 1 0\n", "a:1:12: the weight of hard clauses: 'x' is not a whole number"},
+      {"wcnf", "p wcnf 2 1\nh 1 0\n", "a:2:1: clause weight: 'h' is not a whole number"},
+      {"wcnf", "p wcnf 2 2\n1 1 0\n", "a:1:1: the header says 2 clauses, but there are 1"},
+      {"wcnf", "p wcnf 2 1\n1 3 0\n", "a:2:3: literal 3 in clause 1 (line 2): there are only 2 variables"},
+      {"wcnf", "1 1 2", "a:1:6: clause 1 does not end with 0"},
+      {"wcnf", "1 1073741824 0\n",
+       "a:1:3: literal 1073741824 in clause 1 (line 1): there are only 1073741823"},
+      {"wcnf", "h 1 0\nh 2 0\n2000000000000000000 1 0\n",
+       "a:1:1: 2 hard clauses, each heavier than all soft"},
+
+      {"graph", "2 1 100\n2\n1\n", "a:1:5: the format code asks for sizes of vertices"},
+      {"graph", "2 1 20\n2\n1\n", "a:1:5: the format code is '20': its digits are 0 or 1"},
+      {"graph", "2 1 11 2\n1 1 2 1\n1 1 1 1\n", "a:1:8: 2 weights per vertex: only one is supported"},
+      {"graph", "2000000000 1\n2\n1\n",
+       "a:1:1: 2000000000 vertices and 1 edges need at least 1999999999 bytes"},
+      {"graph", "2 1\n2\n\n", "a:2:1: vertices 1 and 2: only one of them lists the other as its neighbour"},
+      {"graph", "3 1\n2\n1\n2\n", "a:4:1: vertices 3 and 2: only one of them lists the other"},
+      {"graph", "2 2\n2 2\n1 1\n", "a:3:3: vertices 1 and 2: there is more than one edge between them"},
+      {"graph", "2 1 1\n2 5\n1 6\n",
+       "a:3:1: vertices 1 and 2: the edge weighs 5 in one line and 6 in the other"},
+      {"graph", "2 1\n1\n1\n", "a:2:1: vertex 1 cannot be its own neighbour"},
+      {"graph", "2 1\n3\n1\n", "a:2:1: neighbour 3 of vertex 1: vertices count from 1 to 2"},
+      {"graph", "2 1 1\n2\n1 1  \n", "a:2:2: the weight of the edge is missing"},
+      {"graph", "2 2\n2\n1    \n", "a:1:1: the header says 2 edges, but there are 1"},
+      {"graph", "2 1\n2\n1\n1\n", "a:4:1: '1' is left over after the last vertex"},
   };
 
   for (const BadCase &bad : cases) {

@@ -102,7 +102,7 @@ class Generate(ToolTest):
         measured = fields(self.run_kapris("eval", summary["file"], "planted", "--epsilon", "0").stdout)
         self.assertEqual(summary["file"], "planted-503-4.hgr")
         self.assertEqual(measured["cut"], summary["planted cut"])
-        self.assertEqual(measured["connectivity-1"], summary["planted cut"])
+        self.assertEqual(measured["connectivity"], summary["planted cut"])
         listed = self.run_kapris("eval", summary["file"], "planted", "--nets").stdout
         self.assertEqual(listed.count("cut net "), 77)
 
@@ -149,10 +149,13 @@ class Counts(ToolTest):
                 "identical_nets": len(sets) - len(set(map(frozenset, sets))), "islands": degrees.count(0),
                 "components": len(components), "cell_weight": distribution(cellwgts),
                 "net_weight": distribution(netwgts), "net_size": distribution(list(map(len, sets))),
-                "cell_degree": distribution(degrees), "component_size": distribution(components)}
+                "cell_degree": distribution(degrees), "component_size": distribution(components),
+                "largest_components": sorted(components, reverse=True)[:10]}
             self.assertEqual(json.loads(self.run_kapris("stats", "h.hgr", "--json").stdout), expected)
             lines = fields(self.run_kapris("stats", "h.hgr").stdout)
             self.assertEqual(lines["identical nets"], str(expected["identical_nets"]))
+            self.assertEqual(lines.get("the largest"), " ".join(map(str, expected["largest_components"])) + " cells"
+                             if len(components) > 1 else None)
             self.assertTrue(lines["net size"].endswith(f"max {max(map(len, sets))}"), lines)
         self.assertEqual(fields(self.run_kapris("stats", "-", text="0 0\n").stdout)["net size"], "none")
         heavy = ("stats", "-"), f"0 3 10\n0\n{2**60 + 1}\n{2**60 - 1}\n"
@@ -173,8 +176,11 @@ class Counts(ToolTest):
 
             spans = [sorted({part[cell] for cell in net}) for net in nets]
             cut = [(n, netwgts[n], span) for n, span in enumerate(spans) if len(span) > 1]
+            cut.sort(key=lambda one: (-one[1], one[0]))
+            border = [(c, [netwgts[n] for n, _, _ in cut if c in nets[n]]) for c in range(60)]
+            border = sorted([(c, sum(on), len(on)) for c, on in border if on], key=lambda one: (-one[1], one[0]))
             weights = [sum(w for w, p in zip(cellwgts, part) if p == q) for q in range(nparts)]
-            limit = -(-103 * sum(cellwgts) // (100 * nparts))
+            limit = 103 * -(-sum(cellwgts) // nparts) // 100
             matrix = [[sum(w for _, w, span in cut if p in span and q in span) for q in range(nparts)]
                       for p in range(nparts)]
             elsewhere = [n for n, p in enumerate(fixed) if p not in (-1, part[n])]
@@ -189,19 +195,32 @@ class Counts(ToolTest):
             self.assertEqual([found[key] for key in ("cells", "nets", "pins")], [60, 90, sum(map(len, nets))])
             self.assertEqual(found["matrix"], matrix)
             self.assertEqual(found["cut_nets"], [{"net": n + 1, "weight": w, "parts": span} for n, w, span in cut])
+            self.assertEqual(found["border_cells"], [{"cell": c + 1, "weight": w, "nets": count, "part": part[c]}
+                                                     for c, w, count in border])
             self.assertEqual(found["limit"], limit)
-            self.assertEqual(found["part_weights"], [{"part": p, "weight": w, "over": w > limit}
+            inside = {p: component_sizes([{cell for cell in net if part[cell] == p} for net in nets], 60) for p in set(part)}
+            # Of each part, the cells of the others are components of one.
+            inside = {p: sorted(sizes)[60 - part.count(p):] for p, sizes in inside.items()}
+            self.assertEqual(found["part_weights"], [{"part": p, "weight": w, "over": w > limit, "components": len(inside[p]),
+                                                      "cells_outside": sum(inside[p]) - max(inside[p])}
                                                      for p, w in enumerate(weights) if p in part])
             self.assertEqual(found["fixed"], {
                 "cells": sum(p >= 0 for p in fixed),
                 "elsewhere": [{"cell": n + 1, "fixed": fixed[n], "part": part[n]} for n in elsewhere]})
 
             text = self.run_kapris("eval", *options, status=4).stdout
-            for key, name in (("cut", "cut"), ("soed", "soed"), ("connectivity", "connectivity-1"), ("pins", "pins")):
+            for key, name in (("cut", "cut"), ("soed", "soed"), ("connectivity", "connectivity"), ("pins", "pins")):
                 self.assertEqual(fields(text)[name], str(found[key]))
+            apart = {p: sizes for p, sizes in inside.items() if len(sizes) > 1}
+            self.assertIn(f"components     {len(inside) - len(apart)} of {len(inside)} parts are connected, " if apart else
+                          f"components     all {len(inside)} parts are connected\n", text)
             lines = text.splitlines()
+            self.assertEqual(sum(line.startswith("components ") and " outside the largest" in line for line in lines),
+                             min(16, len(apart)) + (len(apart) > 0))
             self.assertEqual([line[15:] for line in lines if line.startswith("cut net ")],
                              [f"{n + 1} {w} {len(span)} {' '.join(map(str, span))}" for n, w, span in cut])
+            self.assertEqual([line[15:] for line in lines if line.startswith("border cell ")],
+                             [f"{c + 1} {w} {count} {part[c]}" for c, w, count in border])
             self.assertEqual([[int(w) for w in line[15:].split("\t")] for line in lines if line.startswith("matrix ")],
                              matrix)
             self.assertEqual(sum(line.endswith(f" of at most {limit}, over") for line in lines),
@@ -225,7 +244,6 @@ class Counts(ToolTest):
         write("wrong", "0\n-1\n-1\n0\n1\n")
         self.run_kapris("eval", "h.hgr", "parts", "--fixed", "right", "--epsilon", "0")
         self.run_kapris("eval", "h.hgr", "parts", "--fixed", "wrong", status=4)
-        # In doubles, (1 + 0.1) x 100 / 2 comes out above 55 and is rounded up.
         write("h.hgr", "0 2 10\n49\n51\n")
         write("parts", "0\n1\n")
         found = json.loads(self.run_kapris("eval", "h.hgr", "parts", "-k", "2", "--epsilon", "0.1", "--json").stdout)

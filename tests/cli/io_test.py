@@ -3,8 +3,13 @@
 # SPDX-License-Identifier: MIT
 """Tests of kapris check and kapris convert."""
 
+import bz2
 import gzip
+import json
+import lzma
 import os
+import shutil
+import subprocess
 import unittest
 
 from tool import ToolTest, read, write
@@ -40,6 +45,80 @@ class Io(ToolTest):
         self.assertEqual(self.kapris("convert", "-", "-", "--format", "mtx", "--to", "patoh", "--model", "column-net",
                                      "--unit-weights", text=MATRIX), "1 3 4 4\n1\n1 3\n\n3\n")
 
+    def test_other_compressed_files_are_read_and_written_and_damage_is_named(self):
+        zstd = bytes.fromhex("28b52ffd04586100003220330a3120320a3220330ab374815e")
+        write("a.hgr", "2 3\n1 2\n2 3\n")
+        for end, library in ((".xz", lzma), (".bz2", bz2), (".zst", None)):
+            if library:
+                self.kapris("convert", "a.hgr", "b.patoh" + end)
+                with library.open("b.patoh" + end, "rt") as file:
+                    self.assertEqual(file.read(), "1 3 2 4\n1 2\n2 3\n")
+            else:
+                self.fails(2, "cannot write b.patoh.zst: files of this kind are only read; choose .gz, .xz or .bz2",
+                           "convert", "a.hgr", "b.patoh.zst")
+            data = library.compress(b"2 3\n1 2\n2 3\n") if library else zstd
+            name = "c.hgr" + end
+            middle = len(data) // 2
+            wrong = data[:middle] + bytes([data[middle] ^ 0x55]) + data[middle + 1:]
+            twice = library.compress(data) if library else zstd[:9]
+            for damaged in (None, data[:-3], wrong, data + b"more", twice):
+                with open(name, "wb") as file:
+                    file.write(damaged or data)
+                if damaged:
+                    self.fails(3, f"{name}:1:1: the {dict(xz='xz', bz2='bzip2', zst='zstd')[end[1:]]} data are damaged or",
+                               "stats", name)
+                else:
+                    self.assertEqual(self.kapris("convert", name, "-", "--to", "hgr"), "2 3\n1 2\n2 3\n")
+            with open(name, "wb") as file:
+                file.write(library.compress(b"") + data if library else data)
+            os.rename(name, "named.hgr.bz2")  # the bytes count, not the name
+            self.assertEqual(self.kapris("convert", "named.hgr.bz2", "-", "--to", "hgr"), "2 3\n1 2\n2 3\n")
+
+    @unittest.skipUnless(shutil.which("xxhsum"), "there is no xxhsum")
+    def test_hashes_are_those_of_xxhsum(self):
+        write("m.mtx", MATRIX)
+        self.kapris("convert", "m.mtx", "m.hgr")
+        self.kapris("partition", "m.mtx", "-k", "2", "--json=result", "-o", "part")
+        with open("result", encoding="utf-8") as file:
+            result = json.load(file)
+        sums = subprocess.run(["xxhsum", "m.hgr", "part"], capture_output=True, encoding="utf-8", check=True).stdout
+        self.assertEqual(sums, f"{result['hash']}  m.hgr\n{result['output']['hash']}  part\n")
+
+    def test_byte_order_marks_are_passed_over_and_utf16_is_named(self):
+        for name, text in (("a.hgr", WEIGHTED), ("m.mtx", MATRIX), ("f.cnf", FORMULA)):
+            for encoding, mark in (("utf-8-sig", b""), ("utf-16-le", b""), ("utf-16-be", b""), ("utf-16-le", b"\xff\xfe"),
+                                   ("utf-16-be", b"\xfe\xff")):
+                with open(name, "wb") as file:
+                    file.write(mark + text.encode(encoding))
+                if encoding == "utf-8-sig":
+                    marked = self.kapris("convert", name, "-", "--to", "hgr")
+                    write(name, text)
+                    self.assertEqual(marked, self.kapris("convert", name, "-", "--to", "hgr"))
+                else:
+                    self.fails(3, f"{name}:1:1: this looks like UTF-16", "stats", name)
+                    self.assertIn("this looks like UTF-16", self.kapris("check", name, status=3))
+        write("h.hgr", "1 2\n1 2\n")
+        write("parts", "\ufeff0\n1\n")
+        self.kapris("eval", "h.hgr", "parts")
+
+    def test_names_that_cannot_be_shown_are_escaped(self):
+        name, shown = "a\nb\t\x1b[1m\u202e'\\.hgr", r"'a\nb\t\x1b[1m\xe2\x80\xae'\.hgr'"
+        write(name, "1 2\n1 2\n")
+        done = self.run_kapris("partition", name, "-k", "2", "--json=r\n.json", "--report", "r\n.html")
+        self.assertEqual(done.stdout.splitlines()[0], f"file           {shown}")
+        for line in (f"written        {shown[:-1]}.part.2'", r"json           'r\n.json'", r"report         'r\n.html'"):
+            self.assertIn(line, done.stdout.splitlines())
+        # As they are for programs, and with --quiet.
+        self.assertEqual(json.loads(read("r\n.json"))["file"], name)
+        self.assertEqual(self.kapris("partition", name, "-k", "2", "-q"), f"{name}.part.2\n")
+        write(name, "1 1\n1 2\n")
+        self.fails(3, shown + ":2:3: pin 2", "stats", name)
+        self.fails(6, r"cannot open 'no\x07ne': ", "stats", "no\x07ne")
+        self.fails(2, r"x\ny", "stats", name, "x\ny")
+        self.fails(2, r"the output './a\n", "convert", name, "./" + name)
+        write("ä.hgr", "1 2\n1 2\n")
+        self.assertIn("file           ä.hgr\n", self.kapris("stats", "ä.hgr"))
+
     def test_convert_refuses_what_the_target_cannot_hold_and_what_makes_no_sense(self):
         for name, text in (("a.hgr", WEIGHTED), ("w.hgr", "1 2 1\n3 1 2\n"), ("f.cnf", FORMULA), ("m.mtx", MATRIX)):
             write(name, text)
@@ -74,8 +153,8 @@ class Io(ToolTest):
                           f"stdin:6:1: cell weight: 1 takes the total to {2**61 + 1}, above {2**61}",
                           "3 errors, 0 warnings"])
         self.assertIn("weights too large", self.kapris("check", "-", status=3, text=f"1 2 1\n{2**60 + 1} 1 2\n"))
-        self.assertIn("(for more than two parts)\n0 errors, 1 warning\n",
-                      self.kapris("check", "-", text=f"1 3 1\n{2**60} 1 2 3\n"))
+        self.assertRegex(self.kapris("check", "-", text=f"1 3 1\n{2**60} 1 2 3\n"),
+                         r"\(for more than two parts\)\nto partition: 2 parts about .*\n0 errors, 1 warning\n")
         write("t.hgr.gz", WEIGHTED)
         with open("t.hgr.gz", "r+b") as file:
             file.truncate(30)

@@ -161,6 +161,11 @@ TEST(memory, any_allocation_of_a_command_may_fail)
       {"f.cnf", "p cnf 6 3\n1 -2 3 0\n3 4 0 -4 -5\n6 0\n"},
       {"m.mtx", "%%MatrixMarket matrix coordinate real symmetric\n5 5 3\n1 1 1\n2 1 -2.5\n4 3 1\n"},
       {"bad.hgr", "2 3\n1 2\n2 4\n"},
+      {"d.json",
+       R"({"modules":{"s":{"ports":{"p":{"bits":[2]}},"cells":{"i":{"type":"T","connections":{"A":[2]}}}},)"
+       R"("m":{"cells":{"u":{"type":"s","connections":{"p":[7]}},"v v":{"type":"T","connections":{"A":[7]}}},)"
+       R"("netnames":{"n":{"bits":[7]}}}}})"},
+      {"groups", "1 2\n"},
       {"part", "0\n0\n0\n1\n1\n1\n"},
       {"fixed", "-1\n0\n-1\n-1\n-1\n1\n"}};
   const Command commands[] = {
@@ -169,7 +174,10 @@ TEST(memory, any_allocation_of_a_command_may_fail)
       {EXIT_DONE,
        {"refine", "h.hgr", "part", "-k", "2", "-e", "0.5", "--runs", "1", "--seed", "1", "-o", "b.gz"}},
       {EXIT_DONE, {"eval", "h.hgr", "part", "--fixed", "fixed", "--nets", "--matrix", "--json=c"}},
-      {EXIT_DONE, {"convert", "m.mtx", "d.patoh.gz"}},
+      {EXIT_DONE,
+       {"partition", "h.hgr", "-k", "2", "-e", "0.5", "--groups", "groups", "--names", "n", "-o", "a"}},
+      {EXIT_DONE, {"convert", "m.mtx", "d.patoh.xz"}},
+      {EXIT_DONE, {"convert", "d.json", "d.hgr", "--names", "n"}},
       {EXIT_DONE, {"convert", "f.cnf", "e.hgr", "--model", "dual"}},
       {EXIT_DONE,
        {"generate", "planted", "--cells", "40", "--crossing", "3", "--parts", "2", "-o", "f.hgr",
@@ -177,7 +185,7 @@ TEST(memory, any_allocation_of_a_command_may_fail)
       {EXIT_DONE, {"stats", "h.hgr", "--json=h"}},
       {EXIT_MALFORMED, {"check", "bad.hgr"}},
       {EXIT_MALFORMED, {"partition", "bad.hgr", "-k", "2", "--color", "always"}},
-      {EXIT_USAGE, {"partition", "h.hgr", "-k", "1"}},
+      {EXIT_USAGE, {"partition", "h.hgr", "-k", "0"}},
       {EXIT_FILES, {"eval", "none.hgr", "part", "--color", "always"}},
       {EXIT_DONE, {"partition", "--help"}},
   };

@@ -80,6 +80,9 @@ class Report(ToolTest):
         figures = [row[1] for row in page.tables["figures"][1:]]
         self.assertEqual(figures[:3], [str(measured[key]) for key in ("cut", "soed", "connectivity")])
         self.assertAlmostEqual(float(figures[3]), result["best"]["imbalance"], 6)
+        self.assertEqual(sorted(page.tables["components-numbers"][1:]),
+                         sorted([str(part[key]) for key in ("part", "components", "cells_outside")]
+                                for part in measured["part_weights"][:200]))
         weights = {part["part"]: part["weight"] for part in measured["part_weights"]}
         self.assertEqual([row[:2] for row in page.tables["weights"][1:]],
                          [[str(p), str(weights.get(p, 0))] for p in range(nparts)])
@@ -94,7 +97,8 @@ class Report(ToolTest):
         write("h.hgr", random_hypergraph(1, repeats=True)[0])
         write("w.hgr", random_hypergraph(1, repeats=True, heaviest=2**40)[0])
         write("fixed", "".join(f"{cell % 3 if cell % 4 == 0 else -1}\n" for cell in range(60)))
-        for file, nparts, extra in (("c.hgr", 2, ["--starts", "4"]), ("c.hgr", 7, ["--scheme", "kway"]),
+        alone = ["--members", "0"]
+        for file, nparts, extra in (("c.hgr", 2, ["--starts", "4", *alone]), ("c.hgr", 7, ["--scheme", "kway", *alone]),
                                     ("w.hgr", 3, ["-e", "0.5"]),
                                     ("h.hgr", 3, ["--fixed", "fixed", "--target-weights", "1,2,3", "-e", "0.5"])):
             page, result = self.make(file, "-k", str(nparts), "--runs", "3", "-o", "p", *extra)
@@ -102,10 +106,19 @@ class Report(ToolTest):
             records = result["records"]
             self.assertEqual([row[:3] for row in page.tables["trials-numbers"][1:]],
                              [[str(trial[key]) for key in ("start", "trial", "value")] for trial in records["trials"]])
-            self.assertEqual([[int(cell) for cell in row[2:5]] for row in page.tables["levels-numbers"][1:]],
+            self.assertEqual([[int(cell) for cell in row[2:5]] for row in page.tables.get("levels-numbers", [])[1:]],
                              [[level[key] for key in ("cells", "nets", "pins")] for level in records["levels"]])
             self.assertEqual([name for name in PICTURES if name not in page.texts], [])
-            self.assertEqual(page.tags.count("svg"), len(PICTURES) - (len(result["starts"]) == 1))
+            searched = result["options"]["members"] > 0
+            self.assertEqual((not records["levels"], "--members 0" in page.texts["levels"]), (searched, searched))
+            tree = records["bisections"] if nparts > 2 else []
+            self.assertEqual([row[:4:2] + row[3:4] for row in page.tables.get("bisections-numbers", [])[1:]],
+                             [[f"{one['first']}-{one['first'] + one['parts'] - 1}", str(one["cut"]), "{} + {}".format(*one["weights"])]
+                              for one in tree])
+            recursive = result["options"]["scheme"] == "recursive" and not searched
+            self.assertEqual(len(records["bisections"]), nparts - 1 if recursive else 0)
+            self.assertEqual(page.tags.count("svg"),
+                             len(PICTURES) - (len(result["starts"]) == 1) - searched + (len(tree) > 0))
             self.assertFalse({"script", "link", "iframe", "object", "embed"} & set(page.tags))
             # Nothing is loaded from elsewhere.
             for name, value in page.attributes:
@@ -115,8 +128,41 @@ class Report(ToolTest):
         cellwgts = random_hypergraph(1, repeats=True)[3]
         self.assertEqual(weights, [sum(cellwgts[cell] for cell in range(0, 60, 4) if cell % 3 == p) for p in range(3)])
 
+    def test_generations_of_a_search_follow_from_the_parents(self):
+        page, result = self.make("c.hgr", "-k", "5", "--members", "4", "--combinations", "9", "--starts", "2", "-o", "p",
+                                 "--objective", "connectivity")
+        self.assertEqual((result["options"]["members"], result["options"]["combinations"]), (4, 9))
+        generations, least = {}, {}
+        rows = page.tables["trials-numbers"]
+        shown = [dict(zip(rows[0], row)) for row in rows[1:]]
+        self.assertEqual(len(shown), len(result["records"]["trials"]))
+        for row, trial in zip(shown, result["records"]["trials"]):
+            start, number, parents, value = (trial[key] for key in ("start", "trial", "parents", "value"))
+            self.assertEqual(len(parents), 0 if number < 4 else 2)
+            self.assertTrue(all(parent < number for parent in parents))
+            generations[start, number] = max((1 + generations[start, parent] for parent in parents), default=0)
+            self.assertEqual(row["of trials"], " and ".join(str(parent) for parent in parents))
+            self.assertEqual(row["generation"], str(generations[start, number]))
+            self.assertEqual(row["best so far"], "yes" if value < least.get(start, value + 1) else "")
+            least[start] = min(value, least.get(start, value))
+            self.assertEqual(row["kept"], "yes" if trial["best"] else "")
+            if trial["best"]:
+                self.assertEqual(value, result["starts"][start]["connectivity"])
+        self.assertEqual(sum(row["kept"] == "yes" for row in shown), 2)
+        self.assertIn(f"in up to {max(generations.values())} generation", page.texts["trials"])
+
+    def test_results_from_before_the_search_are_read(self):
+        result = self.make("c.hgr", "-k", "3", "--members", "0", "-o", "p")[1]
+        for key in ("members", "combinations"):
+            del result["options"][key]
+        for trial in result["records"]["trials"]:
+            del trial["parents"]
+        write("old.json", json.dumps(result))
+        self.run_kapris("report", "old.json", "c.hgr", "p", "-o", "old.html")
+        self.assertEqual(read("old.html"), read("page.html"))
+
     def test_expected_best_follows_from_the_sample(self):
-        page, result = self.make("c.hgr", "-k", "6", "--runs", "1", "--starts", "9", "--vcycle", "never")
+        page, result = self.make("c.hgr", "-k", "6", "--runs", "1", "--starts", "9", "--vcycle", "never", "--members", "0")
         values = [start["cut"] for start in result["starts"] if start["balanced"]]
         rng = random.Random(1)
         for row in page.tables["starts-expected"][1:]:
@@ -129,8 +175,9 @@ class Report(ToolTest):
     def test_the_command_repeats_the_run(self):
         self.run_kapris("convert", "c.hgr", "m.mtx")
         write("fixed", "0\n" + 399 * "-1\n")
-        for args in (["c.hgr", "-k", "5", "--target-weights", "1,2,3,4,5", "--start-range", "2:3", "--objective", "soed"],
+        for args in (["c.hgr", "-k", "5", "--target-weights", "1,2,3,4,5", "--start-range", "2:3", "--objective", "km1"],
                      ["m.mtx", "-k", "3", "--model", "column-net", "--unit-weights", "--preset", "fast", "--reconst"],
+                     ["c.hgr", "-k", "4", "--members", "0", "--vcycle", "best"],
                      ["c.hgr", "-k", "2", "--fixed", "fixed", "--scheme", "kway", "--seed", "77", "-e", "0.1"]):
             page, result = self.make(*args, "--runs", "2", "-o", "first")
             words = shlex.split(page.texts["command"])
@@ -142,7 +189,7 @@ class Report(ToolTest):
             self.assertEqual(read("again.html"), read("page.html"))
 
     def test_records_are_there_on_request_and_change_nothing(self):
-        args = ("partition", "c.hgr", "-k", "4", "--runs", "3", "--starts", "2")
+        args = ("partition", "c.hgr", "-k", "4", "--runs", "3", "--starts", "2", "--members", "0")
         self.run_kapris(*args, "-o", "plain", "--json=plain.json")
         result = json.loads(self.run_kapris(*args, "-o", "p", "--json", "--records").stdout)
         self.assertEqual((read("p"), result.keys() - json.loads(read("plain.json")).keys()), (read("plain"), {"records"}))
@@ -175,7 +222,8 @@ class Report(ToolTest):
         self.assertEqual(shell.stdout, b"\xff\xc0\xaf\xed\xa0\x80 -.hgr")
 
     def test_hostile_results_are_refused_with_file_and_key(self):
-        self.run_kapris("partition", "c.hgr", "-k", "3", "--runs", "2", "-o", "p", "--json=good.json", "--records", "-q")
+        self.run_kapris("partition", "c.hgr", "-k", "3", "--runs", "3", "--members", "0", "-o", "p", "--json=good.json",
+                        "--records", "-q")
         good = json.loads(read("good.json"))
 
         def keys(value, path=()):
@@ -199,16 +247,18 @@ class Report(ToolTest):
 
         rng = random.Random(1)
         paths = [path for path in keys(good) if path[:2] not in (("seconds", "prepare"), ("seconds", "starts"))]
+        optional = {"records", "members", "parents"}  # the last two are not in results of older versions
         for path in [path for path in paths if len(path) == 1] + rng.sample(paths, 120):
             write("bad.json", changed(path, {"x": ["</script>"]}))
             self.fails(3, "bad.json:1:1: ", "report", "bad.json", "-o", "page.html")
-            if isinstance(path[-1], str) and path[-1] != "records":
+            if isinstance(path[-1], str) and path[-1] not in optional:
                 write("bad.json", changed(path))
                 self.fails(3, f"bad.json:1:1: the key {name(path)} is missing", "report", "bad.json", "-o", "page.html")
         for path, value, message in ((("best", "cut"), -1, "best.cut is -1"), (("best", "cut"), 10**30, "best.cut is"),
                                      (("options", "parts"), 10**9, "part_weights has 3 elements, but there are 1000000000"),
                                      (("part_weights",), [1] * 100000, "part_weights has 100000 elements"),
                                      (("starts", 0, "seconds"), "NaN", 'starts[0].seconds is "NaN"'),
+                                     (("records", "trials", 2, "parents"), [1, 2], "records.trials[2].parents is [1,2]"),
                                      (("records", "levels", 1, "cells"), 2.5, "records.levels[1].cells is 2.5")):
             write("bad.json", changed(path, value))
             self.fails(3, "bad.json:1:1: " + message, "report", "bad.json", "-o", "page.html")
@@ -218,7 +268,7 @@ class Report(ToolTest):
         write("bad.json", changed(("part_weights",), [2**60, 2**60, 1]))
         self.fails(3, f"bad.json:1:1: part_weights add up to more than {2**61}", "report", "bad.json", "-o", "page.html")
         # Nonsense of the right types makes a page all the same.
-        for path, value in ((("starts",), []), (("records", "levels"), []), (("records", "trials"), []), (("part_limits",), [0, 0, 0]),
+        for path, value in ((("starts",), []), (("records", "levels"), []), (("records", "trials"), []), (("records", "bisections"), []), (("part_limits",), [0, 0, 0]),
                             (("part_weights",), [0, 0, 0]), (("options", "epsilon"), 1e15), (("best", "imbalance"), 1e15),
                             (("nets",), 0), (("starts", 0, "cut"), 2**63 - 1), (("records", "trials", 0, "value"), 2**63 - 1)):
             write("odd.json", changed(path, value))
@@ -228,7 +278,7 @@ class Report(ToolTest):
 
     def test_figures_of_64_bits_are_exact(self):
         unit = 2**50 + 1
-        result = self.make("c.hgr", "-k", "3", "--runs", "3", "--starts", "4")[1]
+        result = self.make("c.hgr", "-k", "3", "--runs", "3", "--starts", "4", "--members", "0")[1]
         for place in (result["best"], *result["starts"], *result["records"]["trials"], *result["records"]["levels"]):
             for key in {"cut", "soed", "connectivity", "value", "cycled"} & place.keys():
                 place[key] = place[key] and place[key] * unit
@@ -247,8 +297,8 @@ class Report(ToolTest):
         self.assertEqual([row[1:4] + row[5:] for row in page.tables["weights"][1:]],
                          [[str(weight), f"{total // 3}.{(10 * (total % 3) + 1) // 3}", str(limit), str(fixed)]
                           for weight, limit, fixed in zip(result["part_weights"], result["part_limits"], [unit, 0, 2 * unit])])
-        self.assertEqual([row[1:3] for row in page.tables["starts-numbers"][1:]],
-                         [[str(start[key]) for key in ("cut", "soed")] for start in result["starts"]])
+        self.assertEqual([row[1:4] for row in page.tables["starts-numbers"][1:]],
+                         [[str(start[key]) for key in ("cut", "soed", "connectivity")] for start in result["starts"]])
         self.assertIn(f"values from {2**61 + 1} to {2**61 + 385}", read("big.html"))
         self.assertEqual(page.tables["starts-expected"][-1][2:], [str(2**61 + 1)] * 2)
         self.assertEqual([row[2] for row in page.tables["trials-numbers"][1:]],
@@ -271,7 +321,8 @@ class Report(ToolTest):
 
     def test_pages_of_many_parts_stay_small(self):
         self.run_kapris("generate", "random", "--cells", "9000", "--nets", "9000", "-o", "h.hgr")
-        self.run_kapris("partition", "h.hgr", "-k", "4000", "--runs", "1", "-e", "1", "-q", "--report", "page.html")
+        self.run_kapris("partition", "h.hgr", "-k", "4000", "--runs", "1", "--members", "0", "-e", "1", "-q",
+                        "--report", "page.html")
         self.assertLess(os.path.getsize("page.html"), 2_000_000)
         page = Page(read("page.html"))
         self.assertIn("4000 parts, shown in 64 groups", page.texts["part-weights"])

@@ -18,7 +18,7 @@ KAPRIS = os.path.abspath(sys.argv.pop(1))
 
 def open_text(path, mode):
     """Line ends are left as they are."""
-    return (gzip.open if path.endswith(".gz") else open)(path, mode + "t", encoding="ascii", newline="")
+    return (gzip.open if path.endswith(".gz") else open)(path, mode + "t", encoding="utf-8", errors="surrogateescape", newline="")
 
 
 def write(path, text):
@@ -69,7 +69,7 @@ class ToolTest(unittest.TestCase):
     def run_kapris(self, *args, status=0, text="", **options):
         """Runs the command and checks its exit status, a number or a tuple of numbers."""
         options = {"stdout": subprocess.PIPE, **options}
-        done = subprocess.run([KAPRIS, *args], input=text, stderr=subprocess.PIPE, encoding="ascii", check=False,
+        done = subprocess.run([KAPRIS, *args], input=text, stderr=subprocess.PIPE, encoding="utf-8", check=False,
                               **options)
         allowed = status if isinstance(status, tuple) else (status,)
         self.assertIn(done.returncode, allowed, (args, done.stdout, done.stderr))
