@@ -1,5 +1,7 @@
-"""What instances.py and compare.py share: the hypergraphs and cases that they are asked for, and one run."""
+"""What the scripts share: the hypergraphs and cases that they are asked for, one run, and tables in documents."""
 # SPDX-License-Identifier: MIT
+import json
+import os
 import pathlib
 import re
 import subprocess
@@ -108,3 +110,35 @@ def run(program, file, scheme, parts, args):
     if row["reported"] != value or row["wrongcuts"] != "0":
         raise Fault(f"{shown}: reported {row['reported']}, recomputed {value}, {row['wrongcuts']} lines printed")
     return row
+
+
+def find_tool(path):
+    """kapris itself, or that of a build folder."""
+    tool = path / "cli" / "kapris" if path.is_dir() else path
+    if not tool.is_file():
+        raise Fault(f"{tool} is missing: build the target kapris_cli")
+    return tool.resolve()
+
+
+def cpu():
+    times = os.times()
+    return times.children_user + times.children_system
+
+
+def partition(tool, arguments, folder):
+    """CPU seconds and JSON result of one call of partition or refine with one thread."""
+    result = folder / "result"
+    before = cpu()
+    done = subprocess.run([tool, *arguments, "-t", "1", "-q", f"--json={result}"], capture_output=True, text=True)
+    if done.returncode not in (0, 4):  # 4: parts out of their limits
+        raise Fault(done.stderr.strip())
+    return cpu() - before, json.loads(result.read_text())
+
+
+def replace(path, first, last, lines):
+    """Puts lines between two lines of a file."""
+    text = path.read_text()
+    if first not in text or last not in text.split(first, 1)[1]:
+        raise Fault(f"{path} has no '{first.strip()}' with '{last.strip()}' below")
+    head, rest = text.split(first, 1)
+    path.write_text(head + first + "".join(lines) + last + rest.split(last, 1)[1])
