@@ -155,9 +155,9 @@ struct Options {
   std::optional<double> imbalance = {};
 
   // Partitions that a start makes on its own, to combine them; 0: one, and nothing is combined.
-  int members = 6;
+  int members = 4;
   // Combinations that it makes at most; of the partition of Refine that many V-cycles.
-  int combinations = 8;
+  int combinations = 12;
 };
 
 // Everything a call gives. Belongs to whoever holds it.

@@ -242,10 +242,10 @@ typedef struct kapris_options {
   /* Multilevel runs of each bisection or k-way partitioning, >= 1. Default 2. */
   int runs;
   /* Partitions that a start makes on its own, to combine them, >= 0; 0 = one, made by scheme, coarsening, refinement,
-   * vcycle and runs alone. Default 6. */
+   * vcycle and runs alone. Default 4. */
   int members;
-  /* Combinations of two partitions that a start makes at most, >= 0; of the partition of kapris_refine that many
-   * V-cycles. Default 8. */
+  /* Combinations that a start makes at most, >= 0: of two partitions, or with more than two parts of one and itself with
+   * its parts made anew, a few at a time. Of the partition of kapris_refine that many V-cycles. Default 12. */
   int combinations;
   /* 1 = the pieces of cut nets stay in the recursion, 0 = they leave it. Default 0. */
   int reconst;
@@ -449,8 +449,9 @@ typedef struct kapris_result {
  * Method: each start makes members by recursive bisection as in KAPRIS_PartRecursive, see kapris.h for the sources, but
  * with limits for the final parts and no use of the clock; with KAPRIS_KWAY by direct partitioning. All parts of each
  * are refined by searches that climb hills. Then it combines pairs of members: cells on which both agree are grouped,
- * and the better one is refined on the way back; a child takes the place of the member most like it. Without members a
- * start is one partitioning as KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or exchanges
+ * and the better one is refined on the way back; a child takes the place of the member most like it. With more than two
+ * parts it also makes those of the best member anew, a few neighbours at a time, and combines them likewise. Without
+ * members a start is one partitioning as KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or exchanges
  * cells of parts above their limits, and moves cells to parts that are empty or below their minimums. With one part
  * there is nothing to do. */
 KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,

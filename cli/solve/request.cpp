@@ -132,9 +132,9 @@ static void AddEffort(CLI::App *verb, Request *request)
   AddNumber(verb, "--runs", &request->runs, 1, INT_MAX, "N",
             "Runs of each bisection or k-way partitioning [2]");
   AddNumber(verb, "--members", &request->members, 0, INT_MAX, "N",
-            "Partitions that a start makes and combines, 0 = only one [6]");
+            "Partitions that a start makes and combines, 0 = only one [4]");
   AddNumber(verb, "--combinations", &request->combinations, 0, INT_MAX, "N",
-            "Combinations of two of them, at most; of a given partition V-cycles [8]");
+            "Combinations of them, at most; of a given partition V-cycles [12]");
   CLI::Option *starts = AddNumber(verb, "--starts", &request->starts, 1, INT_MAX, "N",
                                   "Independent starts, of which the best counts [1]");
   CLI::Option *range =

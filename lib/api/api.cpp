@@ -44,8 +44,8 @@ void kapris_init_options(kapris_options *options)
   options->refinement = KAPRIS_EARLY_EXIT_FM;
   options->vcycle = KAPRIS_VCYCLE_NEVER;
   options->runs = 2;
-  options->members = 6;
-  options->combinations = 8;
+  options->members = 4;
+  options->combinations = 12;
   options->epsilon = 0.03;
   options->min_epsilon = 1.0;
   options->starts = 1;

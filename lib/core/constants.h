@@ -93,6 +93,13 @@ constexpr double FRUITLESS_SHARE = 0.02;
 constexpr int LARGE_SEARCHED_NET = 500;
 // Combinations that are made of the same members, side by side.
 constexpr int BROOD = 4;
+// Parts that are made anew together, at least, and at most two more; how often a member's parts are between two broods,
+// unless so many times in a row bring nothing.
+constexpr int SMALLEST_REWORKED = 2;
+constexpr int REWORKS = 6;
+constexpr int IDLE_REWORKS = 3;
+// Nets that touch more parts do not tell which parts are made anew together.
+constexpr std::size_t MOST_BORDERING = 5;
 // V-cycles in a row that bring nothing end the improvement of a given partition.
 constexpr int IDLE_IMPROVEMENTS = 2;
 // Under a time limit: members, and broods in a row that bring nothing new after which a new family takes the place of

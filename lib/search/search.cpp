@@ -3,6 +3,7 @@
 //
 //   found    families of members; a family shares its first levels   Found
 //   breed    broods of combinations, each of two members             Breed
+//   rework   one member with its parts made anew, a few at a time    ReworkOne
 //   take     a child replaces the member most like it                Take
 // Members of a family, families and the children of a brood are made side by side. Each draws from a sequence of its
 // own, and they are taken in the order of their numbers, so that threads and their timing change nothing.
@@ -11,13 +12,14 @@
 
 #include "climb.h"
 #include "member.h"
+#include "rework.h"
+#include "sidebyside.h"
 
 #include "base/random.h"
 #include "core/constants.h"
 #include "core/level.h"
 
 #include <algorithm>
-#include <exception>
 #include <mutex>
 #include <set>
 #include <utility>
@@ -63,68 +65,6 @@ static std::int64_t NextSeed(Population *population)
   z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
   z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
   return static_cast<std::int64_t>((z ^ (z >> 31)) & INT_MAX);
-}
-
-// ----------------------------------------------------------------------------------------------------------
-// Side by side
-
-namespace
-{
-
-template <class Work>
-struct SideTask {
-  const Control *ctrl;
-  const Work *work;
-  int index;
-  void *handle;
-};
-
-} // namespace
-
-template <class Work>
-static void DoSideTask(void *argument)
-{
-  const SideTask<Work> *task = static_cast<SideTask<Work> *>(argument);
-
-  (*task->work)(task->index);
-  EnterPhase(task->ctrl, PHASE_END, 0);
-}
-
-// Does work(0) .. work(n - 1), the first on this thread, the others wherever a thread is free. Throws what one of them
-// threw, when all have ended.
-template <class Work>
-static void DoAll(const Control *ctrl, int n, const Work &work)
-{
-  const Hooks *hooks = ctrl->hooks;
-  std::vector<SideTask<Work>> tasks;
-  std::exception_ptr error;
-
-  for (int i = 0; i < n; i++)
-    tasks.push_back({ctrl, &work, i, nullptr});
-  if (hooks->fork == nullptr || n <= 1) {
-    for (int i = 0; i < n; i++)
-      work(i);
-    return;
-  }
-  std::size_t nforked = 1;
-  try {
-    for (; nforked < tasks.size(); nforked++)
-      tasks[nforked].handle = hooks->fork(hooks->owner, DoSideTask<Work>, &tasks[nforked]);
-    work(0);
-  } catch (...) {
-    error = std::current_exception();
-  }
-  // Whatever has happened: the tasks use what is on this stack.
-  for (std::size_t i = 1; i < nforked; i++) {
-    try {
-      hooks->join(hooks->owner, tasks[i].handle);
-    } catch (...) {
-      if (!error)
-        error = std::current_exception();
-    }
-  }
-  if (error)
-    std::rethrow_exception(error);
 }
 
 // Hands the partition to the caller if it is the best so far; on any thread.
@@ -349,6 +289,32 @@ static int Breed(Population *population, int n, double work, bool *brought)
   return npairs;
 }
 
+// Makes the parts of the best member anew, or where that has brought nothing those of another one. Returns whether the
+// best one is better now.
+static bool ReworkOne(Population *population, bool best, int groupsize, double work)
+{
+  InitRandom__(NextSeed(population));
+  const Entry *entry = best ? FindBest(population) : &population->entries[DrawGood(population)];
+  const Value before = FindBest(population)->member.value;
+  Member child = Rework(population->ctrl, population->goal, NextSeed(population), population->graph,
+                        &entry->member, groupsize);
+  const bool better = child.value < before;
+
+  Offer(population, &child);
+  Take(population, &child, {{entry->number, entry->number}});
+  ReportMembers(population, work);
+  return better;
+}
+
+// At most n times.
+static void ReworkParts(Population *population, int n, double work)
+{
+  int idle = 0;
+
+  for (int i = 0; i < n && idle < IDLE_REWORKS; i++)
+    idle = ReworkOne(population, idle == 0, SMALLEST_REWORKED, work / n) ? 0 : idle + 1;
+}
+
 // Improves the one member that there is, by V-cycles.
 static void Improve(Population *population)
 {
@@ -402,6 +368,8 @@ static void SearchOn(Population *population)
       stale = 0;
     }
     Breed(population, BROOD, 0.0, &brought);
+    if (population->goal->nparts > SMALLEST_REWORKED)
+      brought = ReworkOne(population, round % 2 == 0, SMALLEST_REWORKED + round % 3, 0.0) || brought;
     stale = brought ? 0 : stale + 1;
     hopeless = FindBest(population)->member.value < before ? 0 : hopeless + 1;
   }
@@ -415,11 +383,14 @@ static void SearchToPlan(Population *population)
 
   Found(population, plan->members, plan->direct, 2.0 * plan->members / whole);
   while (left > 0) {
-    const int n = std::min(BROOD, left);
     bool brought = false;
-    if (Breed(population, n, n / whole, &brought) == 0)
+    const int n = std::min(BROOD, left), nbred = Breed(population, n, n / whole, &brought);
+    left -= nbred;
+    const int nreworks = population->goal->nparts > SMALLEST_REWORKED ? std::min(REWORKS, left) : 0;
+    ReworkParts(population, nreworks, nreworks / whole);
+    left -= nreworks;
+    if (nreworks == 0 && !brought)
       break;
-    left -= n;
   }
 }
 

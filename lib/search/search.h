@@ -9,9 +9,10 @@ namespace kapris::engine::KAPRIS_ENGINE
 
 // How much a search does.
 struct SearchPlan {
-  int members;      // partitions that it makes on its own, >= 1
-  int combinations; // of two of them, at most; of a given partition that many V-cycles
-  bool direct;      // members are made directly, else by recursive bisection
+  int members; // partitions that it makes on its own, >= 1
+  int combinations; // of two of them, or of one and the same with parts made anew, at most; of a given partition that
+                    // many V-cycles
+  bool direct; // members are made directly, else by recursive bisection
   bool
       endless; // goes on from a quick first partition until StopRun or all hope is lost, whatever the numbers above
 };

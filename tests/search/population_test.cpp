@@ -3,6 +3,7 @@
 
 #include "base/random.h"
 #include "search/member.h"
+#include "search/rework.h"
 #include "search/search.h"
 #include "support/graph.h"
 
@@ -123,6 +124,40 @@ TEST(member, a_child_is_never_worse_than_the_better_parent)
   EXPECT_GT(nbetter, 2);
 }
 
+TEST(member, parts_made_anew_leave_a_partition_no_worse_and_anchors_where_they_are)
+{
+  Caller caller;
+  int nbetter = 0;
+
+  for (std::uint64_t seed = 1; seed <= 6; seed++) {
+    SearchCase c(600, seed, &caller);
+    c.graph->nfixed = seed % 2 == 0 ? 4 : 0;
+    c.goal.connectivity = seed % 3 == 0;
+    c.goal.cut = seed % 3 != 1;
+    c.goal.connectivity |= !c.goal.cut;
+    Member parent = Bisect(&c.ctrl, &c.goal, 1, c.graph);
+    for (int groupsize = 2; groupsize <= 4; groupsize++) {
+      const Member child = Rework(&c.ctrl, &c.goal, 3, c.graph, &parent, groupsize);
+      EXPECT_EQ(child.value, Evaluate(&c.goal, c.graph, child.part.data()));
+      EXPECT_LE(child.value, parent.value);
+      for (int i = 0; i < c.graph->nfixed; i++)
+        EXPECT_EQ(child.part[At(i)], i);
+      nbetter += child.value < parent.value;
+      parent = child;
+    }
+  }
+  EXPECT_GT(nbetter, 6);
+
+  // Nothing to make anew: all parts lie apart.
+  SearchCase apart(8, 1, &caller);
+  const Instance islands = {8, {}, {}, {}};
+  HGraph *graph = HGraphOf(islands);
+  CreateIncidentHGraph__(graph);
+  const Member parent = {{0, 0, 1, 1, 2, 2, 3, 3}, {0, 0, 0}};
+  EXPECT_EQ(Rework(&apart.ctrl, &apart.goal, 3, graph, &parent, 2).part, parent.part);
+  FreeHGraph__(graph);
+}
+
 TEST(search, finds_the_same_whenever_forked_work_is_done)
 {
   for (const bool direct : {false, true}) {
@@ -130,7 +165,7 @@ TEST(search, finds_the_same_whenever_forked_work_is_done)
     for (const bool atonce : {false, true}) {
       Caller caller;
       SearchCase c(1800, 5, &caller);
-      const SearchPlan plan = {3, 4, direct, false};
+      const SearchPlan plan = {3, 8, direct, false};
       caller.atonce = atonce;
       const Weight cut = Search(&c.ctrl, &c.goal, &plan, c.graph, c.part.data());
       EXPECT_EQ(cut, CutOf(c.instance, c.part));
@@ -194,7 +229,7 @@ TEST(search, goes_on_until_it_is_stopped_and_announces_only_what_is_better)
     EXPECT_LE(caller.cuts[i], caller.cuts[i - 1]);
   std::set<std::pair<int, int>> pairs;
   for (const Step &step : caller.steps)
-    if (step.parents[0] >= 0) {
+    if (step.parents[0] != step.parents[1]) {
       EXPECT_TRUE(pairs.insert(std::minmax(step.parents[0], step.parents[1])).second) << "a pair twice";
     }
   EXPECT_GT(pairs.size(), 5u);
