@@ -70,6 +70,7 @@ struct ReportData {
   std::string file, hash, version, command, status, message;
   int cells = 0, nets = 0, pins = 0;
   ReportFile given, fixed, groups, output;
+  std::vector<ReportFile> combined;
   std::string terminals; // fields that fix them; empty: free
   // Options and limits.
   int parts = 0, runs = 0, members = 0, combinations = 0, threads = 0;
