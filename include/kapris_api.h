@@ -504,11 +504,11 @@ KAPRIS_SAFE_API kapris_status kapris_refine(const kapris_problem *problem, const
  * Returns the status, as kapris_partition does.
  *
  * Parts above their limits or below their minimums are repaired first. Then each start refines all parts of each
- * partition and combines pairs as kapris_partition does with its members, up to combinations times: cells on which both
- * agree are grouped, and the better one is refined on the way back. With a time limit it then goes on to make
- * partitions of its own and combines them too. One partition, or several that are the same, are improved as by kapris_refine with
- * members. Otherwise members, scheme, coarsening, refinement, vcycle, runs and reconst do not matter. A start holds 4
- * bytes per cell for each partition. */
+ * partition and combines pairs as kapris_partition does with its members, up to combinations times: cells on which
+ * both agree are grouped, and the better one is refined on the way back. With a time limit it then goes on to make
+ * partitions of its own and combines them too. One partition, or several that are the same, are improved as by
+ * kapris_refine with members. Otherwise members, scheme, coarsening, refinement, vcycle, runs and reconst do not
+ * matter. A start holds 4 bytes per cell for each partition. */
 KAPRIS_SAFE_API kapris_status kapris_combine(const kapris_problem *problem, const kapris_options *options,
                                              int ngiven, const int *const *parts, kapris_result **result);
 

@@ -164,7 +164,8 @@ static std::optional<SavedStart> StartOf(std::string_view line, int ncells, int 
   const std::int64_t number = json["start"].get<std::int64_t>();
   std::optional<std::vector<int>> part =
       PartOfText(json["part"].get_ref<const std::string &>(), ncells, nparts);
-  if (number < 0 || number >= INT_MAX || !part || HashOf(*part) != json["hash"].get_ref<const std::string &>())
+  if (number < 0 || number >= INT_MAX || !part ||
+      HashOf(*part) != json["hash"].get_ref<const std::string &>())
     return std::nullopt;
   return SavedStart{static_cast<int>(number), json["seed"].get<std::int64_t>(), json["seconds"].get<double>(),
                     std::move(*part)};
@@ -209,8 +210,7 @@ static void ForEachLine(const Journal *journal, std::int64_t size,
   for (std::int64_t at = 0; at < size; at += step) {
     const std::string more = ReadAt(journal, {0, at, std::min(step, size - at)});
     for (size_t begin = 0; begin < more.size();) {
-      const size_t end = std::min(more.size(), more.find('\n', begin) + (more.find('\n', begin) !=
-                                                                         std::string::npos));
+      const size_t found = more.find('\n', begin), end = found == std::string::npos ? more.size() : found + 1;
       text.append(more, begin, end - begin);
       begin = end;
       if (text.back() != '\n')
@@ -303,8 +303,8 @@ static bool TakeHeader(Journal *journal, const std::string &text, const JournalL
     return false;
   }
   if (!there.is_object() || there.value("schema", Json()) != here["schema"])
-    throw Failure{EXIT_MALFORMED, fmt::format("{}:1:1: not a journal of 'kapris partition --journal'",
-                                              Shown(journal->path))};
+    throw Failure{EXIT_MALFORMED,
+                  fmt::format("{}:1:1: not a journal of 'kapris partition --journal'", Shown(journal->path))};
   CheckSame(journal->path, "", there, here);
   journal->end = line.length;
   return true;

@@ -1,4 +1,4 @@
-// cli/solve/journal.h - a file that keeps each start of a run as it ends, so that the same command can go on after a crash.
+// cli/solve/journal.h - a file that keeps each start of a run as it ends, from which the same command goes on.
 // SPDX-License-Identifier: MIT
 #pragma once
 
@@ -31,9 +31,9 @@ struct Journal {
   Journal &operator=(const Journal &) = delete;
 };
 
-// Opens the journal that begins with the line fingerprint, an object, or begins it. A last line that is torn is cut off with a note
-// on standard error. Fails if the journal is that of another run, if it is damaged elsewhere, or if another process has
-// it open. The partitions have ncells cells.
+// Opens the journal that begins with the line fingerprint, an object, or begins it. A last line that is torn is cut off
+// with a note on standard error. Fails if the journal is that of another run, if it is damaged elsewhere, or if another
+// process has it open. The partitions have ncells cells.
 std::unique_ptr<Journal> OpenJournal(const std::string &path, const std::string &fingerprint, int ncells,
                                      int nparts);
 
