@@ -27,7 +27,7 @@ void CheckRoom(const std::string &path, std::uint64_t nbytes)
   if (path == "-" || (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)))
     return;
   // Some file systems do not tell how large they are.
-  if (statvfs(folder.c_str(), &disk) != 0 || disk.f_blocks == 0)
+  if (statvfs(folder.c_str(), &disk) != 0 || disk.f_blocks == 0 || disk.f_frsize == 0)
     return;
   const std::uint64_t nfree = geteuid() == 0 ? disk.f_bfree : disk.f_bavail;
   if (nfree < nbytes / disk.f_frsize + 1)

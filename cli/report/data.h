@@ -70,7 +70,6 @@ struct ReportData {
   std::string file, hash, version, command, status, message;
   int cells = 0, nets = 0, pins = 0;
   ReportFile given, fixed, groups, output;
-  std::vector<ReportFile> combined;
   std::string terminals; // fields that fix them; empty: free
   // Options and limits.
   int parts = 0, runs = 0, members = 0, combinations = 0, threads = 0;
@@ -93,6 +92,7 @@ struct ReportData {
          seconds_refining = 0.0, seconds_balancing = 0.0;
   std::int64_t peak_bytes = 0;
   std::optional<ReportRecords> records;
+  std::vector<ReportFile> combined; // partitions; of the verb combine
 };
 
 // Throws Failure that names the file and the key of the first thing that is not as docs/json.md says.

@@ -24,6 +24,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <string>
 
 using namespace kapris::engine::safe;
 
@@ -237,16 +238,17 @@ static bool OverLimit(const kapris_result *result)
 static void SetShortage(kapris_result *result, const Run *run)
 {
   const bool limited = run->shortage.kind == FATAL_MEMORY_LIMIT;
+  // What follows it has room, too.
+  const std::string reason = std::string(run->shortage.message).substr(0, 140);
   int ncompleted = 0;
-  char reason[160], text[sizeof result->message];
 
   for (const kapris_start &start : run->starts)
     ncompleted += start.completed;
-  std::snprintf(reason, sizeof reason, "%s", run->shortage.message);
-  reason[std::strcspn(reason, "\n")] = '\0';
-  std::snprintf(text, sizeof text, "%s after %d of %d starts (%s); this is the best partition so far",
-                limited ? "memory limit" : "out of memory", ncompleted, run->options->starts, reason);
-  SetStatus(result, limited ? KAPRIS_MEMORY_LIMIT : KAPRIS_OUT_OF_MEMORY, text);
+  const std::string text = std::string(limited ? "memory limit" : "out of memory") + " after " +
+                           std::to_string(ncompleted) + " of " + std::to_string(run->options->starts) +
+                           " starts (" + reason.substr(0, reason.find('\n')) +
+                           "); this is the best partition so far";
+  SetStatus(result, limited ? KAPRIS_MEMORY_LIMIT : KAPRIS_OUT_OF_MEMORY, text.c_str());
 }
 
 static void SetFinalStatus(kapris_result *result, const Run *run)

@@ -222,31 +222,34 @@ static void ExpectEarlier(const Call &call, const ResultPtr &result, const Figur
 
 TEST(limits, memory_that_runs_out_costs_no_partition_that_was_made)
 {
-  for (const int threads : {1, 3}) {
-    int nearlier = 0;
+  constexpr int nstarts = 4;
+  int nearlier = 0;
 
-    for (int seed = 0; seed < 20; seed++) {
-      Call call = MakeCall(Circuit(60), 5);
-      call.options.seed = seed;
-      call.options.members = 3;
-      call.options.combinations = 3;
-      call.options.starts = 6;
-      Connect(&call);
-      const ResultPtr whole = SolveConnected(call);
-      call.options.threads = threads;
-      // Some start needs the peak; those before it may do with less.
-      for (std::size_t least = whole->peak_bytes; least > whole->peak_bytes * 9 / 10; least -= least / 100) {
-        call.options.memory_limit = (threads == 1 ? 1 : 2) * least - 1;
-        const ResultPtr result = SolveConnected(call);
-        ASSERT_TRUE(threads > 1 || result->status == KAPRIS_MEMORY_LIMIT);
-        if (result->status != KAPRIS_MEMORY_LIMIT || result->part == nullptr)
-          continue;
-        ExpectEarlier(call, result, FiguresOf(whole));
-        nearlier++;
-      }
+  for (int seed = 0; seed < 12; seed++) {
+    std::vector<std::size_t> peaks;
+    Call call = MakeCall(Circuit(60), 5);
+    call.options.seed = seed;
+    call.options.members = 0;
+    call.options.runs = 1;
+    Connect(&call);
+    for (int number = 0; number < nstarts; number++) {
+      call.options.first_start = number;
+      peaks.push_back(SolveConnected(call)->peak_bytes);
     }
-    EXPECT_GT(nearlier, 10);
+    call.options.first_start = 0;
+    call.options.starts = nstarts;
+    const ResultPtr whole = SolveConnected(call);
+    // Too little for some start.
+    call.options.memory_limit = *std::max_element(peaks.begin(), peaks.end()) - 1;
+    const ResultPtr result = SolveConnected(call);
+    ASSERT_EQ(result->status, KAPRIS_MEMORY_LIMIT);
+    EXPECT_EQ(result->part != nullptr, peaks[0] <= call.options.memory_limit);
+    if (result->part == nullptr)
+      continue;
+    ExpectEarlier(call, result, FiguresOf(whole));
+    nearlier++;
   }
+  EXPECT_GT(nearlier, 3);
 }
 
 TEST(limits, any_allocation_may_fail)
