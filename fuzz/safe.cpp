@@ -1,5 +1,5 @@
-// fuzz/safe.cpp - kapris_partition and kapris_refine: figures and limits by the definitions, refinement never worse,
-// and a broken problem is refused with a message.
+// fuzz/safe.cpp - kapris_partition, kapris_refine and kapris_combine: figures and limits by the definitions, nothing
+// worse than what was given, and a broken problem is refused with a message.
 // SPDX-License-Identifier: MIT
 
 #include "fuzz.h"
@@ -104,12 +104,17 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
   for (std::size_t i = 0; i < call.fixed.size(); i++)
     if (call.fixed[i] >= 0)
       given[i] = call.fixed[i];
-  const ResultPtr better = Refine(call, given), again = Refine(call, PartOf(made));
+  const ResultPtr better = Refine(call, given), again = Refine(call, PartOf(made)),
+                  both = Combine(call, {given, PartOf(made)});
   call.fixed = given;
   const ResultPtr worse = Solve(call);
   Expect(PartOf(worse) == given ? "" : "fixed cells have moved");
   Expect(call.percent > 10000 ? "" : WrongIn(problem, better));
+  Expect(call.percent > 10000 ? "" : WrongIn(problem, both));
   Expect(RankOf(call, better) <= RankOf(call, worse) ? "" : "refinement made a partition worse");
   Expect(RankOf(call, again) <= RankOf(call, made) ? "" : "refinement made a result worse");
+  Expect(RankOf(call, both) <= std::min(RankOf(call, made), RankOf(call, worse))
+             ? ""
+             : "a combination is worse than what it was made of");
   return 0;
 }

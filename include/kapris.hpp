@@ -55,7 +55,7 @@ using Level = kapris_level;
 using Bisection = kapris_bisection;
 
 // Why there is no result: KAPRIS_INVALID_ARGUMENT (what() names the argument, the index and the value),
-// KAPRIS_OUT_OF_MEMORY, KAPRIS_MEMORY_LIMIT or KAPRIS_INTERNAL.
+// KAPRIS_OUT_OF_MEMORY or KAPRIS_MEMORY_LIMIT (before any start had made a partition), or KAPRIS_INTERNAL.
 class Error : public std::runtime_error
 {
 public:
@@ -156,13 +156,21 @@ struct Options {
 
   // Partitions that a start makes on its own, to combine them; 0: one, and nothing is combined.
   int members = 4;
-  // Combinations that it makes at most; of the partition of Refine that many V-cycles.
+  // Combinations that it makes at most; of a single partition for Refine or Combine that many V-cycles.
   int combinations = 12;
+
+  // Told of each start that was completed here, with its partition, which lives only as long as the callback runs; or
+  // empty.
+  std::function<void(const Start &, std::span<const int>)> completed = {};
+  // Asked for each start whether its partition is known, as from an earlier call: writes all of it and returns true, or
+  // returns false; or empty. It may set the seconds of the start.
+  std::function<bool(Start *, std::span<int>)> recall = {};
 };
 
 // Everything a call gives. Belongs to whoever holds it.
 struct Result {
-  // Or KAPRIS_INFEASIBLE, KAPRIS_TIME_LIMIT, KAPRIS_CANCELLED.
+  // Or KAPRIS_INFEASIBLE, KAPRIS_TIME_LIMIT, KAPRIS_CANCELLED; KAPRIS_OUT_OF_MEMORY or KAPRIS_MEMORY_LIMIT where other
+  // starts had made partitions before.
   Status status = KAPRIS_OK;
   // Empty with KAPRIS_OK.
   std::string message;
@@ -225,14 +233,15 @@ struct Callbacks {
   const Options *options;
   std::atomic<int> *cancel;
   std::exception_ptr thrown;
+  std::size_t ncells;
 
-  template <class Function, class Argument>
-  void Call(const Function &function, const Argument &argument)
+  template <class Function, class... Argument>
+  void Call(const Function &function, Argument &&...argument)
   {
     if (thrown)
       return;
     try {
-      function(argument);
+      function(argument...);
     } catch (...) {
       thrown = std::current_exception();
       cancel->store(1);
@@ -250,6 +259,22 @@ inline void CallLog(const char *text, void *user)
 {
   Callbacks *callbacks = static_cast<Callbacks *>(user);
   callbacks->Call(callbacks->options->log, std::string_view(text));
+}
+
+inline void CallCompleted(const Start *start, const int *part, void *user)
+{
+  Callbacks *callbacks = static_cast<Callbacks *>(user);
+  callbacks->Call(callbacks->options->completed, *start, std::span<const int>(part, callbacks->ncells));
+}
+
+inline int CallRecall(Start *start, int *part, void *user)
+{
+  Callbacks *callbacks = static_cast<Callbacks *>(user);
+  bool known = false;
+
+  callbacks->Call(
+      [&] { known = callbacks->options->recall(start, std::span<int>(part, callbacks->ncells)); });
+  return known;
 }
 
 [[noreturn]] inline void Refuse(const char *name, std::size_t size, const std::string &expected)
@@ -346,6 +371,8 @@ inline kapris_options OptionsOf(const Options &options, Callbacks *callbacks)
   c.log_level = options.log_level;
   c.user = callbacks;
   c.records = options.records;
+  c.completed = options.completed ? CallCompleted : nullptr;
+  c.recall = options.recall ? CallRecall : nullptr;
   return c;
 }
 
@@ -390,8 +417,9 @@ template <class Function>
 Result Call(const Hypergraph &hypergraph, const Targets &targets, const Options &options, Function function)
 {
   std::atomic<int> own = 0;
-  Callbacks callbacks = {&options, options.cancel != nullptr ? options.cancel : &own, nullptr};
+  Callbacks callbacks = {&options, options.cancel != nullptr ? options.cancel : &own, nullptr, 0};
   const kapris_problem problem = ProblemOf(hypergraph, targets);
+  callbacks.ncells = static_cast<std::size_t>(std::max(problem.ncells, 0));
   const kapris_options c = OptionsOf(options, &callbacks);
   kapris_result *made = nullptr;
 
@@ -456,6 +484,29 @@ inline Result Refine(const Hypergraph &hypergraph, const Targets &targets, std::
                           detail::Refuse("part", part.size(),
                                          "have " + std::to_string(problem->ncells) + ", one per cell");
                         return kapris_refine(problem, c, part.data(), result);
+                      });
+}
+
+// Makes a better partition of several, each as part of Refine; otherwise as Partition. The result is never worse than
+// the best of them, and the first of the best itself if nothing better was found.
+//
+// Method: that of kapris_combine.
+inline Result Combine(const Hypergraph &hypergraph, const Targets &targets,
+                      std::span<const std::span<const int>> parts, const Options &options = {})
+{
+  return detail::Call(hypergraph, targets, options,
+                      [&](const kapris_problem *problem, const kapris_options *c, kapris_result **result) {
+                        std::vector<const int *> pointers;
+                        if (parts.size() > std::size_t{INT_MAX})
+                          detail::Refuse("parts", parts.size(), "have at most " + std::to_string(INT_MAX));
+                        for (const std::span<const int> &part : parts) {
+                          if (part.size() != static_cast<std::size_t>(problem->ncells))
+                            detail::Refuse("a partition", part.size(),
+                                           "have " + std::to_string(problem->ncells) + ", one per cell");
+                          pointers.push_back(part.data());
+                        }
+                        return kapris_combine(problem, c, static_cast<int>(pointers.size()), pointers.data(),
+                                              result);
                       });
 }
 

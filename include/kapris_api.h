@@ -71,9 +71,11 @@ typedef enum kapris_status {
   KAPRIS_INVALID_ARGUMENT = 1,
   /* Done, but some part is above its limit or below its minimum. The best partition found is delivered. */
   KAPRIS_INFEASIBLE = 2,
-  /* The system gave no memory. No partition. */
+  /* The system gave no memory. If another start had made a partition by then, the best partition so far is delivered,
+   * and the message tells how many starts were completed and what there was no memory for; whether it keeps the limits
+   * of the parts is for balanced to tell. Otherwise no partition. */
   KAPRIS_OUT_OF_MEMORY = 3,
-  /* The call would have exceeded memory_limit. No partition. */
+  /* The call would have exceeded memory_limit. As with KAPRIS_OUT_OF_MEMORY there can be a partition. */
   KAPRIS_MEMORY_LIMIT = 4,
   /* time_limit was reached. The best partition so far is delivered; whether it keeps the limits of the parts is for
    * balanced to tell. With members this is how a call with a time limit ends. */
@@ -207,6 +209,9 @@ typedef enum kapris_phase {
  * not released. */
 KAPRIS_SAFE_API const char *kapris_phase_name(kapris_phase phase);
 
+/* One start of a call. */
+typedef struct kapris_start kapris_start;
+
 /* A moment of a call, for kapris_options.progress. It lasts as long as the callback runs. */
 typedef struct kapris_progress {
   /* Starts that have ended, and starts that this call was asked for. */
@@ -245,7 +250,8 @@ typedef struct kapris_options {
    * vcycle and runs alone. Default 4. */
   int members;
   /* Combinations that a start makes at most, >= 0: of two partitions, or with more than two parts of one and itself with
-   * its parts made anew, a few at a time. Of the partition of kapris_refine that many V-cycles. Default 12. */
+   * its parts made anew, a few at a time. Of a single partition that kapris_refine or kapris_combine gets, that many
+   * V-cycles. Default 12. */
   int combinations;
   /* 1 = the pieces of cut nets stay in the recursion, 0 = they leave it. Default 0. */
   int reconst;
@@ -295,6 +301,18 @@ typedef struct kapris_options {
 
   /* 1 = the result holds trials, levels and bisections, else 0. Default 0. */
   int records;
+
+  /* These two carry starts from one call to a later one with the same input and options, as where the first was broken
+   * off. They are callbacks like those above. */
+
+  /* Told of each start that was completed, when it ends: its record and its partition, [ncells], which last as long as
+   * the callback runs; or NULL. Starts that were cut short or recalled are left out. Default NULL. */
+  void (*completed)(const kapris_start *start, const int *part, void *user);
+  /* Asked for each start, when it begins, whether its partition is known, or NULL. It looks at number and seed of
+   * start; it returns 0, or writes the partition to part, [ncells], may set seconds of start, and returns 1. The start
+   * then counts as completed with this partition, whose figures are counted anew. It has no trials, levels or
+   * bisections. A partition that no start can have ends the call with KAPRIS_INVALID_ARGUMENT. Default NULL. */
+  int (*recall)(kapris_start *start, int *part, void *user);
 } kapris_options;
 
 /* Sets size and the defaults. *options belongs to the caller, must not be NULL, and holds nothing that would have to be
@@ -304,8 +322,8 @@ KAPRIS_SAFE_API void kapris_init_options(kapris_options *options);
 /* ------------------------------------------------------------------------------------------------------------------
  * What a call gives */
 
-/* One start. */
-typedef struct kapris_start {
+/* What a start came to. */
+struct kapris_start {
   /* The seed that it used: a call with one start and this seed repeats it. */
   int64_t seed;
   int64_t cut;
@@ -321,7 +339,7 @@ typedef struct kapris_start {
   double seconds;
   /* first_start and up. */
   int number;
-} kapris_start;
+};
 
 /* One trial: with members, a partition into all parts that a start has made, on its own or of others. Without, a
  * multilevel run of the first bisection of a start, or of its k-way partitioning, or a round of kapris_refine. Of a
@@ -403,7 +421,7 @@ typedef struct kapris_result {
 
   /* The seed that the call used. */
   int64_t seed;
-  /* Index into starts of the one that gave part; -1: the given partition, or a simple one made before the first start
+  /* Index into starts of the one that gave part; -1: a given partition, or a simple one made before the first start
    * ended. */
   int best_start;
   /* [nstarts] */
@@ -451,7 +469,8 @@ typedef struct kapris_result {
  * are refined by searches that climb hills. Then it combines pairs of members: cells on which both agree are grouped,
  * and the better one is refined on the way back; a child takes the place of the member most like it. With more than two
  * parts it also makes those of the best member anew, a few neighbours at a time, and combines them likewise. Without
- * members a start is one partitioning as KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or exchanges
+ * members a start is one partitioning as KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or
+ * exchanges
  * cells of parts above their limits, and moves cells to parts that are empty or below their minimums. With one part
  * there is nothing to do. */
 KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
@@ -476,6 +495,25 @@ KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, co
  * reconst and the other values of vcycle do not matter. */
 KAPRIS_SAFE_API kapris_status kapris_refine(const kapris_problem *problem, const kapris_options *options,
                                             const int *part, kapris_result **result);
+
+/* Makes a better partition of several, as other calls, other machines or other programs have made them. The result is
+ * never worse than the best of them under the order above, and the first of the best itself if nothing better was
+ * found.
+ *
+ *   problem, options, result   as above
+ *   ngiven                     number of partitions, >= 1
+ *   parts                      [ngiven] each as part of kapris_refine; only read
+ *
+ * Returns the status, as kapris_partition does.
+ *
+ * Parts above their limits or below their minimums are repaired first. Then each start refines all parts of each
+ * partition and combines pairs as kapris_partition does with its members, up to combinations times: cells on which
+ * both agree are grouped, and the better one is refined on the way back. With a time limit it then goes on to make
+ * partitions of its own and combines them too. One partition, or several that are the same, are improved as by
+ * kapris_refine with members. Otherwise members, scheme, coarsening, refinement, vcycle, runs and reconst do not
+ * matter. A start holds 4 bytes per cell for each partition. */
+KAPRIS_SAFE_API kapris_status kapris_combine(const kapris_problem *problem, const kapris_options *options,
+                                             int ngiven, const int *const *parts, kapris_result **result);
 
 /* The largest weight that epsilon allows a part: floor((1 + epsilon) x ceil(share x total)), with equal shares
  * floor((1 + epsilon) x ceil(total / nparts)), in whole numbers and at most 2^63 - 1. It is never less than an even

@@ -27,7 +27,7 @@
 namespace kapris_cli
 {
 
-static bool WriteAll(int fd, std::string_view text)
+bool WriteAll(int fd, std::string_view text)
 {
   while (!text.empty()) {
     const ssize_t put = write(fd, text.data(), text.size());
@@ -175,7 +175,8 @@ static mode_t UsualMode()
   return 0666 & ~mask;
 }
 
-static void Replace(const std::string &path, std::string_view text, mode_t mode)
+// exists: a file is replaced. Its successor is on the disk first, so that a crash of the machine leaves either of them.
+static void Replace(const std::string &path, std::string_view text, mode_t mode, bool exists)
 {
   const std::string target = ResolveLinks(path);
   std::string temporary = DirectoryOf(target) + "/.kapris-XXXXXX";
@@ -184,6 +185,7 @@ static void Replace(const std::string &path, std::string_view text, mode_t mode)
   if (fd < 0)
     FailWithErrno("write", path, errno);
   bool ok = WriteAll(fd, text) && fchmod(fd, mode) == 0;
+  ok = ok && (!exists || fsync(fd) == 0 || errno == EINVAL);
   int error = errno;
   // Some file systems report a full disk only now.
   if (close(fd) != 0 && ok) {
@@ -240,7 +242,7 @@ static void WriteBytes(const std::string &path, std::string_view bytes)
   else if (exists && !S_ISREG(info.st_mode))
     WriteInPlace(path, bytes);
   else
-    Replace(path, bytes, exists ? info.st_mode & 07777 : UsualMode());
+    Replace(path, bytes, exists ? info.st_mode & 07777 : UsualMode(), exists);
 }
 
 void WriteFile(const std::string &path, std::string_view text)

@@ -17,4 +17,7 @@ void CheckFiles(const std::vector<std::string> &inputs, const std::vector<std::s
 // name ends with .gz, .xz or .bz2. Path "-" writes to standard output.
 void WriteFile(const std::string &path, std::string_view text);
 
+// Returns false with errno set if not all of the text could be written.
+bool WriteAll(int fd, std::string_view text);
+
 } // namespace kapris_cli

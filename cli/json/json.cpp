@@ -15,7 +15,7 @@ namespace kapris_cli
 {
 
 // Objects of results are not nested deeply, and what is cannot even be copied safely.
-static Json ParseJson(std::string_view text)
+Json ParseJson(std::string_view text)
 {
   constexpr int deepest = 16;
   bool toodeep = false;

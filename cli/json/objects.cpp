@@ -38,8 +38,13 @@ static Json PartFileJson(const std::string &path, const std::vector<int> &part)
   return {{"path", path}, {"hash", HashOf(part)}};
 }
 
+static std::string Version()
+{
+  return fmt::format("{}.{}.{}", KAPRIS_VERSION_MAJOR, KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH);
+}
+
 // What the result depends on: the verb best puts only runs together that agree in all of this.
-static Json OptionsJson(const Outcome &outcome)
+static Json OptionsJson(const Outcome &outcome, std::int64_t seed)
 {
   const kapris::Options &options = outcome.plan.options;
 
@@ -57,7 +62,7 @@ static Json OptionsJson(const Outcome &outcome)
           {"min_epsilon", options.min_epsilon},
           {"allow_empty", options.allow_empty},
           {"target_weights", outcome.plan.shares.empty() ? Json(nullptr) : Json(outcome.plan.shares)},
-          {"seed", outcome.result.seed}};
+          {"seed", seed}};
 }
 
 static Json LimitsJson(const kapris::Options &options)
@@ -211,21 +216,43 @@ static Json NamesJson(const Outcome &outcome)
   return names;
 }
 
+std::string Fingerprint(const Outcome &outcome)
+{
+  Json json = {{"schema", "kapris-journal-1"},
+               {"command", outcome.plan.command},
+               {"version", Version()},
+               {"cells", outcome.hgr.ncells},
+               {"nets", outcome.hgr.nnets},
+               {"hash", HashOf(outcome.hgr)},
+               {"fixed", nullptr},
+               {"groups", nullptr}};
+
+  if (!outcome.fixed.empty())
+    json["fixed"] = HashOf(outcome.fixed);
+  if (outcome.groups)
+    json["groups"] = HashOf(outcome.groups->merged);
+  json["options"] = OptionsJson(outcome, outcome.plan.options.seed.value_or(-1));
+  return json.dump();
+}
+
 static Json ResultJson(const Outcome &outcome)
 {
   const kapris::Result &result = outcome.result;
   Json json = StartJson("kapris-result-1", PlainNameOf(outcome.request->input), outcome.hgr);
 
   json["hash"] = HashOf(outcome.hgr);
-  json["version"] = fmt::format("{}.{}.{}", KAPRIS_VERSION_MAJOR, KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH);
+  json["version"] = Version();
   json["command"] = outcome.plan.command;
-  json["given"] = PartFileJson(outcome.request->part, outcome.given);
+  const bool refines = outcome.plan.command == "refine", combines = outcome.plan.command == "combine";
+  json["given"] = refines ? PartFileJson(outcome.request->parts[0], outcome.given[0]) : Json(nullptr);
+  for (size_t i = 0; combines && i < outcome.given.size(); i++)
+    json["combined"].push_back(PartFileJson(outcome.request->parts[i], outcome.given[i]));
   json["fixed"] = PartFileJson(outcome.request->fixed, outcome.fixed);
   if (outcome.groups)
     json["groups"] = PartFileJson(outcome.request->groups, outcome.groups->merged);
   if (!outcome.request->terminals.empty())
     json["terminals"] = outcome.request->terminals;
-  json["options"] = OptionsJson(outcome);
+  json["options"] = OptionsJson(outcome, outcome.result.seed);
   json["limits"] = LimitsJson(outcome.plan.options);
   json["status"] = kapris::StatusName(result.status);
   json["message"] = result.message;

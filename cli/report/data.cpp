@@ -289,13 +289,15 @@ ReportData ReadReportData(const std::string &name, const Json &json)
   data.file = Words(At(result, "file"));
   data.hash = Words(At(result, "hash"));
   data.version = Words(At(result, "version"));
-  data.command = OneOf(At(result, "command"), {"partition", "refine"});
+  data.command = OneOf(At(result, "command"), {"partition", "refine", "combine"});
   data.status = Words(At(result, "status"));
   data.message = Words(At(result, "message"));
   data.cells = Count(At(result, "cells"));
   data.nets = Count(At(result, "nets"));
   data.pins = Count(At(result, "pins"));
   data.given = ReadFile(At(result, "given"));
+  if (data.command == "combine")
+    data.combined = List(At(result, "combined"), ReadFile);
   data.fixed = ReadFile(At(result, "fixed"));
   data.output = ReadFile(At(result, "output"));
   if (json.contains("groups"))

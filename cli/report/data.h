@@ -92,6 +92,7 @@ struct ReportData {
          seconds_refining = 0.0, seconds_balancing = 0.0;
   std::int64_t peak_bytes = 0;
   std::optional<ReportRecords> records;
+  std::vector<ReportFile> combined; // partitions; of the verb combine
 };
 
 // Throws Failure that names the file and the key of the first thing that is not as docs/json.md says.

@@ -33,6 +33,18 @@ static void AddStarts(const ReportData &data, std::vector<std::string> *words)
     words->insert(words->end(), {"--starts", fmt::format("{}", static_cast<long long>(last) + 1)});
 }
 
+// What combine decides on its own.
+static void AddMethod(const ReportData &data, std::vector<std::string> *words)
+{
+  words->insert(words->end(), {"--scheme", data.scheme});
+  if (data.command != "refine")
+    words->insert(words->end(), {"--coarsening", data.coarsening});
+  words->insert(words->end(), {"--refinement", data.refinement, "--vcycle", data.vcycle, "--runs",
+                               fmt::format("{}", data.runs), "--members", fmt::format("{}", data.members)});
+  if (data.reconst && data.command != "refine")
+    words->push_back("--reconst");
+}
+
 std::vector<std::string> RepeatCommand(const ReportData &data)
 {
   const bool refine = data.command == "refine";
@@ -43,6 +55,8 @@ std::vector<std::string> RepeatCommand(const ReportData &data)
 
   if (refine)
     words.push_back(FileWord(data.given.path));
+  for (const ReportFile &file : data.combined)
+    words.push_back(FileWord(file.path));
   if (data.records) {
     const std::vector<std::string> reading = ReadingWords(data.records->input);
     words.insert(words.end(), reading.begin(), reading.end());
@@ -62,18 +76,11 @@ std::vector<std::string> RepeatCommand(const ReportData &data)
   if (!data.terminals.empty())
     add("--terminals", data.terminals);
   add("--objective", data.objective);
-  add("--scheme", data.scheme);
-  if (!refine)
-    add("--coarsening", data.coarsening);
-  add("--refinement", data.refinement);
-  add("--vcycle", data.vcycle);
-  add("--runs", fmt::format("{}", data.runs));
-  add("--members", fmt::format("{}", data.members));
+  if (data.command != "combine")
+    AddMethod(data, &words);
   if (data.members > 0)
     add("--combinations", fmt::format("{}", data.combinations));
   AddStarts(data, &words);
-  if (data.reconst && !refine)
-    words.push_back("--reconst");
   add("--seed", fmt::format("{}", data.seed));
   add("--threads", fmt::format("{}", data.threads));
   if (data.limit_seconds)

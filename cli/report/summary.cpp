@@ -50,8 +50,9 @@ static std::string ObjectiveSentence(const ReportData &data)
 {
   const std::int64_t value = ObjectiveOf(data, data.best);
   const std::string what = data.objective == "soed" ? "sum of external degrees" : data.objective;
-  std::string from = data.command == "refine" ? "the given partition"
-                                              : "a simple partition made before the first start ended";
+  std::string from = data.command == "refine"    ? "the given partition"
+                     : data.command == "combine" ? "one of the given partitions"
+                                                 : "a simple partition made before the first start ended";
 
   if (data.best_start && data.starts.size() == 1)
     from = "the only start";
@@ -106,6 +107,8 @@ static Table Facts(const ReportData &data)
   add("starts", fmt::format("{}, seed {}", data.starts.size(), data.seed));
   if (!data.given.path.empty())
     add("given partition", FileText(data.given));
+  for (const ReportFile &file : data.combined)
+    add("given partition", FileText(file));
   if (!data.fixed.path.empty())
     add("fixed cells", FileText(data.fixed));
   if (!data.groups.path.empty())
@@ -127,11 +130,13 @@ static Table Facts(const ReportData &data)
 // What the command cannot promise.
 static std::string RepeatNote(const ReportData &data)
 {
-  const bool reads_stdin =
-      data.file == "stdin" || data.given.path == "stdin" || data.given.path == "-" || data.fixed.path == "-";
+  const bool reads_stdin = data.file == "stdin" || data.given.path == "stdin" || data.given.path == "-" ||
+                           data.fixed.path == "-" ||
+                           std::any_of(data.combined.begin(), data.combined.end(),
+                                       [](const auto &file) { return file.path == "-"; });
   std::string note = "The same partition on every machine and with any number of threads.";
 
-  if (data.status == "time limit" || data.status == "cancelled")
+  if (data.status != "ok" && data.status != "infeasible balance")
     note = "The run was cut short, so that how far it comes depends on the machine.";
   if (reads_stdin)
     note += " One of the inputs came from standard input.";

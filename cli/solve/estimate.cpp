@@ -77,12 +77,15 @@ static Cost InTable(std::string_view way, double nparts, double size)
   return {Between(parts, seconds, nparts), Between(parts, bytes, nparts)};
 }
 
-// The work of a start, in members of one run; a combination is about half a member of two.
+// The work of a combination, or of refining a given partition before, in members of one run: half a member of two.
+static constexpr double combination = 1.75;
+
+// The work of a start.
 static double WorkOf(const kapris::Options &options)
 {
   constexpr double besides = 1.5; // what is done once, in runs
 
-  return std::max(1, options.members) * (options.runs + besides) + 1.75 * options.combinations;
+  return std::max(1, options.members) * (options.runs + besides) + combination * options.combinations;
 }
 
 static kapris::Options OptionsOf(Preset preset)
@@ -115,7 +118,9 @@ Cost EstimateCost(const Request &request, const Plan &plan, const Hgr &hgr)
     const Cost kway = InTable("kway", nparts, size), recursive = InTable("default", nparts, size);
     cost = {cost.seconds * kway.seconds / recursive.seconds, cost.bytes * kway.bytes / recursive.bytes};
   }
-  if (!refines)
+  if (plan.command == "combine")
+    cost.seconds *= combination * (options.combinations + std::ssize(request.parts)) / WorkOf(usual);
+  else if (!refines)
     cost.seconds *= WorkOf(options) / WorkOf(usual);
   cost.seconds *= static_cast<double>(options.starts) / usual.starts / together;
   cost.bytes *= together;

@@ -5,6 +5,7 @@
 
 #include "text.h"
 
+#include "io/files.h"
 #include "measure/bounds.h"
 #include "measure/report.h"
 #include "solve/estimate.h"
@@ -70,12 +71,29 @@ std::string PlanSummary(const Outcome &outcome)
   return lines + Line("would write", outcome.plan.out == "-" ? "standard output" : Shown(outcome.plan.out));
 }
 
+// Where the result comes from.
+static std::string BestOf(const Outcome &outcome)
+{
+  const kapris::Result &result = outcome.result;
+  const std::vector<std::vector<int>> &given = outcome.given;
+  const auto same = std::find(given.begin(), given.end(), result.part);
+
+  if (result.best_start >= 0)
+    return fmt::format("start {}", result.starts[static_cast<size_t>(result.best_start)].number);
+  if (given.empty())
+    return "made before the first start";
+  if (given.size() == 1)
+    return same != given.end() ? "the given partition" : "the given partition, repaired";
+  if (same == given.end())
+    return "one of the given partitions, repaired";
+  return "the partition of " + InputName(outcome.request->parts[static_cast<size_t>(same - given.begin())]);
+}
+
 std::string Summary(const Outcome &outcome)
 {
   const kapris::Result &result = outcome.result;
   Limits limits = {[&](int p) { return result.part_limits[static_cast<size_t>(p)]; }, {}};
   Measures measures;
-  std::string best;
 
   if (outcome.plan.options.min_epsilon < 1.0)
     limits.least = [&](int p) { return result.part_minimums[static_cast<size_t>(p)]; };
@@ -84,14 +102,8 @@ std::string Summary(const Outcome &outcome)
     measures.used.push_back({p, result.part_weights[static_cast<size_t>(p)]});
     measures.total += measures.used.back().weight;
   }
-  if (result.best_start >= 0)
-    best = fmt::format("start {}", result.starts[static_cast<size_t>(result.best_start)].number);
-  else if (outcome.given.empty())
-    best = "made before the first start";
-  else
-    best = outcome.given == result.part ? "the given partition" : "the given partition, repaired";
-  return PlanLines(outcome) + Line("seed", result.seed) + Line("best", best) + Line("cut", result.cut) +
-         Line("soed", result.soed) + Line("connectivity", result.connectivity) +
+  return PlanLines(outcome) + Line("seed", result.seed) + Line("best", BestOf(outcome)) +
+         Line("cut", result.cut) + Line("soed", result.soed) + Line("connectivity", result.connectivity) +
          Line("imbalance", fmt::format("{:.4f}", result.imbalance)) +
          FormatWeights(measures, outcome.request->nparts, limits) +
          Line("seconds", fmt::format("{:.3f}", result.seconds)) +

@@ -18,8 +18,8 @@ struct Outcome {
   const Request *request;
   Plan plan;
   Hgr hgr;
-  std::vector<int> fixed; // empty: no cell is fixed
-  std::vector<int> given; // the partition to improve; empty: none
+  std::vector<int> fixed;              // empty: no cell is fixed
+  std::vector<std::vector<int>> given; // the partitions to improve or combine
   double seconds_read;
   std::vector<std::string> warnings; // of what was asked for
   kapris::Result result;

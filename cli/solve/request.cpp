@@ -123,7 +123,7 @@ static int ParseSeed(const std::string &text)
   return seed;
 }
 
-static void AddEffort(CLI::App *verb, Request *request)
+static void AddMethod(CLI::App *verb, Request *request)
 {
   Choice(verb, "--scheme", &request->scheme, "Recursive bisection or direct k-way partitioning [recursive]",
          schemes);
@@ -133,6 +133,10 @@ static void AddEffort(CLI::App *verb, Request *request)
             "Runs of each bisection or k-way partitioning [2]");
   AddNumber(verb, "--members", &request->members, 0, INT_MAX, "N",
             "Partitions that a start makes and combines, 0 = only one [4]");
+}
+
+static void AddWork(CLI::App *verb, Request *request)
+{
   AddNumber(verb, "--combinations", &request->combinations, 0, INT_MAX, "N",
             "Combinations of them, at most; of a given partition V-cycles [12]");
   CLI::Option *starts = AddNumber(verb, "--starts", &request->starts, 1, INT_MAX, "N",
@@ -152,7 +156,12 @@ static void AddEffort(CLI::App *verb, Request *request)
 }
 
 // Of the default output.
-static const char part_suffix[] = "part", refined_suffix[] = "refined";
+static const char part_suffix[] = "part", refined_suffix[] = "refined", combined_suffix[] = "combined";
+
+static const char *SuffixOf(const std::string &command)
+{
+  return command == "refine" ? refined_suffix : command == "combine" ? combined_suffix : part_suffix;
+}
 
 static void AddOutput(CLI::App *verb, Request *request, const char *suffix)
 {
@@ -181,8 +190,14 @@ static void GroupOptions(CLI::App *verb)
   SetGroup(verb, "Method",
            {"--scheme", "--coarsening", "--refinement", "--vcycle", "--runs", "--members", "--combinations",
             "--reconst"});
-  SetGroup(verb, "Work", {"--start-range", "--memory-limit"});
+  SetGroup(verb, "Work", {"--start-range", "--memory-limit", "--journal"});
   SetGroup(verb, "Results", {"--names", "--json", "--json-names", "--records", "--verbose", "--dry-run"});
+}
+
+static void AddJournal(CLI::App *verb, Request *request)
+{
+  AddText(verb, "--journal", &request->journal, "FILE",
+          "Keep each start in FILE as it ends; the same command goes on from there after a crash");
 }
 
 void AddPartitionOptions(CLI::App *verb, Request *request)
@@ -190,7 +205,9 @@ void AddPartitionOptions(CLI::App *verb, Request *request)
   AddGoal(verb, request);
   Choice(verb, "--preset", &request->preset, "How much time to spend; other options override it", presets);
   Choice(verb, "--coarsening", &request->coarsening, "How cells are grouped [alternate]", coarsenings);
-  AddEffort(verb, request);
+  AddMethod(verb, request);
+  AddWork(verb, request);
+  AddJournal(verb, request);
   AddFlag(verb, "--reconst", &request->reconst, "Pieces of cut nets stay in the recursion");
   AddOutput(verb, request, part_suffix);
   GroupOptions(verb);
@@ -199,8 +216,17 @@ void AddPartitionOptions(CLI::App *verb, Request *request)
 void AddRefineOptions(CLI::App *verb, Request *request)
 {
   AddGoal(verb, request);
-  AddEffort(verb, request);
+  AddMethod(verb, request);
+  AddWork(verb, request);
   AddOutput(verb, request, refined_suffix);
+  GroupOptions(verb);
+}
+
+void AddCombineOptions(CLI::App *verb, Request *request)
+{
+  AddGoal(verb, request);
+  AddWork(verb, request);
+  AddOutput(verb, request, combined_suffix);
   GroupOptions(verb);
 }
 
@@ -266,13 +292,26 @@ static void SetStarts(const Request &request, kapris::Options *options)
   options->starts = last - options->first_start + 1;
 }
 
-// FILE.part.N in the working directory, whichever directory FILE is in; FILE.refined.N next to what is refined.
+// FILE.part.N in the working directory, whichever directory FILE is in.
 static std::string DefaultOutput(const std::string &command, const Request &request)
 {
   const std::string name = PlainNameOf(request.input);
 
-  return fmt::format("{}.{}.{}", name.substr(name.rfind('/') + 1),
-                     command == "refine" ? refined_suffix : part_suffix, request.nparts);
+  return fmt::format("{}.{}.{}", name.substr(name.rfind('/') + 1), SuffixOf(command), request.nparts);
+}
+
+static void CheckJournal(const Request &request, const kapris::Options &options)
+{
+  if (request.journal.empty())
+    return;
+  if (request.journal == "-")
+    Refuse("--journal needs a file");
+  if (request.seed < 0)
+    Refuse("--journal needs a --seed of 0 or more: the starts of a clock seed cannot be made again");
+  if (request.time_limit && options.members > 0)
+    Refuse("--journal keeps starts that were completed; with --time-limit none is, but for --members 0");
+  if (request.records || !request.report.empty())
+    Refuse("--journal has no trials and levels for --records or --report");
 }
 
 Plan Resolve(const std::string &command, const Request &request)
@@ -318,6 +357,7 @@ Plan Resolve(const std::string &command, const Request &request)
     Refuse("--records goes into the object of --json");
   if (request.json_names && request.json.empty())
     Refuse("--json-names go into the object of --json");
+  CheckJournal(request, options);
   options.records = request.records || !request.report.empty();
   return plan;
 }

@@ -18,15 +18,17 @@ enum class Preset { FAST, DEFAULT, QUALITY };
 // The values of the options as they were given; what was not given is decided by Resolve.
 struct Request {
   Input input;
-  std::string part; // refine: the file with the partition to improve; else empty
+  std::vector<std::string>
+      parts; // files with the partitions to combine, or the one to refine; partition: none
   std::string fixed;
   std::string groups;    // file with cells that stay together; empty: none
   std::string terminals; // fields that fix terminals, as in 2x1; empty: free
   std::string target_weights;
   std::string out;
   std::string start_range;
-  std::string json;   // empty: none, "-": standard output
-  std::string report; // the same
+  std::string journal; // empty: none
+  std::string json;    // empty: none, "-": standard output
+  std::string report;  // the same
   bool records = false;
   std::string names; // file for the names of cells with their parts; empty: none
   bool json_names = false;
@@ -63,6 +65,7 @@ struct Plan {
 
 void AddPartitionOptions(CLI::App *verb, Request *request);
 void AddRefineOptions(CLI::App *verb, Request *request);
+void AddCombineOptions(CLI::App *verb, Request *request);
 
 // Throws Failure for values that do not go together.
 Plan Resolve(const std::string &command, const Request &request);

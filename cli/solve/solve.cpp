@@ -1,8 +1,8 @@
-// cli/solve/solve.cpp - the run behind the verbs partition and refine.
+// cli/solve/solve.cpp - the run behind the verbs partition, refine and combine.
 // SPDX-License-Identifier: MIT
 //
 //   plan    what the options come to; that all outputs can be written   Resolve
-//   read    hypergraph, fixed cells, given partition                    ReadInputs
+//   read    hypergraph, fixed cells, given partitions                   ReadInputs
 //   run     the library, with progress, traces and Ctrl-C               RunLibrary
 //   write   the part file, read again and measured anew                 WriteParts
 //   report  summary, JSON, page                                         Report
@@ -14,20 +14,28 @@
 #include "io/files.h"
 #include "io/names.h"
 #include "io/output.h"
+#include "io/packed.h"
 #include "io/parts.h"
+#include "io/rescue.h"
 #include "io/targets.h"
 #include "json/objects.h"
 #include "measure/bounds.h"
 #include "measure/measures.h"
 #include "measure/report.h"
 #include "solve/interrupt.h"
+#include "solve/journal.h"
 #include "solve/outcome.h"
 #include "solve/progress.h"
 #include "solve/terminals.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <fmt/core.h>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 
 namespace kapris_cli
@@ -43,9 +51,10 @@ enum { TRACE_RUNS = 8 | 16, TRACE_LEVELS = 1 | 2 | 4 | 128 };
 
 static void CheckStreams(const Request &request)
 {
-  const int nstdin = (request.input.path == "-") + (request.part == "-") + (request.fixed == "-") +
-                     (TargetFile(request.target_weights) == "-") + (request.groups == "-") +
-                     (request.input.types == "-");
+  const auto nstdin = (request.input.path == "-") + (request.fixed == "-") +
+                      (TargetFile(request.target_weights) == "-") + (request.groups == "-") +
+                      (request.input.types == "-") +
+                      std::count(request.parts.begin(), request.parts.end(), "-");
 
   if (nstdin > 1)
     throw Failure{EXIT_USAGE, "only one of the inputs can be standard input"};
@@ -53,9 +62,22 @@ static void CheckStreams(const Request &request)
 
 static void CheckInputsAndOutputs(const Request &request, const Plan &plan)
 {
-  CheckFiles({request.input.path, request.part, request.fixed, TargetFile(request.target_weights),
-              request.groups, request.input.types},
-             {plan.out, request.json, request.report, request.names});
+  std::vector<std::string> inputs = {request.input.path, request.fixed, TargetFile(request.target_weights),
+                                     request.groups, request.input.types};
+
+  inputs.insert(inputs.end(), request.parts.begin(), request.parts.end());
+  CheckFiles(inputs, {plan.out, request.json, request.report, request.names, request.journal});
+}
+
+static void CheckFixed(const Request &request, const std::string &path, const std::vector<int> &given,
+                       const std::vector<int> &fixed)
+{
+  for (size_t i = 0; i < fixed.size(); i++)
+    if (fixed[i] != -1 && fixed[i] != given[i])
+      throw Failure{EXIT_MALFORMED,
+                    fmt::format("{}:{}:1: part {}, but {} fixes the cell to part {}", InputName(path), i + 1,
+                                given[i], request.fixed.empty() ? "--terminals" : InputName(request.fixed),
+                                fixed[i])};
 }
 
 static void ReadInputs(const Request &request, Outcome *outcome)
@@ -70,22 +92,18 @@ static void ReadInputs(const Request &request, Outcome *outcome)
   if (!request.terminals.empty())
     FixTerminals(name, outcome->details, FieldsNamed(request.terminals, request.nparts), outcome->hgr.ncells,
                  &outcome->fixed);
-  if (!request.part.empty())
-    outcome->given = LoadNamedParts(request.part, outcome->details, outcome->hgr.ncells, request.nparts);
+  for (const std::string &path : request.parts)
+    outcome->given.push_back(LoadNamedParts(path, outcome->details, outcome->hgr.ncells, request.nparts));
   if (!request.groups.empty())
     outcome->groups = LoadGroups(request.groups, IndexCells(outcome->details, outcome->hgr.ncells));
   // Found out before the run, and without one.
   if (outcome->groups) {
     MergeParts(outcome->fixed, *outcome->groups, outcome->details, false);
-    MergeParts(outcome->given, *outcome->groups, outcome->details, true);
+    for (const std::vector<int> &given : outcome->given)
+      MergeParts(given, *outcome->groups, outcome->details, true);
   }
-  for (size_t i = 0; !outcome->given.empty() && i < outcome->fixed.size(); i++)
-    if (outcome->fixed[i] != -1 && outcome->fixed[i] != outcome->given[i])
-      throw Failure{EXIT_MALFORMED,
-                    fmt::format("{}:{}:1: part {}, but {} fixes the cell to part {}", InputName(request.part),
-                                i + 1, outcome->given[i],
-                                request.fixed.empty() ? "--terminals" : InputName(request.fixed),
-                                outcome->fixed[i])};
+  for (size_t i = 0; i < outcome->given.size(); i++)
+    CheckFixed(request, request.parts[i], outcome->given[i], outcome->fixed);
   outcome->seconds_read = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
@@ -113,21 +131,57 @@ static kapris::Result CallLibrary(const Request &request, const Outcome &outcome
     return merging ? MergeParts(part, *outcome.groups, outcome.details, whole) : part;
   };
   const kapris::Hypergraph hypergraph = {hgr.ncells, hgr.netptr, hgr.netind, hgr.cellwgts, hgr.netwgts};
-  const std::vector<int> fixed = parts(outcome.fixed, false), given = parts(outcome.given, true);
+  const std::vector<int> fixed = parts(outcome.fixed, false);
   const kapris::Targets targets = {request.nparts, outcome.plan.shares, fixed};
   const kapris::Options &options = outcome.plan.options;
-  kapris::Result result = outcome.plan.command == "refine"
-                              ? kapris::Refine(hypergraph, targets, given, options)
-                              : kapris::Partition(hypergraph, targets, options);
+  std::vector<std::vector<int>> given;
+  for (const std::vector<int> &part : outcome.given)
+    given.push_back(parts(part, true));
+  const std::vector<std::span<const int>> spans(given.begin(), given.end());
+  const std::string &command = outcome.plan.command;
+  kapris::Result result = command == "combine"  ? kapris::Combine(hypergraph, targets, spans, options)
+                          : command == "refine" ? kapris::Refine(hypergraph, targets, given[0], options)
+                                                : kapris::Partition(hypergraph, targets, options);
 
   if (merging)
     result.part = UnfoldParts(result.part, *outcome.groups);
   return result;
 }
 
+// Some starts had been made before, so that there is a result.
+static bool RanOutOfMemory(const kapris::Result &result)
+{
+  return result.status == KAPRIS_MEMORY_LIMIT || result.status == KAPRIS_OUT_OF_MEMORY;
+}
+
+// Starts that the journal has are not run again.
+static std::unique_ptr<Journal> UseJournal(const Request &request, Outcome *outcome)
+{
+  kapris::Options &options = outcome->plan.options;
+  const int ncells = outcome->groups ? outcome->groups->count : outcome->hgr.ncells;
+
+  if (request.journal.empty())
+    return nullptr;
+  std::unique_ptr<Journal> journal =
+      OpenJournal(request.journal, Fingerprint(*outcome), ncells, request.nparts);
+  options.completed = [used = journal.get()](const kapris::Start &start, std::span<const int> part) {
+    NoteStart(used, start, part);
+  };
+  options.recall = [used = journal.get()](kapris::Start *start, std::span<int> part) {
+    return RecallStart(used, start, part);
+  };
+  const auto first = journal->starts.lower_bound(options.first_start);
+  const auto last = journal->starts.lower_bound(options.first_start + options.starts);
+  if (first != last && !request.quiet)
+    fmt::print(stderr, "kapris: note: {} of {} starts are in the journal\n", std::distance(first, last),
+               options.starts);
+  return journal;
+}
+
 static void RunLibrary(const Request &request, Outcome *outcome)
 {
   kapris::Options &options = outcome->plan.options;
+  const std::unique_ptr<Journal> journal = UseJournal(request, outcome);
 
   options.cancel = CatchInterrupts();
   if (request.verbosity > 0) {
@@ -144,24 +198,67 @@ static void RunLibrary(const Request &request, Outcome *outcome)
   }
   if (options.progress)
     ClearProgressLine();
+  if (RanOutOfMemory(outcome->result))
+    PrintWarnings({outcome->result.message});
 }
 
-// What has reached the disk is measured, by other code than the library's. Pipes and devices cannot be read again.
-static void WriteParts(const Outcome &outcome)
+// Returns what has reached the disk. Pipes and devices cannot be read again.
+static std::vector<int> WriteAndRead(const Outcome &outcome, const std::string &text)
 {
-  const kapris::Result &result = outcome.result;
   const std::string &out = outcome.plan.out;
 
-  WriteFile(out, FormatParts(result.part));
+  WriteFile(out, text);
   const std::vector<int> part = out != "-" && IsRegularFile(out)
                                     ? LoadParts(out, outcome.hgr.ncells, outcome.request->nparts)
-                                    : result.part;
-  const Measures measures = Measure(NameOf(outcome.request->input), outcome.hgr, part);
-  if (part != result.part)
+                                    : outcome.result.part;
+  if (part != outcome.result.part)
     throw Failure{EXIT_FILES, fmt::format("{} does not hold what was written to it", Shown(out))};
+  return part;
+}
+
+// To another place than was asked for, which is then the output.
+static void RescueParts(Outcome *outcome, const std::string &text, Failure *failure)
+{
+  const std::string asked = outcome->plan.out == "-" ? "kapris.part" : outcome->plan.out;
+  const std::string name(WithoutPacking(asked.substr(asked.rfind('/') + 1)));
+  const std::string path = Rescue(name, text);
+
+  if (path.empty()) {
+    failure->text += "\nthe partition is lost: neither the working directory nor $TMPDIR nor /tmp takes it";
+    throw *failure;
+  }
+  outcome->plan.out = path;
+}
+
+// The result is measured by other code than the library's. Returns why the file that was asked for was not written,
+// if it was not.
+static std::optional<Failure> WriteParts(Outcome *outcome)
+{
+  const kapris::Result &result = outcome->result;
+  const std::string text = FormatParts(result.part);
+  std::optional<Failure> failure;
+  std::vector<int> part;
+
+  try {
+    part = WriteAndRead(*outcome, text);
+  } catch (Failure &caught) {
+    caught.status = EXIT_FILES; // also if what is read again makes no sense
+    failure = caught;
+    RescueParts(outcome, text, &*failure);
+    part = result.part;
+  }
+  const Measures measures = Measure(NameOf(outcome->request->input), outcome->hgr, part);
   if (measures.cut != result.cut || measures.soed != result.soed)
     throw Failure{EXIT_INTERNAL, fmt::format("internal failure: the cut is {}, not {}; the SOED {}, not {}",
                                              measures.cut, result.cut, measures.soed, result.soed)};
+  return failure;
+}
+
+// Lines of a digit or more.
+static std::uint64_t LeastBytes(const Outcome &outcome)
+{
+  return PackingOfName(outcome.plan.out) == Packing::NONE ? 2 * static_cast<std::uint64_t>(outcome.hgr.ncells)
+                                                          : 0;
 }
 
 static void Report(const Outcome &outcome)
@@ -195,6 +292,8 @@ static ExitStatus StatusOf(const kapris::Result &result)
 {
   if (result.status == KAPRIS_CANCELLED)
     return EXIT_INTERRUPTED;
+  if (RanOutOfMemory(result))
+    return EXIT_OUT_OF_MEMORY;
   return result.balanced ? EXIT_DONE : EXIT_OVER_LIMIT;
 }
 
@@ -212,14 +311,20 @@ ExitStatus Solve(const std::string &command, const Request &request)
     std::fputs(PlanSummary(outcome).c_str(), stdout);
     return EXIT_DONE;
   }
+  CheckRoom(outcome.plan.out, LeastBytes(outcome));
   RunLibrary(request, &outcome);
-  WriteParts(outcome);
+  std::optional<Failure> failure = WriteParts(&outcome);
   try {
     Report(outcome);
-  } catch (Failure &failure) {
+  } catch (Failure &late) {
+    if (failure)
+      late.text = failure->text + "\n" + late.text;
+    failure = late;
+  }
+  if (failure) {
     if (outcome.plan.out != "-")
-      failure.text += fmt::format("\nthe partition is in {}", Shown(outcome.plan.out));
-    throw;
+      failure->text += fmt::format("\nthe partition is in {}", Shown(outcome.plan.out));
+    throw *failure;
   }
   return StatusOf(outcome.result);
 }

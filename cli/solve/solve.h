@@ -1,4 +1,4 @@
-// cli/solve/solve.h - the run behind the verbs partition and refine.
+// cli/solve/solve.h - the run behind the verbs partition, refine and combine.
 // SPDX-License-Identifier: MIT
 #pragma once
 

@@ -110,6 +110,10 @@ static void CheckSame(const SavedResult &first, const SavedResult &other)
   for (const auto &[key, value] : first.json["options"].items())
     check(key, value, At(other.json["options"], key.c_str()));
   check("terminals", At(first.json, "terminals"), At(other.json, "terminals"));
+  const Json x = At(first.json, "combined"), y = At(other.json, "combined");
+  check("the number of partitions to combine", x.size(), y.size());
+  for (size_t i = 0; x.is_array() && y.is_array() && i < x.size(); i++)
+    check(fmt::format("the hash of partition {} to combine", i + 1), At(x[i], "hash"), At(y[i], "hash"));
   for (const char *key : {"given", "fixed", "groups"})
     check(fmt::format("the hash of {}", key), At(At(first.json, key), "hash"),
           At(At(other.json, key), "hash"));
@@ -122,7 +126,7 @@ static bool IsBetter(const SavedResult &a, const SavedResult &b)
   const Json &options = a.json["options"];
   const bool mayempty = At(options, "allow_empty") == true;
   const std::string first = options["objective"].get<std::string>(), second = first == "cut" ? "soed" : "cut";
-  const bool given = At(a.json, "command") == "refine";
+  const bool given = At(a.json, "command") != "partition";
   const auto key = [&](const Json &best) {
     return std::make_tuple(
         best["excess"].get<std::int64_t>(), mayempty ? 0 : best["empty_parts"].get<std::int64_t>(),

@@ -36,7 +36,7 @@ static const char footer[] =
     "  2  wrong usage\n"
     "  3  malformed input; the message starts with file:line:column\n"
     "  4  a part is over its limit; the best partition found is written all the same\n"
-    "  5  out of memory\n"
+    "  5  out of memory; if some starts had been made, the best of them is written all the same\n"
     "  6  a file cannot be read or written\n"
     "  130  interrupted; the best partition so far is written, if the run had begun\n"
     "\n"
@@ -58,6 +58,7 @@ void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
          {{"auto", ColorWhen::AUTO}, {"always", ColorWhen::ALWAYS}, {"never", ColorWhen::NEVER}});
   AddPartition(app, run);
   AddRefine(app, run);
+  AddCombine(app, run);
   AddBest(app, run);
   AddReport(app, run);
   AddEval(app, run);

@@ -1,4 +1,4 @@
-// cli/verbs/partition.cpp - kapris partition and kapris refine: a hypergraph in, a part file and a summary out.
+// cli/verbs/partition.cpp - kapris partition, refine and combine: a hypergraph in, a part file and a summary out.
 // SPDX-License-Identifier: MIT
 
 #include "options/options.h"
@@ -63,7 +63,31 @@ void AddRefine(CLI::App *app, Run *run)
 
   AddRefineOptions(verb, request.get());
   AddInput(verb, &request->input);
-  Require(AddArgument(verb, "PART", &request->part, "Part file to improve, - for standard input"));
+  request->parts.resize(1);
+  Require(AddArgument(verb, "PART", &request->parts[0], "Part file to improve, - for standard input"));
+}
+
+void AddCombine(CLI::App *app, Run *run)
+{
+  auto request = std::make_shared<Request>();
+  CLI::App *verb = AddVerb(
+      app, "combine", "Make a better partition of several, never returning a worse one",
+      std::string(
+          "Examples:\n"
+          "  kapris combine circuit.hgr a.part b.part c.part -k 8 -o better.part\n"
+          "  kapris combine circuit.hgr *.part -k 8 --combinations 100 --threads 0 -o better.part\n\n"
+          "Parts above their limits are repaired first. Each start refines all parts of each partition and\n"
+          "combines pairs of them up to --combinations times: cells on which both agree stay together, and\n"
+          "the better one is refined on the way back. With --time-limit it goes on to make partitions of "
+          "its\n"
+          "own and combines them too. One PART, or several that are the same, are improved by "
+          "V-cycles.\n\n") +
+          notes,
+      [request, run] { *run = [request] { return Solve("combine", *request); }; });
+
+  AddCombineOptions(verb, request.get());
+  AddInput(verb, &request->input);
+  Require(AddArguments(verb, "PART", &request->parts, "Part files to combine, - for standard input"));
 }
 
 } // namespace kapris_cli

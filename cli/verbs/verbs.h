@@ -25,6 +25,7 @@ void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color);
 // Each adds its verb with options to app.
 void AddPartition(CLI::App *app, Run *run);
 void AddRefine(CLI::App *app, Run *run);
+void AddCombine(CLI::App *app, Run *run);
 void AddBest(CLI::App *app, Run *run);
 void AddReport(CLI::App *app, Run *run);
 void AddEval(CLI::App *app, Run *run);

@@ -24,6 +24,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <string>
 
 using namespace kapris::engine::safe;
 
@@ -233,9 +234,28 @@ static bool OverLimit(const kapris_result *result)
   return false;
 }
 
+// How far a call came that has run out of memory.
+static void SetShortage(kapris_result *result, const Run *run)
+{
+  const bool limited = run->shortage.kind == FATAL_MEMORY_LIMIT;
+  // What follows it has room, too.
+  const std::string reason = std::string(run->shortage.message).substr(0, 140);
+  int ncompleted = 0;
+
+  for (const kapris_start &start : run->starts)
+    ncompleted += start.completed;
+  const std::string text = std::string(limited ? "memory limit" : "out of memory") + " after " +
+                           std::to_string(ncompleted) + " of " + std::to_string(run->options->starts) +
+                           " starts (" + reason.substr(0, reason.find('\n')) +
+                           "); this is the best partition so far";
+  SetStatus(result, limited ? KAPRIS_MEMORY_LIMIT : KAPRIS_OUT_OF_MEMORY, text.c_str());
+}
+
 static void SetFinalStatus(kapris_result *result, const Run *run)
 {
-  if (run->stop == TIME_IS_UP)
+  if (run->outofmemory)
+    SetShortage(result, run);
+  else if (run->stop == TIME_IS_UP)
     SetStatus(result, KAPRIS_TIME_LIMIT, "the time limit was reached; this is the best partition so far");
   else if (run->stop == CANCELLED)
     SetStatus(result, KAPRIS_CANCELLED, "cancelled; this is the best partition so far");
@@ -263,17 +283,22 @@ static void DeliverRecords(const Run *run, kapris_result *result)
   result->nbisections = static_cast<int>(run->bisections.size());
 }
 
-// serial = the newest block that is needed for the figures.
-static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
+// Before the run, so that there is room for what it has found if memory runs out.
+static void MakeRoom(const CleanProblem *problem, kapris_result *result)
 {
-  const CleanProblem *problem = run->problem;
-
   result->ncells = problem->ncells;
   result->nparts = problem->nparts;
   result->part = NewArray<int>(problem->ncells);
   result->part_weights = NewArray<std::int64_t>(problem->nparts);
   result->part_limits = NewArray<std::int64_t>(problem->nparts);
   result->part_minimums = NewArray<std::int64_t>(problem->nparts);
+}
+
+// serial = the newest block that is needed for the figures.
+static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
+{
+  const CleanProblem *problem = run->problem;
+
   icopy__(problem->ncells, run->best.part, result->part);
   // Starts that were cut short have left all that they held, perhaps up to the memory limit.
   ReleaseLedger(serial);
@@ -293,18 +318,38 @@ static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
   SetFinalStatus(result, run);
 }
 
-static void Partition(const kapris_problem *problem, const kapris_options *options, bool refine,
-                      const int *given, Ledger *ledger, LogOwner *log,
-                      std::chrono::steady_clock::time_point began, kapris_result *result)
+static void CheckGivenParts(const kapris_problem *problem, const GivenParts *given)
 {
-  if (problem == nullptr || options == nullptr)
+  char name[32] = "part";
+
+  if (given->combined && given->n < 1)
+    errexit__("ngiven is %d, but it should be at least 1", given->n);
+  if (given->combined && given->parts == nullptr)
+    errexit__("parts is null");
+  for (int i = 0; i < given->n; i++) {
+    if (given->combined)
+      std::snprintf(name, sizeof name, "parts[%d]", i);
+    CheckGiven(problem, given->parts[i], name);
+  }
+}
+
+static void Partition(const kapris_problem *problem, const kapris_options *asked, const GivenParts *given,
+                      Ledger *ledger, LogOwner *log, std::chrono::steady_clock::time_point began,
+                      kapris_result *result)
+{
+  if (problem == nullptr || asked == nullptr)
     errexit__("%s is null", problem == nullptr ? "problem" : "options");
-  CheckOptions(options);
-  LimitLedger(options->memory_limit, -1);
+  CheckOptions(asked);
+  LimitLedger(asked->memory_limit, -1);
   CheckProblem(problem);
-  if (refine)
-    CheckGiven(problem, given);
+  CheckGivenParts(problem, given);
+  kapris_options own = *asked;
+  const kapris_options *options = &own;
+  // Only a population combines.
+  if (given->combined)
+    own.members = std::max(own.members, 1);
   const CleanProblem clean = MakeCleanProblem(problem, options);
+  MakeRoom(&clean, result);
   result->seconds_prepare = SecondsSince(began);
 
   // There is never more to do at once than one bisection per part of every start, or of every partition that it makes
@@ -316,6 +361,7 @@ static void Partition(const kapris_problem *problem, const kapris_options *optio
   const std::unique_ptr<TaskPool, PoolCloser> pool(
       StartPool(static_cast<int>(nthreads), ledger, TraceSink{WriteLog, log}));
   Run run = {};
+  run.given = problem;
   run.problem = &clean;
   run.options = options;
   run.seed = options->seed;
@@ -348,14 +394,14 @@ static kapris_status StatusOf(FatalKind kind)
   }
 }
 
-// given = the partition to refine, if refine.
-static kapris_status Call(const kapris_problem *problem, const kapris_options *options, bool refine,
-                          const int *given, kapris_result **result)
+static kapris_status Call(const kapris_problem *problem, const kapris_options *options,
+                          const GivenParts &given, kapris_result **result)
 {
   const auto began = std::chrono::steady_clock::now();
   kapris_result *made = static_cast<kapris_result *>(std::calloc(1, sizeof(kapris_result)));
   LogOwner log = {options, {}};
   Ledger ledger;
+  bool delivered = false;
 
   if (result != nullptr)
     *result = made;
@@ -368,7 +414,8 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
   made->best_start = -1;
   try {
     const ThreadGuard guard(&ledger, TraceSink{WriteLog, &log});
-    Partition(problem, options, refine, given, &ledger, &log, began, made);
+    Partition(problem, options, &given, &ledger, &log, began, made);
+    delivered = true;
   } catch (const FatalError &error) {
     SetStatus(made, StatusOf(error.kind), error.message);
   } catch (const std::bad_alloc &) {
@@ -378,8 +425,7 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
   } catch (...) {
     SetStatus(made, KAPRIS_INTERNAL, "an unknown fault");
   }
-  if (made->status != KAPRIS_OK && made->status != KAPRIS_INFEASIBLE && made->status != KAPRIS_TIME_LIMIT &&
-      made->status != KAPRIS_CANCELLED) {
+  if (!delivered) {
     std::free(made->part);
     made->part = nullptr;
     made->ntrials = made->nlevels = made->nbisections = 0;
@@ -392,11 +438,17 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
 kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
                                kapris_result **result)
 {
-  return Call(problem, options, false, nullptr, result);
+  return Call(problem, options, {0, nullptr, false}, result);
 }
 
 kapris_status kapris_refine(const kapris_problem *problem, const kapris_options *options, const int *part,
                             kapris_result **result)
 {
-  return Call(problem, options, true, part, result);
+  return Call(problem, options, {1, &part, false}, result);
+}
+
+kapris_status kapris_combine(const kapris_problem *problem, const kapris_options *options, int ngiven,
+                             const int *const *parts, kapris_result **result)
+{
+  return Call(problem, options, {ngiven, parts, true}, result);
 }

@@ -63,6 +63,9 @@ struct Control {
   int coarsento;      // coarsening goes on while a level has more cells than this
   int maxnetsize;     // nets with more pins are pruned before coarsening; caps the degree key of matching
   const int *initial; // [ncells] the partition to improve, or NULL: partition anew
+  const int *const
+      *others; // [nothers] with an initial one, further partitions that a search combines with it
+  int nothers;
 
   // The step that goes on.
   Bounds bounds;

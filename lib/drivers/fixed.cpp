@@ -29,13 +29,15 @@ static void TakeCompressed(void *taker, const int *cpart)
   Announce(projector->ctrl, projector->part);
 }
 
-// The partition of the call as one of the compressed hypergraph.
-static void CompressPartition(const Control *ctrl, int ncells, const Cell *cellmap, int *cpart)
+// A partition of the call as one of the compressed hypergraph.
+static int *CompressPartition(const Control *ctrl, int ncells, const Cell *cellmap, const int *part,
+                              int *cpart)
 {
   for (int i = 0; i < ncells; i++)
-    cpart[cellmap[i]] = ctrl->initial[i];
+    cpart[cellmap[i]] = part[i];
   for (int p = 0; p < ctrl->nparts; p++)
     cpart[p] = p;
+  return cpart;
 }
 
 static Weight
@@ -60,7 +62,14 @@ PartitionCompressed(const Control *ctrl, HGraph *graph, int *part,
     hooks.incumbent = TakeCompressed;
   inner.hooks = &hooks;
   if (ctrl->initial != nullptr)
-    CompressPartition(ctrl, graph->ncells, cellmap, fpart);
+    CompressPartition(ctrl, graph->ncells, cellmap, ctrl->initial, fpart);
+  const int **others = QVarray<const int *>(ctrl->nothers, "MultilevelPartition: others");
+  int *othersroom =
+      imalloc__(std::int64_t{compressed->ncells} * ctrl->nothers, "MultilevelPartition: others");
+  for (int i = 0; i < ctrl->nothers; i++)
+    others[i] = CompressPartition(ctrl, graph->ncells, cellmap, ctrl->others[i],
+                                  othersroom + std::int64_t{compressed->ncells} * i);
+  inner.others = others;
 
   const Weight value = partition(&inner, compressed, fpart);
 
@@ -68,7 +77,7 @@ PartitionCompressed(const Control *ctrl, HGraph *graph, int *part,
   for (int i = 0; i < graph->ncells; i++)
     if (orgpart[i] != -1 && orgpart[i] != part[i])
       Trace("Fixing failed: %d %d %d\n", i, orgpart[i], part[i]);
-  QVfree__(&fpart, &orgpart, &cellmap);
+  QVfree__(&othersroom, &others, &fpart, &orgpart, &cellmap);
   FreeHGraph__(compressed);
   return value;
 }

@@ -68,6 +68,8 @@ static Control ControlOf(const EngineCall *call, const Weight *limits)
     ctrl.coarsento = static_cast<int>(std::min<std::int64_t>(call->ncells - std::int64_t{1},
                                                              std::int64_t{COARSEST_PER_PART} * call->nparts));
   ctrl.initial = call->initial;
+  ctrl.others = call->others;
+  ctrl.nothers = call->nothers;
   ctrl.bounds.shares = call->shares;
   ctrl.bounds.limits = limits;
   ctrl.bounds.total = static_cast<Weight>(call->total);

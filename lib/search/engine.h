@@ -21,7 +21,9 @@ struct EngineCall {
   const std::int64_t *minimums; // [nparts] smallest part weights
   const int *fixed;             // [ncells] or NULL
   const int *initial;           // [ncells] the partition to improve; or NULL: partition anew
-  std::int64_t total;           // cell weight
+  const int *const *others;     // [nothers] of [ncells]: with members, what the initial one is combined with
+  int nothers;
+  std::int64_t total; // cell weight
 
   bool direct;                        // not by recursive bisection
   bool cut, connectivity;             // what is minimised; both together are the SOED

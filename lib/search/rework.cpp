@@ -84,7 +84,11 @@ static Array<Border> FindBorders(const HGraph *graph, const Array<int> &part)
 static Draw OpenDraw(const SearchGoal *goal, const HGraph *graph, const Array<int> &part)
 {
   const std::size_t nparts = At(goal->nparts);
-  Draw draw = {FindBorders(graph, part), Array<int>(nparts + 1, 0), Array<char>(nparts, 0), Array<double>(nparts, 0.0), {}};
+  Draw draw = {FindBorders(graph, part),
+               Array<int>(nparts + 1, 0),
+               Array<char>(nparts, 0),
+               Array<double>(nparts, 0.0),
+               {}};
 
   for (const Border &border : draw.borders)
     draw.first[At(border.p) + 1]++;
@@ -127,7 +131,8 @@ static int DrawNear(const Draw *draw)
 }
 
 // A part that shares a border with no other, or only with such as are taken, is in no group.
-static std::vector<Group> DrawGroups(const SearchGoal *goal, const HGraph *graph, const Array<int> &part, int groupsize)
+static std::vector<Group> DrawGroups(const SearchGoal *goal, const HGraph *graph, const Array<int> &part,
+                                     int groupsize)
 {
   Draw draw = OpenDraw(goal, graph, part);
   Array<int> order(At(goal->nparts));
@@ -161,7 +166,8 @@ struct Subgraph {
 
   Subgraph(const Group *group, int nfixed)
       : graph(CopyHGraph(static_cast<int>(group->cells.size()), static_cast<int>(group->netwgts.size()),
-                         group->cellwgts.data(), group->netptr.data(), group->netind.data(), group->netwgts.data()))
+                         group->cellwgts.data(), group->netptr.data(), group->netind.data(),
+                         group->netwgts.data()))
   {
     graph->nfixed = nfixed;
   }
@@ -175,7 +181,8 @@ struct Subgraph {
 
 } // namespace
 
-static void FillGroups(const SearchGoal *goal, const HGraph *graph, const Array<int> &part, std::vector<Group> *groups)
+static void FillGroups(const SearchGoal *goal, const HGraph *graph, const Array<int> &part,
+                       std::vector<Group> *groups)
 {
   Array<int> groupof(At(goal->nparts), -1), rename(At(graph->ncells)), met;
 
@@ -257,8 +264,8 @@ static void ReworkGroup(const Control *ctrl, const SearchGoal *goal, std::int64_
       (*part)[At(group->cells[i])] = group->parts[At(child.part[i])];
 }
 
-Member Rework(const Control *ctrl, const SearchGoal *goal, std::int64_t seed, const HGraph *graph, const Member *parent,
-              int groupsize)
+Member Rework(const Control *ctrl, const SearchGoal *goal, std::int64_t seed, const HGraph *graph,
+              const Member *parent, int groupsize)
 {
   Member child = *parent;
 

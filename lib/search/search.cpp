@@ -332,6 +332,7 @@ static void Improve(Population *population)
   }
 }
 
+// Each refined in all parts before it is combined.
 static void TakeInitial(Population *population, const int *part)
 {
   const Control *ctrl = population->ctrl;
@@ -375,13 +376,11 @@ static void SearchOn(Population *population)
   }
 }
 
-static void SearchToPlan(Population *population)
+// whole: the work of the search, in combinations.
+static void BreedToPlan(Population *population, double whole)
 {
-  const SearchPlan *plan = population->plan;
-  const double whole = 2.0 * plan->members + plan->combinations; // a combination is half the work of a member
-  int left = plan->combinations;
+  int left = population->plan->combinations;
 
-  Found(population, plan->members, plan->direct, 2.0 * plan->members / whole);
   while (left > 0) {
     bool brought = false;
     const int n = std::min(BROOD, left), nbred = Breed(population, n, n / whole, &brought);
@@ -392,6 +391,15 @@ static void SearchToPlan(Population *population)
     if (nreworks == 0 && !brought)
       break;
   }
+}
+
+static void SearchToPlan(Population *population)
+{
+  const SearchPlan *plan = population->plan;
+  const double whole = 2.0 * plan->members + plan->combinations; // a combination is half the work of a member
+
+  Found(population, plan->members, plan->direct, 2.0 * plan->members / whole);
+  BreedToPlan(population, whole);
 }
 
 Weight Search(const Control *ctrl, const SearchGoal *goal, const SearchPlan *plan, HGraph *graph, int *part)
@@ -407,11 +415,15 @@ Weight Search(const Control *ctrl, const SearchGoal *goal, const SearchPlan *pla
     CreateIncidentHGraph__(graph);
   if (ctrl->initial != nullptr)
     TakeInitial(&population, part);
+  for (int i = 0; i < ctrl->nothers; i++)
+    TakeInitial(&population, ctrl->others[i]);
+  if (population.entries.size() > 1)
+    BreedToPlan(&population, plan->combinations);
   if (plan->endless)
     SearchOn(&population);
-  else if (ctrl->initial != nullptr)
+  else if (population.entries.size() == 1)
     Improve(&population);
-  else
+  else if (population.entries.empty())
     SearchToPlan(&population);
   const Member *best = &FindBest(&population)->member;
   icopy__(graph->ncells, best->part.data(), part);

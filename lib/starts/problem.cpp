@@ -131,15 +131,16 @@ void CheckProblem(const kapris_problem *problem)
     CheckParts(problem->ncells, problem->fixed, -1, problem->nparts, names.part);
 }
 
-void CheckGiven(const kapris_problem *problem, const int *part)
+void CheckGiven(const kapris_problem *problem, const int *part, const char *name)
 {
-  Require(part != nullptr || problem->ncells == 0, "part is null");
-  CheckParts(problem->ncells, part, 0, problem->nparts, "part");
+  if (part == nullptr && problem->ncells > 0)
+    errexit__("%s is null", name);
+  CheckParts(problem->ncells, part, 0, problem->nparts, name);
   if (problem->fixed == nullptr)
     return;
   for (int i = 0; i < problem->ncells; i++)
     if (problem->fixed[i] != -1 && part[i] != problem->fixed[i])
-      errexit__("part[%d] is %d, but the cell is fixed to part %d", i, part[i], problem->fixed[i]);
+      errexit__("%s[%d] is %d, but the cell is fixed to part %d", name, i, part[i], problem->fixed[i]);
 }
 
 // Copies the distinct pins of the nets that connect at least two cells.

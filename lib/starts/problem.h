@@ -39,8 +39,8 @@ struct CleanProblem {
 // These refuse through errexit__, naming the argument, the index and the value.
 void CheckOptions(const kapris_options *options);
 void CheckProblem(const kapris_problem *problem);
-// The partition to improve.
-void CheckGiven(const kapris_problem *problem, const int *part);
+// A partition that the caller gives, which the message calls name.
+void CheckGiven(const kapris_problem *problem, const int *part, const char *name);
 
 CleanProblem MakeCleanProblem(const kapris_problem *problem, const kapris_options *options);
 

@@ -15,6 +15,7 @@
 #include "rebalance/rebalance.h"
 
 #include <algorithm>
+#include <new>
 
 namespace kapris::engine::safe
 {
@@ -68,19 +69,21 @@ static bool BringWithinLimits(Start *start, int *part)
   return verdict != INTERRUPTED;
 }
 
-// Makes the partition the best of the call if it is. Takes over part.
-static Measures Consider(Run *run, int index, int *part)
+// Makes the partition the best of the call if it is. Takes over its part.
+static void Consider(Run *run, Candidate candidate)
 {
-  Candidate candidate = {part, Measure(run->problem, part, nullptr), index};
-  const Measures measures = candidate.measures;
   const std::lock_guard<std::mutex> guard(run->lock);
 
-  if (index != SIMPLE_PARTITION && IsBetter(run->options, &candidate, &run->shown))
-    run->shown = {nullptr, measures, index};
+  if (candidate.start != SIMPLE_PARTITION && IsBetter(run->options, &candidate, &run->shown))
+    run->shown = {nullptr, candidate.measures, candidate.start};
   if (IsBetter(run->options, &candidate, &run->best))
     std::swap(candidate, run->best);
   QVfree__(&candidate.part);
-  return measures;
+}
+
+static Candidate MakeCandidate(const Run *run, int *part, int start)
+{
+  return {part, Measure(run->problem, part, nullptr), start};
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -96,6 +99,15 @@ static std::int64_t SeedOf(const Run *run, int number)
   z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
   z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
   return static_cast<std::int64_t>((z ^ (z >> 31)) & INT_MAX);
+}
+
+static kapris_start NewRecord(const Run *run, int index)
+{
+  kapris_start record = {};
+
+  record.number = run->options->first_start + index;
+  record.seed = SeedOf(run, record.number);
+  return record;
 }
 
 static void RecordStart(kapris_start *record, const Measures *measures, bool completed)
@@ -130,35 +142,65 @@ static void EndStart(Start *start, const kapris_start *record)
   }
 }
 
+// Takes the partition from an earlier call, if the caller has it; then record has its time.
+static bool Recall(const Run *run, kapris_start *record, int *part)
+{
+  const kapris_options *options = run->options;
+
+  if (options->recall == nullptr)
+    return false;
+  {
+    const std::lock_guard<std::mutex> callbacks(*run->callbacks);
+    if (options->recall(record, part, options->user) == 0)
+      return false;
+  }
+  CheckGiven(run->given, part, "recalled part");
+  return true;
+}
+
+static void TellCompleted(const Run *run, const kapris_start *record, const int *part)
+{
+  const kapris_options *options = run->options;
+  const std::lock_guard<std::mutex> callbacks(*run->callbacks);
+
+  options->completed(record, part, options->user);
+}
+
 static void RunStart(Run *run, int index)
 {
   const auto began = std::chrono::steady_clock::now();
-  kapris_start record = {};
+  kapris_start record = NewRecord(run, index);
   int *part = imalloc__(run->problem->ncells, "api: part");
   Start start = {run, index, imalloc__(run->problem->ncells, "api: incumbent"), false, {0}, {0}, {0.0},
                  {},  {}};
 
   Enter(&start, PHASE_OTHER, 0);
-  record.number = run->options->first_start + index;
-  record.seed = SeedOf(run, record.number);
   try {
-    RunEngine(&start, record.seed, part);
-    const bool completed = BringWithinLimits(&start, part);
-    const Measures measures = Consider(run, index, part);
-    RecordStart(&record, &measures, completed);
+    const bool recalled = Recall(run, &record, part);
+    if (!recalled)
+      RunEngine(&start, record.seed, part);
+    const bool completed = recalled || BringWithinLimits(&start, part);
+    const Candidate candidate = MakeCandidate(run, part, index);
+    RecordStart(&record, &candidate.measures, completed);
+    if (!recalled)
+      record.seconds = SecondsSince(began);
+    if (completed && !recalled && run->options->completed != nullptr)
+      TellCompleted(run, &record, part);
+    Consider(run, candidate);
     QVfree__(&start.incumbent);
   } catch (const StopRun &) {
     // What the engine had allocated goes back when the call ends.
     QVfree__(&part);
     if (start.hasincumbent) {
       FillParts(run, start.incumbent);
-      const Measures measures = Consider(run, index, start.incumbent);
-      RecordStart(&record, &measures, false);
+      const Candidate candidate = MakeCandidate(run, start.incumbent, index);
+      RecordStart(&record, &candidate.measures, false);
+      Consider(run, candidate);
     } else {
       QVfree__(&start.incumbent);
     }
+    record.seconds = SecondsSince(began);
   }
-  record.seconds = SecondsSince(began);
   EndStart(&start, &record);
 }
 
@@ -184,7 +226,7 @@ static int BeginStart(Run *run)
   // Where the second one finds no memory, the first has changed nothing.
   if (run->options->records)
     run->trials.resize(At(index) + 1);
-  run->starts.emplace_back();
+  run->starts.push_back(NewRecord(run, index));
   return index;
 }
 
@@ -205,38 +247,80 @@ static void RunLane(void *argument)
 // ----------------------------------------------------------------------------------------------------------
 // All of them
 
-// A given partition, which no result may fall behind, and what it is within the limits, from which the starts go on.
-static void ConsiderGiven(Run *run, const int *given)
+static void ConsiderCopy(Run *run, const int *part)
+{
+  const int ncells = run->problem->ncells;
+
+  Consider(run, MakeCandidate(run, icopy__(ncells, part, imalloc__(ncells, "api: part")), GIVEN_PARTITION));
+}
+
+// A given partition, which no result may fall behind. Returns what it is within the limits, from which the starts go
+// on.
+static int *ConsiderGiven(Run *run, const int *given)
 {
   const int ncells = run->problem->ncells;
   Start start = {run, GIVEN_PARTITION, nullptr, false, {0}, {0}, {0.0}, {}, {}};
 
-  Consider(run, GIVEN_PARTITION, icopy__(ncells, given, imalloc__(ncells, "api: part")));
-  run->initial = icopy__(ncells, given, imalloc__(ncells, "api: initial"));
-  BringWithinLimits(&start, run->initial);
+  ConsiderCopy(run, given);
+  int *initial = icopy__(ncells, given, imalloc__(ncells, "api: initial"));
+  BringWithinLimits(&start, initial);
   Enter(&start, PHASE_END, 0);
   run->seconds[PHASE_BALANCE] += start.seconds[PHASE_BALANCE];
-  Consider(run, GIVEN_PARTITION, icopy__(ncells, run->initial, imalloc__(ncells, "api: part")));
+  ConsiderCopy(run, initial);
+  return initial;
 }
 
-static void MakeFirstCandidate(Run *run, const int *given)
+// Takes over part, if there is none like it.
+static void AddOther(Run *run, int *part)
 {
-  if (given != nullptr) {
-    ConsiderGiven(run, given);
+  const auto same = [&](const int *other) { return std::equal(part, part + run->problem->ncells, other); };
+
+  if (same(run->initial) || std::any_of(run->others, run->others + run->nothers, same))
+    QVfree__(&part);
+  else
+    run->others[run->nothers++] = part;
+}
+
+static void MakeFirstCandidates(Run *run, const GivenParts *given)
+{
+  if (given->n > 0) {
+    run->initial = ConsiderGiven(run, given->parts[0]);
+    run->others = QVarray<int *>(given->n - 1, "api: others");
+    for (int i = 1; i < given->n; i++)
+      AddOther(run, ConsiderGiven(run, given->parts[i]));
     return;
   }
   int *part = imalloc__(run->problem->ncells, "api: part");
   FillPartsInOrder(run->problem, part);
   FillParts(run, part);
-  Consider(run, SIMPLE_PARTITION, part);
+  Consider(run, MakeCandidate(run, part, SIMPLE_PARTITION));
 }
 
-void RunStarts(Run *run, const int *given)
+// Whether the error is a want of memory, which costs what was still to come, not what there is.
+static bool EndedForMemory(Run *run)
+{
+  const auto has = [](const kapris_start &start) { return start.completed != 0; };
+
+  if (run->best.start < 0 && std::none_of(run->starts.begin(), run->starts.end(), has))
+    return false;
+  run->shortage = {FATAL_MEMORY, "out of memory"};
+  try {
+    std::rethrow_exception(run->error);
+  } catch (const FatalError &error) {
+    run->shortage = error;
+  } catch (const std::bad_alloc &) {
+  } catch (...) {
+    return false;
+  }
+  return run->shortage.kind != FATAL_INPUT;
+}
+
+void RunStarts(Run *run, const GivenParts *given)
 {
   const int nlanes = std::min(run->options->starts, run->options->threads);
   std::vector<Task *> lanes;
 
-  MakeFirstCandidate(run, given);
+  MakeFirstCandidates(run, given);
   // One lane is for this thread.
   try {
     lanes.reserve(At(nlanes));
@@ -249,7 +333,10 @@ void RunStarts(Run *run, const int *given)
   // Whatever has happened: the lanes use what belongs to the caller.
   for (Task *lane : lanes)
     JoinTask(run->pool, lane);
-  if (run->error)
+  if (!run->error)
+    return;
+  run->outofmemory = EndedForMemory(run);
+  if (!run->outofmemory)
     std::rethrow_exception(run->error);
 }
 

@@ -17,7 +17,15 @@ namespace kapris::engine::safe
 // Why a call ends early.
 enum StopReason { GOES_ON, TIME_IS_UP, CANCELLED, FAILED };
 
+// Partitions that the caller has.
+struct GivenParts {
+  int n; // 0 = none
+  const int *const *parts;
+  bool combined; // or, of one, improved
+};
+
 struct Run {
+  const kapris_problem *given; // as the caller has it
   const CleanProblem *problem;
   const kapris_options *options;
   std::int64_t seed;
@@ -33,9 +41,13 @@ struct Run {
   std::atomic<double> done;     // estimate of the work done, in starts
   std::mutex lock;              // for the rest
   std::exception_ptr error;
+  bool outofmemory;                 // a start ended so, after others had ended well
+  FatalError shortage;              // why
   std::vector<kapris_start> starts; // those that have begun; the record of one is there when it has ended
   Candidate best;
-  int *initial;    // [ncells] the partition to improve, or NULL
+  int *initial; // [ncells] the partition to improve, or NULL
+  int **others; // [nothers] what it is to be combined with
+  int nothers;
   Candidate shown; // the best for reports of progress, without its partition
   int nstartsdone;
 
@@ -51,8 +63,8 @@ double SecondsSince(std::chrono::steady_clock::time_point began);
 bool IsEndless(const Run *run);
 
 // Runs all starts, or as far as the limits allow; leaves the best partition in run->best and the figures of each start
-// that has begun in run->starts: one at least. With given, [ncells], they improve that partition. Throws what a start
-// threw.
-void RunStarts(Run *run, const int *given);
+// that has begun in run->starts: one at least. They improve or combine the given partitions, if there are any. Throws
+// what a start threw, but for want of memory where others had ended before.
+void RunStarts(Run *run, const GivenParts *given);
 
 } // namespace kapris::engine::safe

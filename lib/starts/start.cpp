@@ -182,6 +182,8 @@ static EngineCall EngineCallOf(const Run *run, const Hooks *hooks, std::int64_t 
   call.minimums = problem->minimums;
   call.fixed = problem->fixed;
   call.initial = run->initial;
+  call.others = run->others;
+  call.nothers = run->nothers;
   call.total = problem->total;
   call.direct = options->scheme == KAPRIS_KWAY;
   call.cut = goal.cut;

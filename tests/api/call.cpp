@@ -4,6 +4,7 @@
 #include "api/call.h"
 
 #include <cmath>
+#include <cstring>
 #include <numeric>
 #include <set>
 
@@ -45,8 +46,11 @@ static ResultPtr Owned(kapris_status status, kapris_result *result)
   if (result != nullptr) {
     EXPECT_EQ(result->status, status);
     EXPECT_EQ(result->message[0] == '\0', status == KAPRIS_OK);
-    EXPECT_EQ(result->part != nullptr, status == KAPRIS_OK || status == KAPRIS_INFEASIBLE ||
-                                           status == KAPRIS_TIME_LIMIT || status == KAPRIS_CANCELLED);
+    if (status != KAPRIS_MEMORY_LIMIT && status != KAPRIS_OUT_OF_MEMORY)
+      EXPECT_EQ(result->part != nullptr, status != KAPRIS_INVALID_ARGUMENT && status != KAPRIS_INTERNAL);
+    else
+      EXPECT_EQ(result->part != nullptr,
+                std::strstr(result->message, "the best partition so far") != nullptr);
   } else {
     EXPECT_TRUE(status == KAPRIS_OUT_OF_MEMORY || status == KAPRIS_INVALID_ARGUMENT);
   }
@@ -66,6 +70,18 @@ ResultPtr Refine(const Call &connected, const std::vector<int> &part)
   kapris_result *result = nullptr;
   const kapris_status status = kapris_refine(&connected.problem, &connected.options, part.data(), &result);
 
+  return Owned(status, result);
+}
+
+ResultPtr Combine(const Call &connected, const std::vector<std::vector<int>> &parts)
+{
+  std::vector<const int *> pointers;
+  kapris_result *result = nullptr;
+
+  for (const std::vector<int> &part : parts)
+    pointers.push_back(part.data());
+  const kapris_status status = kapris_combine(&connected.problem, &connected.options,
+                                              static_cast<int>(parts.size()), pointers.data(), &result);
   return Owned(status, result);
 }
 

@@ -28,10 +28,11 @@ Call RandomCall(std::uint64_t seed);
 
 // Points the problem to the arrays of the call; afterwards they can be replaced by something wrong.
 void Connect(Call *call);
-// Both expect that status, message and partition go together.
+// All expect that status, message and partition go together.
 ResultPtr SolveConnected(const Call &call);
 ResultPtr Solve(Call call);
 ResultPtr Refine(const Call &connected, const std::vector<int> &part);
+ResultPtr Combine(const Call &connected, const std::vector<std::vector<int>> &parts);
 
 std::vector<int> PartOf(const ResultPtr &result);
 

@@ -208,31 +208,89 @@ TEST(limits, a_memory_limit_is_kept_or_the_call_fails_cleanly)
   }
 }
 
+// What holds of a partition that is delivered though memory ran out.
+static void ExpectEarlier(const Call &call, const ResultPtr &result, const Figures &whole)
+{
+  const std::vector<StartFigures> &starts = std::get<std::vector<StartFigures>>(whole);
+  int ncompleted = 0;
+
+  EXPECT_EQ(WrongIn(call, result), "");
+  for (std::size_t i = 0; i < static_cast<std::size_t>(result->nstarts); i++)
+    if (result->starts[i].completed) {
+      ncompleted++;
+      EXPECT_EQ(std::get<1>(starts[i]), result->starts[i].cut);
+      EXPECT_EQ(result->starts[i].number, static_cast<int>(i));
+    }
+  const std::string count = " after " + std::to_string(ncompleted) + " of " + std::to_string(starts.size());
+  EXPECT_EQ(std::string(result->message).find(kapris_status_name(result->status) + count), 0u);
+  EXPECT_TRUE(ncompleted > 0 || result->best_start >= 0);
+}
+
+TEST(limits, memory_that_runs_out_costs_no_partition_that_was_made)
+{
+  constexpr int nstarts = 4;
+  int nearlier = 0;
+
+  for (int seed = 0; seed < 12; seed++) {
+    std::vector<std::size_t> peaks;
+    Call call = MakeCall(Circuit(60), 5);
+    call.options.seed = seed;
+    call.options.members = 0;
+    call.options.runs = 1;
+    Connect(&call);
+    for (int number = 0; number < nstarts; number++) {
+      call.options.first_start = number;
+      peaks.push_back(SolveConnected(call)->peak_bytes);
+    }
+    call.options.first_start = 0;
+    call.options.starts = nstarts;
+    const ResultPtr whole = SolveConnected(call);
+    // Too little for some start.
+    call.options.memory_limit = *std::max_element(peaks.begin(), peaks.end()) - 1;
+    const ResultPtr result = SolveConnected(call);
+    ASSERT_EQ(result->status, KAPRIS_MEMORY_LIMIT);
+    EXPECT_EQ(result->part != nullptr, peaks[0] <= call.options.memory_limit);
+    if (result->part == nullptr)
+      continue;
+    ExpectEarlier(call, result, FiguresOf(whole));
+    nearlier++;
+  }
+  EXPECT_GT(nearlier, 3);
+}
+
 TEST(limits, any_allocation_may_fail)
 {
-  long ncalls = 0;
+  long ncalls = 0, nearlier = 0;
 
   for (const int threads : {1, 3})
-    for (int variant = 0; variant < 8; variant++) {
-      const bool refines = variant & 1, wide = variant & 2, searches = variant & 4;
+    for (int variant = 0; variant < 10; variant++) {
+      const bool refines = variant & 1, wide = variant & 2, searches = variant & 4, combines = variant & 8;
       Call call = MakeCall(Circuit(30), 4);
+      if (combines && refines) // around anchors
+        call.fixed = {0};
+      call.fixed.resize(call.fixed.empty() ? 0 : 30, -1);
       if (wide) // weights for the engine of 64 bits
         call.instance.cellwgt.assign(30, std::int64_t{1} << 40);
       call.options.runs = 1;
       call.options.members = searches ? 3 : 0;
       call.options.combinations = 2;
-      call.options.starts = call.options.threads = threads;
+      call.options.starts = 3;
+      call.options.threads = threads;
       call.options.records = 1;
       Connect(&call);
       const std::vector<int> given(30, 0);
+      std::vector<int> other(30, 1);
+      other[0] = 0;
+      const int *const both[] = {given.data(), other.data()};
       const auto attempt = [&] {
         kapris_result *result = nullptr;
-        const kapris_status status = refines
+        const kapris_status status = combines ? kapris_combine(&call.problem, &call.options, 2, both, &result)
+                                     : refines
                                          ? kapris_refine(&call.problem, &call.options, given.data(), &result)
                                          : kapris_partition(&call.problem, &call.options, &result);
         return std::make_pair(status, ResultPtr(result));
       };
-      const auto usual = FiguresOf(attempt().second);
+      const Figures usual = FiguresOf(attempt().second);
 
       ncalls += FailEach(attempt, [&](const auto &made, long n) {
         const auto &[status, result] = made;
@@ -241,11 +299,15 @@ TEST(limits, any_allocation_may_fail)
           EXPECT_EQ(FiguresOf(result), usual) << "allocation " << n;
         else
           ASSERT_EQ(status, KAPRIS_OUT_OF_MEMORY) << "allocation " << n;
-        EXPECT_TRUE(status == KAPRIS_OK || result == nullptr || result->part == nullptr);
+        if (status != KAPRIS_OK && result != nullptr && result->part != nullptr) {
+          ExpectEarlier(call, result, usual);
+          nearlier++;
+        }
         EXPECT_EQ(CurrentLedger()->blocks, 0u);
       });
       EXPECT_EQ(FiguresOf(attempt().second), usual);
     }
-  std::printf("%ld calls met a failing allocation\n", ncalls);
+  std::printf("%ld calls met a failing allocation, %ld of them kept a partition\n", ncalls, nearlier);
   EXPECT_GT(ncalls, 1000);
+  EXPECT_GT(nearlier, 100);
 }

@@ -12,7 +12,6 @@ import json
 import os
 import pty
 import random
-import re
 import resource
 import select
 import signal
@@ -21,12 +20,11 @@ import sys
 import time
 import unittest
 
-from tool import KAPRIS, ToolTest, fields, read, write
+from tool import ENDING, KAPRIS, ToolTest, at_work, fields, read, write
 
 KILLS = int(os.environ.get("KAPRIS_TEST_KILLS", "24"))
 SEED = int(os.environ.get("KAPRIS_TEST_SEED", "1"))
 FOREVER = ("--members", "0", "--runs", "2000000000")
-ENDING = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGUSR1, signal.SIGUSR2, signal.SIGXCPU)
 NPARTS = 3
 
 # The children start as a shell starts them, even if the tests run under nohup.
@@ -34,12 +32,6 @@ for number in ENDING:
     if signal.getsignal(number) == signal.SIG_IGN:
         signal.signal(number, signal.SIG_DFL)
 resource.setrlimit(resource.RLIMIT_CORE, (0, resource.getrlimit(resource.RLIMIT_CORE)[1]))
-
-
-def at_work(pid):
-    """Whether the run has begun: a process catches the signals then."""
-    mask = int(re.search(r"SigCgt:\t(\w+)", read(f"/proc/{pid}/status"))[1], 16)
-    return all(mask & 1 << number - 1 for number in ENDING)
 
 
 def cut_of(path, part):

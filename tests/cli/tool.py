@@ -9,11 +9,15 @@
 import gzip
 import os
 import random
+import re
+import signal
 import subprocess
 import sys
 import tempfile
 import unittest
 
+# Signals that end a run with its best partition.
+ENDING = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGUSR1, signal.SIGUSR2, signal.SIGXCPU)
 KAPRIS = os.path.abspath(sys.argv.pop(1))
 
 def open_text(path, mode):
@@ -40,6 +44,12 @@ def snapshot():
     """Every name below the working directory with its contents."""
     return {os.path.join(top, name): read(os.path.join(top, name))
             for top, _, names in os.walk(".") for name in names}
+
+
+def at_work(pid):
+    """Whether the run has begun: a process catches the signals then."""
+    mask = int(re.search(r"SigCgt:\t(\w+)", read(f"/proc/{pid}/status"))[1], 16)
+    return all(mask & 1 << number - 1 for number in ENDING)
 
 
 def random_hypergraph(seed, repeats, heaviest=None):

@@ -54,7 +54,7 @@
 ## @item time_limit
 ## In seconds; the best partition so far is returned.  With members the call uses all of the time.  Default 0: none.
 ## @item memory_limit
-## In bytes; exceeding it is an error.  Default 0: none.
+## In bytes; exceeding it is an error, unless other starts have made partitions before.  Default 0: none.
 ## @item coarsening
 ## @qcode{"alternate"} (default), @qcode{"degree-stars"}, @qcode{"strong-stars"}, @qcode{"whole-nets"} or
 ## @qcode{"pairs"}.
@@ -109,11 +109,16 @@ function [part, info] = kapris_partition (A, nparts, options = struct ())
       part += 1;
     case "invalid argument"
       error ("kapris:invalidArgument", "kapris_partition: %s (counted from 0)", message);
-    case "memory limit"
-      error ("kapris:memoryLimit", "kapris_partition: the memory limit of %d bytes would be exceeded", ...
-             set.memory_limit);
-    case "out of memory"
-      error ("kapris:outOfMemory", "kapris_partition: %s", message);
+    case {"memory limit", "out of memory"}
+      ## What starts had made before is not lost; without a partition there are no starts.
+      if (any (starts(8, :) > 0))
+        part += 1;
+      elseif (strcmp (status, "memory limit"))
+        error ("kapris:memoryLimit", "kapris_partition: the memory limit of %d bytes would be exceeded", ...
+               set.memory_limit);
+      else
+        error ("kapris:outOfMemory", "kapris_partition: %s", message);
+      endif
     otherwise
       error ("kapris:internal", "kapris_partition: %s: %s", status, message);
   endswitch
