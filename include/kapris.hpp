@@ -156,7 +156,8 @@ struct Options {
 
   // Partitions that a start makes on its own, to combine them; 0: one, and nothing is combined.
   int members = 4;
-  // Combinations that it makes at most; of a single partition for Refine or Combine that many V-cycles.
+  // Combinations that it makes at most; of a single partition for Refine or Combine that many
+  // improvements.
   int combinations = 12;
 
   // Told of each start that was completed here, with its partition, which lives only as long as the callback runs; or

@@ -249,9 +249,9 @@ typedef struct kapris_options {
   /* Partitions that a start makes on its own, to combine them, >= 0; 0 = one, made by scheme, coarsening, refinement,
    * vcycle and runs alone. Default 4. */
   int members;
-  /* Combinations that a start makes at most, >= 0: of two partitions, or with more than two parts of one and itself with
-   * its parts made anew, a few at a time. Of a single partition that kapris_refine or kapris_combine gets, that many
-   * V-cycles. Default 12. */
+  /* Combinations that a start makes at most, >= 0: of two partitions, or with more than two parts of one and itself
+   * with parts made anew, a few at a time. Of a single partition that kapris_refine or kapris_combine gets, that many
+   * improvements. Default 12. */
   int combinations;
   /* 1 = the pieces of cut nets stay in the recursion, 0 = they leave it. Default 0. */
   int reconst;
@@ -358,7 +358,8 @@ typedef struct kapris_trial {
   double imbalance;
   /* 1 = the start went on with its partition; with members, its partition is that of the start. */
   int best;
-  /* The numbers of the trials that it combines, twice the same of a V-cycle; -1 where there are none. */
+  /* The numbers of the trials that it combines, twice the same of a V-cycle or where parts were made anew; -1 where there
+   * are none. */
   int parents[2];
 } kapris_trial;
 
@@ -470,9 +471,8 @@ typedef struct kapris_result {
  * and the better one is refined on the way back; a child takes the place of the member most like it. With more than two
  * parts it also makes those of the best member anew, a few neighbours at a time, and combines them likewise. Without
  * members a start is one partitioning as KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or
- * exchanges
- * cells of parts above their limits, and moves cells to parts that are empty or below their minimums. With one part
- * there is nothing to do. */
+ * exchanges cells of parts above their limits, and moves cells to parts that are empty or below their minimums. With
+ * one part there is nothing to do. */
 KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
                                                kapris_result **result);
 
@@ -485,9 +485,9 @@ KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, co
  *
  * Returns the status, as kapris_partition does.
  *
- * Parts above their limits or below their minimums are repaired first. Then each start refines all parts and makes up
- * to combinations V-cycles, each from the best partition of the start so far; with a time limit it goes on to make and
- * combine partitions of its own, as kapris_partition does.
+ * Parts above their limits or below their minimums are repaired first. Then each start refines all parts and improves
+ * its best partition up to combinations times: by a V-cycle, and with more than two parts by turns with making parts
+ * anew. With a time limit it goes on to make and combine partitions of its own, as kapris_partition does.
  *
  * Without members, each of the runs of each start goes on from the best partition of the start so far: passes, then
  * V-cycles unless vcycle is KAPRIS_VCYCLE_NEVER. Two parts are refined by the passes of bisections with

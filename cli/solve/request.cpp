@@ -138,7 +138,7 @@ static void AddMethod(CLI::App *verb, Request *request)
 static void AddWork(CLI::App *verb, Request *request)
 {
   AddNumber(verb, "--combinations", &request->combinations, 0, INT_MAX, "N",
-            "Combinations of them, at most; of a given partition V-cycles [12]");
+            "Combinations of them, at most; of one given partition improvements [12]");
   CLI::Option *starts = AddNumber(verb, "--starts", &request->starts, 1, INT_MAX, "N",
                                   "Independent starts, of which the best counts [1]");
   CLI::Option *range =
@@ -242,7 +242,7 @@ static void SetPreset(Preset preset, kapris::Options *options)
 {
   if (preset == Preset::FAST) {
     options->members = 2;
-    options->combinations = 1;
+    options->combinations = 2;
   } else if (preset == Preset::QUALITY) {
     options->members = 16;
     options->combinations = 60;

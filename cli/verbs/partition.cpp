@@ -52,8 +52,9 @@ void AddRefine(CLI::App *app, Run *run)
           "Examples:\n"
           "  kapris refine circuit.hgr circuit.hgr.part.4 -k 4 -o better.part\n"
           "  kapris refine circuit.hgr halves.part -k 2 --combinations 1 -o quick.part\n\n"
-          "Parts above their limits are repaired first. Each start then refines all parts and makes up to\n"
-          "--combinations V-cycles; with --time-limit it goes on to make partitions of its own and combines\n"
+          "Parts above their limits are repaired first. Each start then refines all parts and improves them\n"
+          "up to --combinations times; with --time-limit it goes on to make partitions of its own and "
+          "combines\n"
           "them with the given one. With --members 0 each run refines the best partition of its start so\n"
           "far, then improves it by V-cycles unless --vcycle is never. Two parts are refined as a "
           "bisection,\n"
@@ -80,8 +81,8 @@ void AddCombine(CLI::App *app, Run *run)
           "combines pairs of them up to --combinations times: cells on which both agree stay together, and\n"
           "the better one is refined on the way back. With --time-limit it goes on to make partitions of "
           "its\n"
-          "own and combines them too. One PART, or several that are the same, are improved by "
-          "V-cycles.\n\n") +
+          "own and combines them too. One PART, or several that are the same, are improved as "
+          "by refine.\n\n") +
           notes,
       [request, run] { *run = [request] { return Solve("combine", *request); }; });
 

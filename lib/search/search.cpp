@@ -289,6 +289,12 @@ static int Breed(Population *population, int n, double work, bool *brought)
   return npairs;
 }
 
+static Member ReworkPairs(const Control *ctrl, const SearchGoal *goal, std::int64_t seed, const HGraph *graph,
+                          const Member *parent)
+{
+  return Rework(ctrl, goal, seed, graph, parent, SMALLEST_REWORKED);
+}
+
 // Makes the parts of the best member anew, or where that has brought nothing those of another one. Returns whether the
 // best one is better now.
 static bool ReworkOne(Population *population, bool best, int groupsize, double work)
@@ -315,7 +321,8 @@ static void ReworkParts(Population *population, int n, double work)
     idle = ReworkOne(population, idle == 0, SMALLEST_REWORKED, work / n) ? 0 : idle + 1;
 }
 
-// Improves the one member that there is, by V-cycles.
+// Improves the one member that there is, by V-cycles, and where it has more than two parts by turns with making them
+// anew.
 static void Improve(Population *population)
 {
   const int ncycles = std::max(1, population->plan->combinations);
@@ -323,8 +330,9 @@ static void Improve(Population *population)
 
   for (int i = 0; i < ncycles && idle < IDLE_IMPROVEMENTS; i++) {
     Entry *entry = &population->entries[0];
+    const auto improve = i % 2 == 1 && population->goal->nparts > SMALLEST_REWORKED ? ReworkPairs : Cycle;
     Member child =
-        Cycle(population->ctrl, population->goal, NextSeed(population), population->graph, &entry->member);
+        improve(population->ctrl, population->goal, NextSeed(population), population->graph, &entry->member);
     idle = child.value < entry->member.value ? 0 : idle + 1;
     Offer(population, &child);
     Take(population, &child, {{entry->number, entry->number}});

@@ -44,7 +44,7 @@
 ## @item members
 ## Partitions that a start makes on its own, to combine them; 0: only one, which is the result of the start.
 ## @item combinations
-## Combinations of two partitions that a start makes at most; with @code{initial} that many V-cycles.
+## Combinations of partitions that a start makes at most; with @code{initial} that many improvements.
 ## @item starts
 ## @itemx first_start
 ## Independent starts, of which the best counts (default 1), and the number of the first of them (default 0).  Those
