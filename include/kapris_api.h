@@ -358,8 +358,8 @@ typedef struct kapris_trial {
   double imbalance;
   /* 1 = the start went on with its partition; with members, its partition is that of the start. */
   int best;
-  /* The numbers of the trials that it combines, twice the same of a V-cycle or where parts were made anew; -1 where there
-   * are none. */
+  /* The numbers of the trials that it combines, twice the same of a V-cycle or where parts were made anew; -1 where
+   * there are none. */
   int parents[2];
 } kapris_trial;
 

@@ -68,8 +68,8 @@ static Array<Border> FindBorders(const HGraph *graph, const Array<int> &part)
         if (p != q)
           borders.push_back({p, q, static_cast<double>(graph->netwgt[j])});
   }
-  std::stable_sort(borders.begin(), borders.end(),
-                   [](const Border &a, const Border &b) { return a.p != b.p ? a.p < b.p : a.q < b.q; });
+  std::sort(borders.begin(), borders.end(),
+            [](const Border &a, const Border &b) { return a.p != b.p ? a.p < b.p : a.q < b.q; });
   std::size_t n = 0;
   for (const Border &border : borders) {
     if (n > 0 && borders[n - 1].p == border.p && borders[n - 1].q == border.q)

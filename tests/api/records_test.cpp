@@ -33,9 +33,10 @@ static std::string WrongMembers(const Call &call, const std::vector<kapris_trial
     if (trial.number != t || trial.cycled != -1)
       return "order of members";
     nbest += trial.best;
-    if (t < call.options.members ? parents[0] != -1 || parents[1] != -1
-                                 : std::min(parents[0], parents[1]) < 0 ||
-                                       std::max(parents[0], parents[1]) >= t || parents[0] == parents[1])
+    if (t < call.options.members
+            ? parents[0] != -1 || parents[1] != -1
+            : std::min(parents[0], parents[1]) < 0 || std::max(parents[0], parents[1]) >= t ||
+                  (parents[0] == parents[1] && call.problem.nparts == 2))
       return "parents of trial " + std::to_string(t);
   }
   return nbest == 1 ? "" : "best member";

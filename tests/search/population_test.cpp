@@ -152,7 +152,6 @@ TEST(member, parts_made_anew_leave_a_partition_no_worse_and_anchors_where_they_a
   SearchCase apart(8, 1, &caller);
   const Instance islands = {8, {}, {}, {}};
   HGraph *graph = HGraphOf(islands);
-  CreateIncidentHGraph__(graph);
   const Member parent = {{0, 0, 1, 1, 2, 2, 3, 3}, {0, 0, 0}};
   EXPECT_EQ(Rework(&apart.ctrl, &apart.goal, 3, graph, &parent, 2).part, parent.part);
   FreeHGraph__(graph);
