@@ -6,6 +6,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <string_view>
 
 namespace kapris_cli
 {
@@ -15,6 +16,10 @@ using Json = nlohmann::ordered_json;
 
 // Whether an object can hold the text as it is: UTF-8.
 bool IsJsonText(const std::string &text);
+
+// The object in a text, or a discarded value. Objects of results are not nested deeply, and what is cannot even be
+// copied safely.
+Json ParseJson(std::string_view text);
 
 // The object in a file; throws Failure for anything that no result looks like.
 Json ReadJson(const std::string &path);

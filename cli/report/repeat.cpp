@@ -1,8 +1,7 @@
 // cli/report/repeat.cpp - the command line that gives the same result.
 // SPDX-License-Identifier: MIT
 
-#include "text.h"
-
+#include "formats/text.h"
 #include "report/data.h"
 
 #include <algorithm>
@@ -31,6 +30,29 @@ static void AddStarts(const ReportData &data, std::vector<std::string> *words)
     words->insert(words->end(), {"--start-range", fmt::format("{}:{}", first, last)});
   else
     words->insert(words->end(), {"--starts", fmt::format("{}", static_cast<long long>(last) + 1)});
+}
+
+// How the file was read.
+static std::vector<std::string> ReadingWords(const Input &input)
+{
+  std::vector<std::string> words;
+  const auto add = [&words](const char *option, const std::string &value) {
+    if (!value.empty())
+      words.insert(words.end(), {option, value});
+  };
+
+  add("--format", NameOfFormat(input.format));
+  add("--model", NameOfModel(input.model));
+  if (input.unit_weights)
+    words.push_back("--unit-weights");
+  add("--module", input.module);
+  add("--depth", input.depth ? std::to_string(*input.depth) : "");
+  add("--weights", input.types);
+  add("--weight-by", input.column);
+  add("--ignore-nets-above", input.ignore_above ? std::to_string(*input.ignore_above) : "");
+  for (const std::string &pattern : input.ignore)
+    add("--ignore-nets", pattern);
+  return words;
 }
 
 std::vector<std::string> RepeatCommand(const ReportData &data)

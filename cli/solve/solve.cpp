@@ -9,17 +9,16 @@
 
 #include "solve/solve.h"
 
-#include "text.h"
-
-#include "io/files.h"
-#include "io/names.h"
-#include "io/output.h"
-#include "io/parts.h"
-#include "io/targets.h"
+#include "formats/files.h"
+#include "formats/names.h"
+#include "formats/output.h"
+#include "formats/parts.h"
+#include "formats/text.h"
 #include "json/objects.h"
 #include "measure/bounds.h"
 #include "measure/measures.h"
 #include "measure/report.h"
+#include "options/targets.h"
 #include "solve/interrupt.h"
 #include "solve/outcome.h"
 #include "solve/progress.h"
