@@ -9,6 +9,7 @@
 // and gives all blocks back at the end, whichever way the call ended. What outlives the call, the result, is allocated
 // apart from it.
 
+#include "kapris.h"
 #include "kapris_api.h"
 
 #include "base/random.h"
@@ -50,6 +51,15 @@ void kapris_init_options(kapris_options *options)
   options->min_epsilon = 1.0;
   options->starts = 1;
   options->threads = 1;
+}
+
+#define TEXT_OF(x)   #x
+#define NUMBER_OF(x) TEXT_OF(x)
+
+const char *kapris_version(void)
+{
+  return NUMBER_OF(KAPRIS_VERSION_MAJOR) "." NUMBER_OF(KAPRIS_VERSION_MINOR) "." NUMBER_OF(
+      KAPRIS_VERSION_PATCH);
 }
 
 const char *kapris_phase_name(kapris_phase phase)
@@ -143,6 +153,8 @@ void kapris_free_result(kapris_result *result)
 
 namespace
 {
+
+enum class Work { PARTITION, REFINE, EVALUATE };
 
 struct LogOwner {
   const kapris_options *options;
@@ -293,32 +305,43 @@ static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
   SetFinalStatus(result, run);
 }
 
-static void Partition(const kapris_problem *problem, const kapris_options *options, bool refine,
-                      const int *given, Ledger *ledger, LogOwner *log,
-                      std::chrono::steady_clock::time_point began, kapris_result *result)
+// There is never more to do at once than one bisection per part of every start, or of every partition that it makes
+// side by side.
+static int MostThreads(const CleanProblem &problem, const kapris_options *options)
+{
+  constexpr int SIDE_BY_SIDE = 4;
+  const double most = static_cast<double>(options->starts) * problem.nparts *
+                      (options->members > 0 ? std::max(options->members, SIDE_BY_SIDE) : 1);
+
+  return static_cast<int>(std::min<double>(options->threads, most));
+}
+
+// given = the partition to refine or to evaluate.
+static void DoWork(Work work, const kapris_problem *problem, const kapris_options *options, const int *given,
+                   Ledger *ledger, LogOwner *log, std::chrono::steady_clock::time_point began,
+                   kapris_result *result)
 {
   if (problem == nullptr || options == nullptr)
     errexit__("%s is null", problem == nullptr ? "problem" : "options");
   CheckOptions(options);
   LimitLedger(options->memory_limit, -1);
   CheckProblem(problem);
-  if (refine)
+  if (work != Work::PARTITION)
     CheckGiven(problem, given);
   const CleanProblem clean = MakeCleanProblem(problem, options);
   result->seconds_prepare = SecondsSince(began);
 
-  // There is never more to do at once than one bisection per part of every start, or of every partition that it makes
-  // side by side.
-  constexpr int SIDE_BY_SIDE = 4;
-  const double most = static_cast<double>(options->starts) * clean.nparts *
-                      (options->members > 0 ? std::max(options->members, SIDE_BY_SIDE) : 1);
-  const double nthreads = std::min<double>(options->threads, most);
-  const std::unique_ptr<TaskPool, PoolCloser> pool(
-      StartPool(static_cast<int>(nthreads), ledger, TraceSink{WriteLog, log}));
   Run run = {};
   run.problem = &clean;
   run.options = options;
   run.seed = options->seed;
+  if (work == Work::EVALUATE) {
+    run.best = {const_cast<int *>(given), {}, GIVEN_PARTITION}; // only read
+    Deliver(&run, ledger->serial, result);
+    return;
+  }
+  const std::unique_ptr<TaskPool, PoolCloser> pool(
+      StartPool(MostThreads(clean, options), ledger, TraceSink{WriteLog, log}));
   run.began = began;
   run.pool = pool.get();
   run.callbacks = &log->lock;
@@ -348,8 +371,7 @@ static kapris_status StatusOf(FatalKind kind)
   }
 }
 
-// given = the partition to refine, if refine.
-static kapris_status Call(const kapris_problem *problem, const kapris_options *options, bool refine,
+static kapris_status Call(Work work, const kapris_problem *problem, const kapris_options *options,
                           const int *given, kapris_result **result)
 {
   const auto began = std::chrono::steady_clock::now();
@@ -368,7 +390,7 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
   made->best_start = -1;
   try {
     const ThreadGuard guard(&ledger, TraceSink{WriteLog, &log});
-    Partition(problem, options, refine, given, &ledger, &log, began, made);
+    DoWork(work, problem, options, given, &ledger, &log, began, made);
   } catch (const FatalError &error) {
     SetStatus(made, StatusOf(error.kind), error.message);
   } catch (const std::bad_alloc &) {
@@ -392,11 +414,17 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
 kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
                                kapris_result **result)
 {
-  return Call(problem, options, false, nullptr, result);
+  return Call(Work::PARTITION, problem, options, nullptr, result);
 }
 
 kapris_status kapris_refine(const kapris_problem *problem, const kapris_options *options, const int *part,
                             kapris_result **result)
 {
-  return Call(problem, options, true, part, result);
+  return Call(Work::REFINE, problem, options, part, result);
+}
+
+kapris_status kapris_evaluate(const kapris_problem *problem, const kapris_options *options, const int *part,
+                              kapris_result **result)
+{
+  return Call(Work::EVALUATE, problem, options, part, result);
 }

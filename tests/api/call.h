@@ -32,6 +32,7 @@ void Connect(Call *call);
 ResultPtr SolveConnected(const Call &call);
 ResultPtr Solve(Call call);
 ResultPtr Refine(const Call &connected, const std::vector<int> &part);
+ResultPtr Evaluate(const Call &connected, const std::vector<int> &part);
 
 std::vector<int> PartOf(const ResultPtr &result);
 
