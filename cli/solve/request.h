@@ -10,6 +10,11 @@
 #include <string>
 #include <vector>
 
+namespace CLI
+{
+class App;
+}
+
 namespace kapris_cli
 {
 
