@@ -3,8 +3,8 @@
 
 usage: bench/python_boundary.py [--circuit FILE.hgr] [--update]
 
-Run it with a Python that has the package built with optimisation, NumPy and SciPy. Prints a table; --update writes it into
-docs/python.md. Times are the smallest of many calls, Python and library in turn, on one thread.
+Run it with a Python that has the package built with optimisation, NumPy and SciPy. Prints a table; --update writes it
+into docs/python.md. Times are the smallest of many calls, Python and library in turn, on one thread.
 """
 # SPDX-License-Identifier: MIT
 import argparse

@@ -1,7 +1,7 @@
 """Builds the shared libraries by CMake and packs them; all else is in pyproject.toml.
 
-KAPRIS_LIBRARIES in the environment names a folder that has libkapris.so, libkapris_formats.so and libkapris_report.so, or
-folders below that do, such as a build folder of CMake: they are packed as they are, and nothing is built.
+KAPRIS_LIBRARIES in the environment names a folder that has libkapris.so, libkapris_formats.so and libkapris_report.so,
+or folders below that do, such as a build folder of CMake: they are packed as they are, and nothing is built.
 """
 # SPDX-License-Identifier: MIT
 import os
@@ -38,7 +38,8 @@ def build_libraries(folder):
     """The folder below which they are."""
     build = pathlib.Path(folder) / "cmake"
     subprocess.run(["cmake", "-S", HERE, "-B", build, f"-DKAPRIS_SOURCE={source()}"], check=True)
-    subprocess.run(["cmake", "--build", build, "--parallel", str(os.cpu_count() or 1), "--target", "libraries"], check=True)
+    subprocess.run(["cmake", "--build", build, "--parallel", str(os.cpu_count() or 1), "--target", "libraries"],
+                   check=True)
     return build / "out"
 
 

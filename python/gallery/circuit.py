@@ -23,7 +23,8 @@ for gate in range(side * side):
     if sinks:
         nets[f"n{gate}"] = [f"g{cell}" for cell in [gate, *sinks]]
 area = {f"g{gate}": rng.choice([1, 1, 2, 4]) for gate in range(side * side)}
-circuit = kapris.Hypergraph.from_nets(nets, cell_weights={g: w for g, w in area.items() if any(g in n for n in nets.values())})
+connected = {gate for net in nets.values() for gate in net}
+circuit = kapris.Hypergraph.from_nets(nets, cell_weights={gate: area[gate] for gate in connected})
 print(circuit)
 
 # %% [markdown]

@@ -1,9 +1,9 @@
 # %% [markdown]
 # # A sparse matrix ordered for elimination
 #
-# The equations of a grid, solved by LU factorisation. A partition with rows as nets orders the matrix to a block for each
-# part and a border; blocks are eliminated independently of each other. Ordering by such blocks, and the cells of cut nets
-# last, keeps the factors sparse.
+# The equations of a grid, solved by LU factorisation. A partition with rows as nets orders the matrix to a block for
+# each part and a border; blocks are eliminated independently of each other. Ordering by such blocks, and the cells of
+# cut nets last, keeps the factors sparse.
 
 # %%
 import numpy

@@ -134,7 +134,8 @@ def _load_formats() -> ctypes.CDLL:
 
 def _load_report() -> ctypes.CDLL:
     report = ctypes.CDLL(str(_HERE / "libkapris_report.so"))
-    _declare(report, "kapris_write_report", c_int, c_char_p, c_char_p, POINTER(FileRecord), c_void_p, c_char_p, c_size_t)
+    _declare(report, "kapris_write_report", c_int, c_char_p, c_char_p, POINTER(FileRecord), c_void_p, c_char_p,
+             c_size_t)
     return report
 
 

@@ -215,12 +215,12 @@ def _result(record: _native.ResultRecord, command: str, h: Hypergraph, problem: 
 
 
 def _start(start: _native.StartRecord) -> Start:
-    return Start(start.number, start.seed, start.cut, start.soed, start.soed - start.cut, start.imbalance, start.excess,
-                 bool(start.balanced), bool(start.completed), start.seconds)
+    return Start(start.number, start.seed, start.cut, start.soed, start.soed - start.cut, start.imbalance,
+                 start.excess, bool(start.balanced), bool(start.completed), start.seconds)
 
 
-_TOLD_OPTIONS = ("scheme", "objective", "coarsening", "refinement", "vcycle", "runs", "members", "combinations", "reconst",
-                 "epsilon", "min_epsilon", "allow_empty", "threads", "time_limit", "memory_limit")
+_TOLD_OPTIONS = ("scheme", "objective", "coarsening", "refinement", "vcycle", "runs", "members", "combinations",
+                 "reconst", "epsilon", "min_epsilon", "allow_empty", "threads", "time_limit", "memory_limit")
 
 
 def _tell(record: _native.ResultRecord, command: str, options: _native.Options, kept: list[Any], part: Any) -> Told:

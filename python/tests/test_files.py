@@ -22,7 +22,8 @@ def test_what_is_written_is_read(name, tmp_path, monkeypatch):
     h = Hypergraph.from_nets(NETS, cell_weights=[1, 2, 3, 2**60], net_weights=[4, 0, 6])
     h.write(name, format="hgr" if name == "-" else None)
     again = Hypergraph.read(tmp_path / name)
-    assert nets_of(again) == NETS and list(again.cell_weights) == [1, 2, 3, 2**60] and list(again.net_weights) == [4, 0, 6]
+    assert nets_of(again) == NETS
+    assert list(again.cell_weights) == [1, 2, 3, 2**60] and list(again.net_weights) == [4, 0, 6]
     assert again.path == str(tmp_path / name) and again.hash() == h.hash()
 
 
@@ -71,7 +72,8 @@ def test_nothing_is_lost_unasked(tmp_path):
                              (weighted, "x.mtx", "net weights would be lost in a matrix: drop_weights leaves"),
                              (Hypergraph.from_nets([[0, 0]]), "x.mtx", "drop_repeats leaves them out"),
                              (Hypergraph.from_nets(NETS), "x.graph", "net 2 has 3 cells"),
-                             (weighted, "x.cnf", "cnf is only read"), (weighted, "x.txt", "does not end with a format")]:
+                             (weighted, "x.cnf", "cnf is only read"),
+                             (weighted, "x.txt", "does not end with a format")]:
         with pytest.raises(ValueError, match=message):
             h.write(tmp_path / name)
     with pytest.raises(OSError, match="cannot write"):

@@ -94,8 +94,8 @@ def test_wrong_arguments_are_refused(arguments, kind, message):
 
 
 def test_wrong_partitions_are_refused():
-    for part, kind, message in [([0, 1], ValueError, "part has 2 elements"), ([0, 1, 2, -1], ValueError, r"part\[3\] is -1"),
-                                (None, TypeError, "part is None"), ("0101", TypeError, "part is '0101'")]:
+    for part, kind, message in [([0, 1], ValueError, "part has 2 elements"),
+                                ([0, 1, 2, -1], ValueError, r"part\[3\] is -1"), (None, TypeError, "part is None"), ("0101", TypeError, "part is '0101'")]:
         for call in (kapris.refine, kapris.evaluate):
             with pytest.raises(kind, match=message):
                 call(H, part)
@@ -125,7 +125,8 @@ def test_time_limit_and_starts():
     result = kapris.partition(big(), 2, time_limit=0.2)
     assert result.status == "time limit" and result.balanced
     result = kapris.partition(H, 2, starts=3, seed=4)
-    assert [start.number for start in result.starts] == [0, 1, 2] and result.starts[result.best_start].cut == result.cut
+    assert [start.number for start in result.starts] == [0, 1, 2]
+    assert result.starts[result.best_start].cut == result.cut
     assert kapris.partition(H, 2, seed=None).seed >= 0
 
 
