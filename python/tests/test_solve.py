@@ -94,8 +94,9 @@ def test_wrong_arguments_are_refused(arguments, kind, message):
 
 
 def test_wrong_partitions_are_refused():
-    for part, kind, message in [([0, 1], ValueError, "part has 2 elements"),
-                                ([0, 1, 2, -1], ValueError, r"part\[3\] is -1"), (None, TypeError, "part is None"), ("0101", TypeError, "part is '0101'")]:
+    cases = [([0, 1], ValueError, "part has 2 elements"), ([0, 1, 2, -1], ValueError, r"part\[3\] is -1"),
+             (None, TypeError, "part is None"), ("0101", TypeError, "part is '0101'")]
+    for part, kind, message in cases:
         for call in (kapris.refine, kapris.evaluate):
             with pytest.raises(kind, match=message):
                 call(H, part)
@@ -143,7 +144,7 @@ def test_progress(capsys):
 
 
 def interrupted(code):
-    """Runs a program that prints when its call begins, sends it Ctrl-C, gives its output and how long it took to end."""
+    """Runs a program that prints when its call begins, sends it Ctrl-C, and gives its output."""
     program = "import sys, time, kapris\n" + code
     child = subprocess.Popen([sys.executable, "-c", program], stdout=subprocess.PIPE, text=True, env=dict(
         os.environ, PYTHONUNBUFFERED="1"))
