@@ -9,7 +9,6 @@
 #include "formats/input.h"
 #include "formats/output.h"
 #include "formats/records.h"
-
 #include "include/kapris.h"
 
 #include <cstring>
@@ -119,7 +118,8 @@ static Input InputOf(const char *path, const kapris_reading *reading)
 
 static Format FormatToWrite(const char *path, const char *given)
 {
-  const Format format = given == nullptr ? FormatOfName(path) : ValueOf(FormatNames(), "format", given, Format::BY_NAME);
+  const Format format =
+      given == nullptr ? FormatOfName(path) : ValueOf(FormatNames(), "format", given, Format::BY_NAME);
 
   if (format == Format::BY_NAME)
     Refuse(fmt::format("the name {} does not end with a format, and none is given", path));
@@ -164,7 +164,8 @@ using namespace kapris_cli;
 
 const char *kapris_formats_version(void)
 {
-  return NUMBER_OF(KAPRIS_VERSION_MAJOR) "." NUMBER_OF(KAPRIS_VERSION_MINOR) "." NUMBER_OF(KAPRIS_VERSION_PATCH);
+  return NUMBER_OF(KAPRIS_VERSION_MAJOR) "." NUMBER_OF(KAPRIS_VERSION_MINOR) "." NUMBER_OF(
+      KAPRIS_VERSION_PATCH);
 }
 
 kapris_file_status kapris_read_file(const char *path, const kapris_reading *reading, kapris_file **file,

@@ -1,8 +1,8 @@
 /* kapris_formats.h - reading and writing files of hypergraphs: the C interface of the formats library.
  * SPDX-License-Identifier: MIT
  *
- * For programs in other languages. docs/formats.md describes the formats, all of which are read, compressed by gzip, xz,
- * bzip2 or zstd, too. The records are those that kapris_api.h takes: cells, nets, pins and parts count from 0 here.
+ * For programs in other languages. docs/formats.md describes the formats, all of which are read, compressed by gzip,
+ * xz, bzip2 or zstd, too. The records are those that kapris_api.h takes: cells, nets, pins and parts count from 0 here.
  *
  * Calls never end the process and never print. They can run on several threads at once.
  */
@@ -39,7 +39,7 @@ typedef enum kapris_file_status {
 typedef struct kapris_reading {
   /* One of hgr, mtx, patoh, cnf, wcnf, graph, yosys, bookshelf; NULL: by the end of the name, otherwise hgr. */
   const char *format;
-  /* What becomes nets. Of mtx: row-net, column-net; of cnf and wcnf: primal, dual, literal; NULL: the first of these. */
+  /* What becomes nets. Of mtx: row-net, column-net; of cnf and wcnf: primal, dual, literal; NULL: the first of them. */
   const char *model;
   /* 1 = of mtx and wcnf: everything weighs 1. */
   int unit_weights;
@@ -102,16 +102,18 @@ KAPRIS_FORMATS_API void kapris_free_file(kapris_file *file);
  *   file      what to write
  *   drop      what may be lost, as KAPRIS_DROP_WEIGHTS; 0: anything that the format cannot hold is refused
  *   message   as above */
-KAPRIS_FORMATS_API kapris_file_status kapris_write_file(const char *path, const char *format, const kapris_file *file,
-                                                        int drop, char *message, size_t room);
+KAPRIS_FORMATS_API kapris_file_status kapris_write_file(const char *path, const char *format,
+                                                        const kapris_file *file, int drop, char *message,
+                                                        size_t room);
 
 /* What xxhsum prints for the hypergraph as a file .hgr: 16 digits that depend on the numbers alone, not on the format
  * that they came in or the machine. digits: [17] receives them, ended by a zero byte. */
-KAPRIS_FORMATS_API kapris_file_status kapris_hash_file(const kapris_file *file, char *digits, char *message, size_t room);
+KAPRIS_FORMATS_API kapris_file_status kapris_hash_file(const kapris_file *file, char *digits, char *message,
+                                                       size_t room);
 
 /* The same of a part file: a line for each of so many parts. */
-KAPRIS_FORMATS_API kapris_file_status kapris_hash_parts(const int *parts, int count, char *digits, char *message,
-                                                        size_t room);
+KAPRIS_FORMATS_API kapris_file_status kapris_hash_parts(const int *parts, int count, char *digits,
+                                                        char *message, size_t room);
 
 #ifdef __cplusplus
 }

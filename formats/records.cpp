@@ -55,8 +55,9 @@ Hgr HgrOf(const kapris_file &file)
   hgr.netptr = {0};
   for (int net = 0; net < file.nnets; net++) {
     if (file.net_starts[0] != 0 || file.net_starts[net + 1] < file.net_starts[net])
-      Refuse(fmt::format("net_starts begins with {}, and net_starts[{}] is {}: it must begin with 0 and never fall",
-                         file.net_starts[0], net + 1, file.net_starts[net + 1]));
+      Refuse(fmt::format(
+          "net_starts begins with {}, and net_starts[{}] is {}: it must begin with 0 and never fall",
+          file.net_starts[0], net + 1, file.net_starts[net + 1]));
     hgr.netptr.push_back(file.net_starts[net + 1]);
   }
   for (int i = 0; i < hgr.netptr.back(); i++) {
@@ -96,8 +97,9 @@ kapris_file_status StatusOf(ExitStatus status)
 
 void NameArguments(char *text)
 {
-  static constexpr const char *options[] = {"--drop-weights", "--drop-repeats", "--drop-names", "--unit-weights",
-                                            "--model",        "--module",       "--depth",      "--weights",      "--names"};
+  static constexpr const char *options[] = {"--drop-weights", "--drop-repeats", "--drop-names",
+                                            "--unit-weights", "--model",        "--module",
+                                            "--depth",        "--weights",      "--names"};
 
   for (const char *option : options)
     for (char *found = text; (found = std::strstr(found, option)) != nullptr;) {

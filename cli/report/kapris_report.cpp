@@ -29,15 +29,16 @@ static void WriteReport(const char *path, const char *text, const kapris_file &f
     Refuse("the hypergraph and the partition are not those of the result");
   for (int cell = 0; cell < hgr.ncells; cell++)
     if (part[cell] < 0 || part[cell] >= data.parts)
-      Refuse(fmt::format("part[{}] is {}, but parts are numbered from 0 to {}", cell, part[cell], data.parts - 1));
+      Refuse(fmt::format("part[{}] is {}, but parts are numbered from 0 to {}", cell, part[cell],
+                         data.parts - 1));
   CheckFiles({}, {path});
   WriteFile(path, ReportPage(data, &hgr, &parts, &details));
 }
 
 } // namespace kapris_cli
 
-kapris_file_status kapris_write_report(const char *path, const char *json, const kapris_file *file, const int *part,
-                                       char *message, size_t room)
+kapris_file_status kapris_write_report(const char *path, const char *json, const kapris_file *file,
+                                       const int *part, char *message, size_t room)
 {
   using namespace kapris_cli;
 

@@ -19,8 +19,9 @@ extern "C" {
  *   message   [room] as in kapris_formats.h
  *
  * Returns the status; KAPRIS_FILE_MALFORMED if json is no result, KAPRIS_FILE_ARGUMENT if it is not that of file. */
-KAPRIS_FORMATS_API kapris_file_status kapris_write_report(const char *path, const char *json, const kapris_file *file,
-                                                          const int *part, char *message, size_t room);
+KAPRIS_FORMATS_API kapris_file_status kapris_write_report(const char *path, const char *json,
+                                                          const kapris_file *file, const int *part,
+                                                          char *message, size_t room);
 
 #ifdef __cplusplus
 }
