@@ -6,12 +6,12 @@
 // cut, soed and imbalance are recomputed from the part vector; wrongcuts counts what the library reports itself; hash
 // names the part vector.
 
-#include "failure.h"
 #include "kapris.h"
 
-#include "io/files.h"
-#include "io/hgr.h"
-#include "measure/hash.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/hash.h"
+#include "formats/hgr.h"
 #include "measure/measures.h"
 
 #include <charconv>

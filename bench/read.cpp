@@ -6,9 +6,8 @@
 // Seconds are the shortest of three readings, from the open file to the complete record; the file is then in the page
 // cache. MB are 10^6 bytes of the file as it is.
 
-#include "failure.h"
-
-#include "io/input.h"
+#include "formats/failure.h"
+#include "formats/input.h"
 
 #include <algorithm>
 #include <chrono>

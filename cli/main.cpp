@@ -1,8 +1,7 @@
 // cli/main.cpp - the kapris command: reads the command line, runs a verb, turns failures into exit statuses.
 // SPDX-License-Identifier: MIT
 
-#include "failure.h"
-
+#include "formats/failure.h"
 #include "options/json.h"
 #include "options/options.h"
 #include "options/words.h"

@@ -22,6 +22,11 @@ if(KAPRIS_SANITIZE)
   target_link_options(kapris_flags INTERFACE -fsanitize=${KAPRIS_SANITIZE})
 endif()
 
+# The run time of C++ is older than it must be, or not there, on some machines.
+if(KAPRIS_PORTABLE)
+  target_link_options(kapris_flags INTERFACE -static-libstdc++ -static-libgcc)
+endif()
+
 # Optimisation with the profile of an instrumented run of the same build folder; scripts/pgo goes through the steps. The
 # profile is looked up by the paths of the object files, which is why both steps share one folder. Only the library is
 # built that way. The names of the flags are GCC's.

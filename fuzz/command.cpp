@@ -5,8 +5,9 @@
 // It runs in a scratch folder. Arguments cannot leave it, as '/' becomes '_', and cannot ask for much, as numbers of
 // three to ten digits are cut to two.
 
-#include "failure.h"
 #include "fuzz.h"
+
+#include "formats/failure.h"
 
 #include <cctype>
 #include <filesystem>

@@ -2,10 +2,11 @@
 // is no text once a piece is missing, and no other one once a byte is wrong.
 // SPDX-License-Identifier: MIT
 
-#include "io/gzip.h"
+#include "formats/gzip.h"
 
-#include "failure.h"
 #include "fuzz.h"
+
+#include "formats/failure.h"
 
 #include <algorithm>
 

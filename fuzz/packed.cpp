@@ -2,10 +2,11 @@
 // written of it, which is no text once a piece is missing.
 // SPDX-License-Identifier: MIT
 
-#include "io/packed.h"
+#include "formats/packed.h"
 
-#include "failure.h"
 #include "fuzz.h"
+
+#include "formats/failure.h"
 
 #include <algorithm>
 #include <optional>

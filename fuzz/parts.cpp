@@ -4,10 +4,11 @@
 //
 // The first three bytes say how many cells and parts there should be and which of the two files it is.
 
-#include "io/parts.h"
+#include "formats/parts.h"
 
-#include "failure.h"
 #include "fuzz.h"
+
+#include "formats/failure.h"
 
 using namespace kapris_cli;
 

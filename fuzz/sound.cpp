@@ -3,8 +3,8 @@
 
 #include "sound.h"
 
-#include "io/bookshelf.h"
-#include "io/yosys.h"
+#include "formats/bookshelf.h"
+#include "formats/yosys.h"
 
 #include <algorithm>
 

@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "failure.h"
-
-#include "io/formats.h"
+#include "formats/failure.h"
+#include "formats/formats.h"
 
 #include <string>
 

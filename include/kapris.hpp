@@ -433,6 +433,18 @@ Result Call(const Hypergraph &hypergraph, const Targets &targets, const Options 
   return ResultOf(result.get());
 }
 
+template <class Function>
+Result CallWithPart(const Hypergraph &hypergraph, const Targets &targets, const Options &options,
+                    std::span<const int> part, Function function)
+{
+  return Call(hypergraph, targets, options,
+              [&](const kapris_problem *problem, const kapris_options *c, kapris_result **result) {
+                if (part.size() != static_cast<std::size_t>(problem->ncells))
+                  Refuse("part", part.size(), "have " + std::to_string(problem->ncells) + ", one per cell");
+                return function(problem, c, part.data(), result);
+              });
+}
+
 } // namespace detail
 
 // The name of a status in lower case, such as "time limit". Static text; never throws.
@@ -479,13 +491,21 @@ inline Result Partition(const Hypergraph &hypergraph, const Targets &targets, co
 inline Result Refine(const Hypergraph &hypergraph, const Targets &targets, std::span<const int> part,
                      const Options &options = {})
 {
-  return detail::Call(hypergraph, targets, options,
-                      [&](const kapris_problem *problem, const kapris_options *c, kapris_result **result) {
-                        if (part.size() != static_cast<std::size_t>(problem->ncells))
-                          detail::Refuse("part", part.size(),
-                                         "have " + std::to_string(problem->ncells) + ", one per cell");
-                        return kapris_refine(problem, c, part.data(), result);
-                      });
+  return detail::CallWithPart(hypergraph, targets, options, part, kapris_refine);
+}
+
+// The figures of part, which is as for Refine, and the limits of its parts; of the options epsilon, min_epsilon and
+// allow_empty matter. The result has no starts.
+inline Result Evaluate(const Hypergraph &hypergraph, const Targets &targets, std::span<const int> part,
+                       const Options &options = {})
+{
+  return detail::CallWithPart(hypergraph, targets, options, part, kapris_evaluate);
+}
+
+// The version of the library that is linked or loaded, such as "0.1.0".
+inline std::string Version()
+{
+  return kapris_version();
 }
 
 // Makes a better partition of several, each as part of Refine; otherwise as Partition. The result is never worse than

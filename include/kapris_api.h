@@ -61,6 +61,10 @@
 extern "C" {
 #endif
 
+/* The version of the library that is linked or loaded, such as "0.1.0"; KAPRIS_VERSION_MAJOR and its like in kapris.h
+ * are those of the header. Static text, which is not released. */
+KAPRIS_SAFE_API const char *kapris_version(void);
+
 /* ------------------------------------------------------------------------------------------------------------------
  * How a call ended */
 
@@ -514,6 +518,17 @@ KAPRIS_SAFE_API kapris_status kapris_refine(const kapris_problem *problem, const
  * matter. A start holds 4 bytes per cell for each partition. */
 KAPRIS_SAFE_API kapris_status kapris_combine(const kapris_problem *problem, const kapris_options *options,
                                              int ngiven, const int *const *parts, kapris_result **result);
+
+/* The figures of a partition, whoever made it, and the limits of its parts; nothing is changed.
+ *
+ *   problem, options, result   as above; of the options epsilon, min_epsilon, allow_empty and memory_limit matter,
+ *                              and all must be valid
+ *   part                       as for kapris_refine
+ *
+ * Returns KAPRIS_OK, or KAPRIS_INFEASIBLE if some part is above its limit or below its minimum, with a result that has
+ * a copy of part and no starts; else a status without a partition. */
+KAPRIS_SAFE_API kapris_status kapris_evaluate(const kapris_problem *problem, const kapris_options *options,
+                                              const int *part, kapris_result **result);
 
 /* The largest weight that epsilon allows a part: floor((1 + epsilon) x ceil(share x total)), with equal shares
  * floor((1 + epsilon) x ceil(total / nparts)), in whole numbers and at most 2^63 - 1. It is never less than an even

@@ -4,7 +4,7 @@
 #include "problem.h"
 
 #include "coarsen/match.h"
-#include "io/hgr.h"
+#include "formats/hgr.h"
 #include "multilevel/uncoarsen.h"
 #include "refine/kway/kway.h"
 #include "refine/twoway/twoway.h"

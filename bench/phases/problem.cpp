@@ -5,8 +5,8 @@
 
 #include "core/constants.h"
 #include "drivers/drivers.h"
+#include "formats/formats.h"
 #include "generate/generate.h"
-#include "io/formats.h"
 
 #include <cmath>
 

@@ -2,11 +2,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "failure.h"
-
+#include "formats/failure.h"
+#include "formats/hgr.h"
 #include "generate/generate.h"
 #include "generate/numbers.h"
-#include "io/hgr.h"
 
 #include <string>
 #include <vector>

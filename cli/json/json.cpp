@@ -3,10 +3,9 @@
 
 #include "json/json.h"
 
-#include "failure.h"
-
-#include "io/files.h"
-#include "io/output.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/output.h"
 
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
@@ -14,7 +13,6 @@
 namespace kapris_cli
 {
 
-// Objects of results are not nested deeply, and what is cannot even be copied safely.
 Json ParseJson(std::string_view text)
 {
   constexpr int deepest = 16;

@@ -5,9 +5,9 @@
 
 #include "kapris.h"
 
-#include "io/output.h"
+#include "formats/hash.h"
+#include "formats/output.h"
 #include "json/json.h"
-#include "measure/hash.h"
 #include "report/data.h"
 #include "report/report.h"
 

@@ -5,9 +5,8 @@
 // completions. The folders below OUTDIR are those below share in an installation. The same sources and date give the
 // same files.
 
-#include "failure.h"
-
-#include "io/output.h"
+#include "formats/failure.h"
+#include "formats/output.h"
 #include "manual/table.h"
 
 #include <algorithm>

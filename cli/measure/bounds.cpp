@@ -6,8 +6,7 @@
 
 #include "measure/bounds.h"
 
-#include "failure.h"
-
+#include "formats/failure.h"
 #include "measure/sums.h"
 
 #include <algorithm>

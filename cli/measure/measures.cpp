@@ -7,8 +7,7 @@
 
 #include "measure/measures.h"
 
-#include "failure.h"
-
+#include "formats/failure.h"
 #include "measure/sums.h"
 
 #include <algorithm>

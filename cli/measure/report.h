@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "io/hgr.h"
+#include "formats/hgr.h"
 #include "measure/bounds.h"
 #include "measure/measures.h"
 

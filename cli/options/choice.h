@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "formats/named.h"
 #include "options/options.h"
 
 #include <optional>
@@ -11,15 +12,6 @@
 
 namespace kapris_cli
 {
-
-// What the values of an enumeration, none of them negative, are called.
-template <typename T>
-struct Named {
-  const char *name;
-  T value;
-};
-template <typename T>
-using Names = std::vector<Named<T>>;
 
 template <typename T>
 std::vector<NamedNumber> NumbersOf(const Names<T> &choices)

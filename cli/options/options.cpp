@@ -3,9 +3,8 @@
 
 #include "options/options.h"
 
-#include "failure.h"
-#include "text.h"
-
+#include "formats/failure.h"
+#include "formats/text.h"
 #include "options/words.h"
 
 #include <CLI/CLI.hpp>

@@ -3,8 +3,7 @@
 
 #include "measure/border.h"
 
-#include "text.h"
-
+#include "formats/text.h"
 #include "report/pictures.h"
 
 #include <algorithm>

@@ -3,11 +3,10 @@
 
 #include "report/data.h"
 
-#include "failure.h"
-#include "text.h"
-
-#include "io/files.h"
-#include "io/hgr.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/hgr.h"
+#include "formats/text.h"
 
 #include <algorithm>
 #include <climits>

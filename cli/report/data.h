@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "io/input.h"
+#include "formats/input.h"
 #include "json/json.h"
 
 #include <cstdint>

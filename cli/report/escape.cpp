@@ -3,7 +3,7 @@
 
 #include "report/escape.h"
 
-#include "text.h"
+#include "formats/text.h"
 
 #include <algorithm>
 #include <fmt/core.h>

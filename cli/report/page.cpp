@@ -1,11 +1,10 @@
 // cli/report/page.cpp - puts the page together.
 // SPDX-License-Identifier: MIT
 
-#include "failure.h"
-
-#include "io/files.h"
-#include "io/names.h"
-#include "measure/hash.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/hash.h"
+#include "formats/names.h"
 #include "report/pictures.h"
 #include "report/report.h"
 

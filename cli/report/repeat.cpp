@@ -1,8 +1,7 @@
 // cli/report/repeat.cpp - the command line that gives the same result.
 // SPDX-License-Identifier: MIT
 
-#include "text.h"
-
+#include "formats/text.h"
 #include "report/data.h"
 
 #include <algorithm>
@@ -43,6 +42,29 @@ static void AddMethod(const ReportData &data, std::vector<std::string> *words)
                                fmt::format("{}", data.runs), "--members", fmt::format("{}", data.members)});
   if (data.reconst && data.command != "refine")
     words->push_back("--reconst");
+}
+
+// How the file was read.
+static std::vector<std::string> ReadingWords(const Input &input)
+{
+  std::vector<std::string> words;
+  const auto add = [&words](const char *option, const std::string &value) {
+    if (!value.empty())
+      words.insert(words.end(), {option, value});
+  };
+
+  add("--format", NameOfFormat(input.format));
+  add("--model", NameOfModel(input.model));
+  if (input.unit_weights)
+    words.push_back("--unit-weights");
+  add("--module", input.module);
+  add("--depth", input.depth ? std::to_string(*input.depth) : "");
+  add("--weights", input.types);
+  add("--weight-by", input.column);
+  add("--ignore-nets-above", input.ignore_above ? std::to_string(*input.ignore_above) : "");
+  for (const std::string &pattern : input.ignore)
+    add("--ignore-nets", pattern);
+  return words;
 }
 
 std::vector<std::string> RepeatCommand(const ReportData &data)

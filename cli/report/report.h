@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "io/input.h"
+#include "formats/input.h"
 #include "report/data.h"
 
 #include <string>

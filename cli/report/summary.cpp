@@ -1,8 +1,7 @@
 // cli/report/summary.cpp - the head of the page: what came out, what was run, how to run it again.
 // SPDX-License-Identifier: MIT
 
-#include "text.h"
-
+#include "formats/text.h"
 #include "report/escape.h"
 #include "report/pictures.h"
 

@@ -3,10 +3,9 @@
 
 #include "solve/groups.h"
 
-#include "failure.h"
-
-#include "io/files.h"
-#include "io/scan.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/scan.h"
 
 #include <algorithm>
 #include <fmt/core.h>

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "io/hgr.h"
-#include "io/names.h"
+#include "formats/hgr.h"
+#include "formats/names.h"
 
 #include <string>
 #include <string_view>

@@ -8,14 +8,13 @@
 
 #include "solve/journal.h"
 
-#include "failure.h"
-#include "text.h"
-
-#include "io/files.h"
-#include "io/output.h"
-#include "io/packed.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/hash.h"
+#include "formats/output.h"
+#include "formats/packed.h"
+#include "formats/text.h"
 #include "json/json.h"
-#include "measure/hash.h"
 
 #include <cerrno>
 #include <climits>

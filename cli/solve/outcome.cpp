@@ -3,9 +3,7 @@
 
 #include "solve/outcome.h"
 
-#include "text.h"
-
-#include "io/files.h"
+#include "formats/text.h"
 #include "measure/bounds.h"
 #include "measure/report.h"
 #include "solve/estimate.h"

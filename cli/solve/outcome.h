@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "io/hgr.h"
-#include "io/names.h"
+#include "formats/hgr.h"
+#include "formats/names.h"
 #include "solve/groups.h"
 #include "solve/request.h"
 

@@ -3,13 +3,12 @@
 
 #include "solve/request.h"
 
-#include "failure.h"
-#include "text.h"
-
-#include "io/targets.h"
+#include "formats/failure.h"
+#include "formats/text.h"
 #include "json/json.h"
 #include "options/choice.h"
 #include "options/json.h"
+#include "options/targets.h"
 
 #include <algorithm>
 #include <charconv>

@@ -2,13 +2,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "io/input.h"
+#include "formats/input.h"
 
 #include <cstdint>
 #include <kapris.hpp>
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace CLI
+{
+class App;
+}
 
 namespace kapris_cli
 {

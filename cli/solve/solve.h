@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "failure.h"
-
+#include "formats/failure.h"
 #include "solve/request.h"
 
 #include <string>

@@ -3,7 +3,7 @@
 
 #include "solve/terminals.h"
 
-#include "failure.h"
+#include "formats/failure.h"
 
 #include <algorithm>
 #include <charconv>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "io/names.h"
+#include "formats/names.h"
 
 #include <string>
 #include <vector>

@@ -7,14 +7,13 @@
 //   merge    the lists of starts; what is missing is said            MergeStarts
 //   deliver  the part file of the best, checked against its result   CopyPart
 
-#include "failure.h"
-#include "text.h"
-
-#include "io/files.h"
-#include "io/output.h"
-#include "io/parts.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/hash.h"
+#include "formats/output.h"
+#include "formats/parts.h"
+#include "formats/text.h"
 #include "json/json.h"
-#include "measure/hash.h"
 #include "measure/report.h"
 #include "options/json.h"
 #include "options/options.h"

@@ -1,10 +1,9 @@
 // cli/verbs/check.cpp - kapris check: every fault and oddity of a hypergraph file with its place.
 // SPDX-License-Identifier: MIT
 
-#include "failure.h"
-
-#include "io/input.h"
+#include "formats/failure.h"
 #include "measure/bounds.h"
+#include "options/input.h"
 #include "options/options.h"
 #include "solve/estimate.h"
 #include "verbs/verbs.h"

@@ -6,19 +6,17 @@
 //   write    compressed if the name says so                                              WriteFile
 //   verify   by reading the file again                                                   CheckWritten
 
-#include "failure.h"
-#include "text.h"
-
-#include "io/bookshelf.h"
-#include "io/entries.h"
-#include "io/files.h"
-#include "io/input.h"
-#include "io/output.h"
+#include "formats/bookshelf.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/fit.h"
+#include "formats/output.h"
+#include "formats/text.h"
 #include "measure/report.h"
 #include "options/choice.h"
+#include "options/input.h"
 #include "verbs/verbs.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <fmt/core.h>
 #include <memory>
@@ -36,8 +34,7 @@ struct ConvertRequest {
   Input input;
   std::string out;
   Format to = Format::BY_NAME;
-  bool drop_weights = false;
-  bool drop_repeats = false;
+  Drops drops;
   bool drop_names = false;
   std::string names; // file that keeps them; empty: none
 };
@@ -56,81 +53,6 @@ static Format OutputFormat(const ConvertRequest &request)
   if (format == Format::YOSYS)
     throw Failure{EXIT_USAGE, "netlists of yosys can only be read: write .aux, which has names too, or .hgr"};
   return format;
-}
-
-static bool AllOnes(const std::vector<std::int64_t> &weights)
-{
-  return std::all_of(weights.begin(), weights.end(), [](std::int64_t weight) { return weight == 1; });
-}
-
-// Whether the cells weigh what the reader of matrices gives them.
-static bool WeighTheirEntries(const Hgr &hgr)
-{
-  std::vector<std::int64_t> left = hgr.cellwgts;
-
-  for (const int pin : hgr.netind)
-    left[static_cast<size_t>(pin)]--;
-  return std::all_of(left.begin(), left.end(), [](std::int64_t weight) { return weight == 0; });
-}
-
-// What remains of a hypergraph in a matrix of ones.
-static Hgr FitIntoMatrix(const ConvertRequest &request, const Hgr &hgr)
-{
-  Hgr meant = hgr;
-
-  SortPins(&meant);
-  if (meant.netind.size() < hgr.netind.size() && !request.drop_repeats)
-    throw Failure{EXIT_USAGE, fmt::format("{} pins are repeated in their nets, which a matrix cannot hold: "
-                                          "--drop-repeats leaves them out",
-                                          hgr.netind.size() - meant.netind.size())};
-  const bool cells_kept = AllOnes(meant.cellwgts) || WeighTheirEntries(meant);
-  if (!request.drop_weights && !(AllOnes(meant.netwgts) && cells_kept))
-    throw Failure{EXIT_USAGE, fmt::format("the {} weights would be lost in a matrix: --drop-weights leaves "
-                                          "them out, .hgr and .patoh hold them",
-                                          cells_kept ? "net" : "cell")};
-  meant.netwgts.clear();
-  meant.cellwgts.clear();
-  return meant;
-}
-
-// Nets as edges, in the order that a graph gives them, and their names with them.
-static Hgr FitIntoGraph(const ConvertRequest &request, const Hgr &hgr, Details *details)
-{
-  std::vector<std::pair<std::vector<int>, int>> nets;
-  Hgr sorted = hgr, meant = {hgr.ncells, hgr.nnets, {0}, {}, hgr.cellwgts, {}};
-  std::vector<std::string> names;
-
-  SortPins(&sorted);
-  if (sorted.netind.size() < hgr.netind.size() && !request.drop_repeats)
-    throw Failure{EXIT_USAGE, fmt::format("{} pins are repeated in their nets, which a graph cannot hold: "
-                                          "--drop-repeats leaves them out",
-                                          hgr.netind.size() - sorted.netind.size())};
-  for (size_t n = 0; n < static_cast<size_t>(hgr.nnets); n++) {
-    const auto pins = sorted.netind.begin();
-    const std::vector<int> net(pins + sorted.netptr[n], pins + sorted.netptr[n + 1]);
-    if (net.size() != 2)
-      throw Failure{EXIT_USAGE,
-                    fmt::format("net {} has {} cells, and an edge of a graph has two: write .hgr or .patoh",
-                                n + 1, net.size())};
-    nets.emplace_back(net, static_cast<int>(n));
-  }
-  std::sort(nets.begin(), nets.end());
-  for (size_t i = 0; i < nets.size(); i++) {
-    const auto &[net, number] = nets[i];
-    if (i > 0 && nets[i - 1].first == net)
-      throw Failure{EXIT_USAGE,
-                    fmt::format("nets {} and {} have the same cells, and a graph has one edge between two: "
-                                "write .hgr or .patoh",
-                                nets[i - 1].second + 1, number + 1)};
-    meant.netind.insert(meant.netind.end(), net.begin(), net.end());
-    meant.netptr.push_back(static_cast<int>(meant.netind.size()));
-    if (!hgr.netwgts.empty())
-      meant.netwgts.push_back(hgr.netwgts[static_cast<size_t>(number)]);
-    if (!details->nets.empty())
-      names.push_back(details->nets[static_cast<size_t>(number)]);
-  }
-  details->nets = std::move(names);
-  return meant;
 }
 
 static void CheckNames(const ConvertRequest &request, Format format, const Details &details)
@@ -186,9 +108,9 @@ static ExitStatus Convert(const ConvertRequest &request)
   Hgr hgr = ReadHypergraph(request.input, nullptr, &details);
   CheckNames(request, format, details);
   if (format == Format::MTX)
-    hgr = FitIntoMatrix(request, hgr);
+    hgr = FitIntoMatrix(request.drops, hgr);
   if (format == Format::GRAPH)
-    hgr = FitIntoGraph(request, hgr, &details);
+    hgr = FitIntoGraph(request.drops, hgr, &details);
   if (format == Format::BOOKSHELF) {
     // Every cell has its area there.
     hgr.cellwgts.resize(static_cast<size_t>(hgr.ncells), 1);
@@ -230,11 +152,11 @@ void AddConvert(CLI::App *app, Run *run)
           {"patoh", Format::PATOH},
           {"graph", Format::GRAPH},
           {"bookshelf", Format::BOOKSHELF}});
-  AddFlag(verb, "--drop-weights", &request->drop_weights, "Leave out weights that OUT cannot hold");
+  AddFlag(verb, "--drop-weights", &request->drops.weights, "Leave out weights that OUT cannot hold");
   AddText(verb, "--names", &request->names, "FILE",
           "Write the names of cells and nets, which OUT cannot hold");
   AddFlag(verb, "--drop-names", &request->drop_names, "Leave out the names of cells and nets");
-  AddFlag(verb, "--drop-repeats", &request->drop_repeats, "Leave out repeated pins that OUT cannot hold");
+  AddFlag(verb, "--drop-repeats", &request->drops.repeats, "Leave out repeated pins that OUT cannot hold");
 }
 
 } // namespace kapris_cli

@@ -4,16 +4,15 @@
 //   measure   what was asked for           Evaluate
 //   print     as lines or as one object    FormatEvaluation, EvaluationJson
 
-#include "failure.h"
-#include "text.h"
-
-#include "io/input.h"
-#include "io/output.h"
-#include "io/targets.h"
+#include "formats/failure.h"
+#include "formats/output.h"
+#include "formats/text.h"
 #include "json/objects.h"
 #include "measure/report.h"
+#include "options/input.h"
 #include "options/json.h"
 #include "options/options.h"
+#include "options/targets.h"
 #include "verbs/evaluation.h"
 #include "verbs/verbs.h"
 

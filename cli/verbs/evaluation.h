@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "io/input.h"
-#include "io/names.h"
+#include "formats/input.h"
+#include "formats/names.h"
 #include "measure/border.h"
 #include "measure/bounds.h"
 #include "measure/components.h"

@@ -3,12 +3,11 @@
 
 #include "generate/generate.h"
 
-#include "failure.h"
-#include "text.h"
-
-#include "io/input.h"
-#include "io/output.h"
-#include "io/parts.h"
+#include "formats/failure.h"
+#include "formats/input.h"
+#include "formats/output.h"
+#include "formats/parts.h"
+#include "formats/text.h"
 #include "measure/report.h"
 #include "options/options.h"
 #include "verbs/verbs.h"

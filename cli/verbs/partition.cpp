@@ -1,6 +1,7 @@
 // cli/verbs/partition.cpp - kapris partition, refine and combine: a hypergraph in, a part file and a summary out.
 // SPDX-License-Identifier: MIT
 
+#include "options/input.h"
 #include "options/options.h"
 #include "solve/solve.h"
 #include "verbs/verbs.h"

@@ -3,11 +3,11 @@
 
 #include "report/report.h"
 
-#include "failure.h"
-#include "text.h"
-
-#include "io/files.h"
-#include "io/output.h"
+#include "formats/failure.h"
+#include "formats/files.h"
+#include "formats/output.h"
+#include "formats/text.h"
+#include "options/input.h"
 #include "options/options.h"
 #include "verbs/verbs.h"
 

@@ -3,12 +3,11 @@
 
 #include "measure/stats.h"
 
-#include "text.h"
-
-#include "io/input.h"
-#include "io/output.h"
+#include "formats/output.h"
+#include "formats/text.h"
 #include "json/objects.h"
 #include "measure/report.h"
+#include "options/input.h"
 #include "options/json.h"
 #include "options/options.h"
 #include "verbs/verbs.h"

@@ -3,7 +3,8 @@
 #pragma once
 
 #include "color.h"
-#include "failure.h"
+
+#include "formats/failure.h"
 
 #include <functional>
 

@@ -9,6 +9,7 @@
 // and gives all blocks back at the end, whichever way the call ended. What outlives the call, the result, is allocated
 // apart from it.
 
+#include "kapris.h"
 #include "kapris_api.h"
 
 #include "base/random.h"
@@ -51,6 +52,15 @@ void kapris_init_options(kapris_options *options)
   options->min_epsilon = 1.0;
   options->starts = 1;
   options->threads = 1;
+}
+
+#define TEXT_OF(x)   #x
+#define NUMBER_OF(x) TEXT_OF(x)
+
+const char *kapris_version(void)
+{
+  return NUMBER_OF(KAPRIS_VERSION_MAJOR) "." NUMBER_OF(KAPRIS_VERSION_MINOR) "." NUMBER_OF(
+      KAPRIS_VERSION_PATCH);
 }
 
 const char *kapris_phase_name(kapris_phase phase)
@@ -144,6 +154,8 @@ void kapris_free_result(kapris_result *result)
 
 namespace
 {
+
+enum class Work { PARTITION, REFINE, EVALUATE };
 
 struct LogOwner {
   const kapris_options *options;
@@ -318,6 +330,17 @@ static void Deliver(const Run *run, std::uint64_t serial, kapris_result *result)
   SetFinalStatus(result, run);
 }
 
+// There is never more to do at once than one bisection per part of every start, or of every partition that it makes
+// side by side.
+static int MostThreads(const CleanProblem &problem, const kapris_options *options)
+{
+  constexpr int SIDE_BY_SIDE = 4;
+  const double most = static_cast<double>(options->starts) * problem.nparts *
+                      (options->members > 0 ? std::max(options->members, SIDE_BY_SIDE) : 1);
+
+  return static_cast<int>(std::min<double>(options->threads, most));
+}
+
 static void CheckGivenParts(const kapris_problem *problem, const GivenParts *given)
 {
   char name[32] = "part";
@@ -333,9 +356,9 @@ static void CheckGivenParts(const kapris_problem *problem, const GivenParts *giv
   }
 }
 
-static void Partition(const kapris_problem *problem, const kapris_options *asked, const GivenParts *given,
-                      Ledger *ledger, LogOwner *log, std::chrono::steady_clock::time_point began,
-                      kapris_result *result)
+static void DoWork(Work work, const kapris_problem *problem, const kapris_options *asked,
+                   const GivenParts *given, Ledger *ledger, LogOwner *log,
+                   std::chrono::steady_clock::time_point began, kapris_result *result)
 {
   if (problem == nullptr || asked == nullptr)
     errexit__("%s is null", problem == nullptr ? "problem" : "options");
@@ -352,19 +375,18 @@ static void Partition(const kapris_problem *problem, const kapris_options *asked
   MakeRoom(&clean, result);
   result->seconds_prepare = SecondsSince(began);
 
-  // There is never more to do at once than one bisection per part of every start, or of every partition that it makes
-  // side by side.
-  constexpr int SIDE_BY_SIDE = 4;
-  const double most = static_cast<double>(options->starts) * clean.nparts *
-                      (options->members > 0 ? std::max(options->members, SIDE_BY_SIDE) : 1);
-  const double nthreads = std::min<double>(options->threads, most);
-  const std::unique_ptr<TaskPool, PoolCloser> pool(
-      StartPool(static_cast<int>(nthreads), ledger, TraceSink{WriteLog, log}));
   Run run = {};
   run.given = problem;
   run.problem = &clean;
   run.options = options;
   run.seed = options->seed;
+  if (work == Work::EVALUATE) {
+    run.best = {const_cast<int *>(given->parts[0]), {}, GIVEN_PARTITION}; // only read
+    Deliver(&run, ledger->serial, result);
+    return;
+  }
+  const std::unique_ptr<TaskPool, PoolCloser> pool(
+      StartPool(MostThreads(clean, options), ledger, TraceSink{WriteLog, log}));
   run.began = began;
   run.pool = pool.get();
   run.callbacks = &log->lock;
@@ -394,7 +416,7 @@ static kapris_status StatusOf(FatalKind kind)
   }
 }
 
-static kapris_status Call(const kapris_problem *problem, const kapris_options *options,
+static kapris_status Call(Work work, const kapris_problem *problem, const kapris_options *options,
                           const GivenParts &given, kapris_result **result)
 {
   const auto began = std::chrono::steady_clock::now();
@@ -414,7 +436,7 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
   made->best_start = -1;
   try {
     const ThreadGuard guard(&ledger, TraceSink{WriteLog, &log});
-    Partition(problem, options, &given, &ledger, &log, began, made);
+    DoWork(work, problem, options, &given, &ledger, &log, began, made);
     delivered = true;
   } catch (const FatalError &error) {
     SetStatus(made, StatusOf(error.kind), error.message);
@@ -438,17 +460,23 @@ static kapris_status Call(const kapris_problem *problem, const kapris_options *o
 kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
                                kapris_result **result)
 {
-  return Call(problem, options, {0, nullptr, false}, result);
+  return Call(Work::PARTITION, problem, options, {0, nullptr, false}, result);
 }
 
 kapris_status kapris_refine(const kapris_problem *problem, const kapris_options *options, const int *part,
                             kapris_result **result)
 {
-  return Call(problem, options, {1, &part, false}, result);
+  return Call(Work::REFINE, problem, options, {1, &part, false}, result);
 }
 
 kapris_status kapris_combine(const kapris_problem *problem, const kapris_options *options, int ngiven,
                              const int *const *parts, kapris_result **result)
 {
-  return Call(problem, options, {ngiven, parts, true}, result);
+  return Call(Work::REFINE, problem, options, {ngiven, parts, true}, result);
+}
+
+kapris_status kapris_evaluate(const kapris_problem *problem, const kapris_options *options, const int *part,
+                              kapris_result **result)
+{
+  return Call(Work::EVALUATE, problem, options, {1, &part, false}, result);
 }

@@ -85,6 +85,14 @@ ResultPtr Combine(const Call &connected, const std::vector<std::vector<int>> &pa
   return Owned(status, result);
 }
 
+ResultPtr Evaluate(const Call &connected, const std::vector<int> &part)
+{
+  kapris_result *result = nullptr;
+  const kapris_status status = kapris_evaluate(&connected.problem, &connected.options, part.data(), &result);
+
+  return Owned(status, result);
+}
+
 // Of a result or one of its starts.
 template <class Record>
 static Rank RankOfRecord(const Call &call, const Record &record, int nempty)

@@ -33,6 +33,7 @@ ResultPtr SolveConnected(const Call &call);
 ResultPtr Solve(Call call);
 ResultPtr Refine(const Call &connected, const std::vector<int> &part);
 ResultPtr Combine(const Call &connected, const std::vector<std::vector<int>> &parts);
+ResultPtr Evaluate(const Call &connected, const std::vector<int> &part);
 
 std::vector<int> PartOf(const ResultPtr &result);
 

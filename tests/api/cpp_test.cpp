@@ -88,6 +88,7 @@ TEST(cpp, gives_what_c_gives)
 
   const kapris::Result refined = kapris::Refine(cpp.hypergraph, cpp.targets, result.part, cpp.options);
   EXPECT_LE(refined.soed, result.soed);
+  EXPECT_EQ(kapris::Evaluate(cpp.hypergraph, cpp.targets, refined.part, cpp.options).soed, refined.soed);
   EXPECT_THROW(kapris::Refine(cpp.hypergraph, cpp.targets, fixed, cpp.options), kapris::Error);
   EXPECT_THROW(kapris::Refine(cpp.hypergraph, cpp.targets, std::span(result.part).first(59), cpp.options),
                kapris::Error);

@@ -15,6 +15,12 @@ TEST(refine, is_never_worse_than_what_was_given)
     call.options.runs = 1;
     call.options.members = 0; // leaves something to improve
     const ResultPtr made = SolveConnected(call);
+    const ResultPtr figures = Evaluate(call, PartOf(made));
+    const auto told = [](const ResultPtr &r) {
+      return std::make_tuple(PartOf(r), r->cut, r->soed, r->connectivity, r->imbalance, r->excess);
+    };
+    ASSERT_EQ(told(figures), told(made)) << seed;
+    ASSERT_EQ(figures->nstarts, 0);
     call.options.members = members;
     call.options.starts = 2;
     call.options.seed = 3;

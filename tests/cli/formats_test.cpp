@@ -2,9 +2,8 @@
 // where faults are.
 // SPDX-License-Identifier: MIT
 
-#include "failure.h"
-
-#include "io/formats.h"
+#include "formats/failure.h"
+#include "formats/formats.h"
 
 #include <gtest/gtest.h>
 #include <iterator>

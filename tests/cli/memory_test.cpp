@@ -2,8 +2,7 @@
 // command could do without; every output absent or complete; and the next command right.
 // SPDX-License-Identifier: MIT
 
-#include "failure.h"
-
+#include "formats/failure.h"
 #include "support/faults.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 """Checks what no compiler checks: folder edges, headers that compile alone, names that are defined once, exported
 symbols, calls that could end the host's process or print, and what the gateway takes from MATLAB.
 
-usage: structure.py includes|headers|names|symbols|calls|gateway --lib DIR [--include DIR] [--cli DIR]
+usage: structure.py includes|headers|names|symbols|calls|gateway --lib DIR [--include DIR] [--cli DIR] [--formats DIR]
                     [--cxx COMMAND --cc COMMAND] [--shared FILE] [--static FILE --checks LEVEL] [--gateway FILE]
                     [--nm COMMAND]
 """
@@ -31,7 +31,7 @@ EDGES = {
     "plain": {"kapris.h", "base", "core", "refine/twoway", "drivers"},
     "rebalance": {"base"},
     "starts": {"kapris_api.h", "base", "search/engine.h", "rebalance/rebalance.h"},
-    "api": {"kapris_api.h", "base", "starts"},
+    "api": {"kapris.h", "kapris_api.h", "base", "starts"},
 }
 # What stands for itself in a folder; other folders do not see it.
 PRIVATE = {"coarsen/match.h", "plain/validate.h", "rebalance/state.h", "refine/kway/state.h", "refine/twoway/fm.h",
@@ -59,6 +59,15 @@ def wrong_includes(args):
                 yield f"{file.relative_to(args.lib)} includes {name}"
     if len(files) < 30:
         yield f"only {len(files)} files found below {args.lib}"
+    # The formats stand beside the library: they know the version, and neither the tool nor its parser.
+    files = sources(args.formats, "*.cpp") + sources(args.formats, "*.h")
+    for file in files:
+        for name in re.findall(r'^#include [<"]([^">]+)[">]', file.read_text(), re.M):
+            if name.startswith(("CLI/", "png")) or ("/" in name and not name.startswith(("formats/", "fmt/", "sys/",
+                                                    "nlohmann/")) and name != "include/kapris.h"):
+                yield f"formats/{file.name} includes {name}"
+    if len(files) < 30:
+        yield f"only {len(files)} files found below {args.formats}"
 
 
 def broken_headers(args):
@@ -81,7 +90,7 @@ def doubled_names(args):
     flaw = names.flaw()
     if flaw:
         yield f"the search itself is wrong about {flaw}"
-    files = [file for folder in (args.lib, args.include, args.cli) for pattern in ("*.cpp", "*.h*")
+    files = [file for folder in (args.lib, args.include, args.cli, args.formats) for pattern in ("*.cpp", "*.h*")
              for file in sources(folder, pattern)]
     doubles, count = names.doubles({str(file): file.read_text() for file in files})
     for name, where in doubles:
@@ -91,14 +100,18 @@ def doubled_names(args):
 
 
 def wrong_symbols(args):
-    headers = "".join((args.include / name).read_text() for name in ("kapris.h", "kapris_api.h"))
-    declared = set(re.findall(r"^KAPRIS_(?:SAFE_)?API .*?\*?(\w+)\(", headers, re.M))
-    listing = subprocess.run([args.nm, "-D", "--defined-only", args.shared], capture_output=True, text=True,
-                             check=True).stdout
-    exported = {line.split()[-1] for line in listing.splitlines()}
-    if declared != exported:
-        yield f"declared but not exported: {sorted(declared - exported)}"
-        yield f"exported but not declared: {sorted(exported - declared)}"
+    libraries = [(args.shared, [args.include / "kapris.h", args.include / "kapris_api.h"])]
+    if args.shared_formats:
+        libraries.append((args.shared_formats, [args.formats / "kapris_formats.h"]))
+    for library, headers in libraries:
+        text = "".join(header.read_text() for header in headers)
+        declared = set(re.findall(r"^KAPRIS_(?:SAFE_|FORMATS_)?API .*?\*?(\w+)\(", text, re.M))
+        listing = subprocess.run([args.nm, "-D", "--defined-only", library], capture_output=True, text=True,
+                                 check=True).stdout
+        exported = {line.split()[-1] for line in listing.splitlines()}
+        if declared != exported:
+            yield f"{library}: declared but not exported: {sorted(declared - exported)}"
+            yield f"{library}: exported but not declared: {sorted(exported - declared)}"
 
 
 # How a library could end its host or write where it was not asked to; one file may.
@@ -147,6 +160,8 @@ def main():
     parser.add_argument("--lib", type=pathlib.Path, required=True)
     parser.add_argument("--include", type=pathlib.Path)
     parser.add_argument("--cli", type=pathlib.Path)
+    parser.add_argument("--formats", type=pathlib.Path)
+    parser.add_argument("--shared-formats")
     parser.add_argument("--cxx")
     parser.add_argument("--cc")
     parser.add_argument("--shared")
