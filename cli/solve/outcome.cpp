@@ -3,6 +3,7 @@
 
 #include "solve/outcome.h"
 
+#include "formats/files.h"
 #include "formats/text.h"
 #include "measure/bounds.h"
 #include "measure/report.h"

@@ -117,9 +117,9 @@ class Journal(ToolTest):
         self.assertEqual(read("j"), before)
         # More starts than before, and others.
         for more in (("--starts", "10"), ("--start-range", "6:10")):
-            args = [word for word in self.args if word not in ("--starts", "8")]
+            args = [word for word in self.args if word not in ("--starts", "8", "-o", "out")]
             self.run_kapris(*args, *more, "-o", "unbroken")
-            self.run_kapris(*args, *more, "--journal", "j")
+            self.run_kapris(*args, *more, "-o", "out", "--journal", "j")
             self.assertEqual(read("out"), read("unbroken"))
         numbers = [json.loads(line)["start"] for line in read("j").splitlines()[1:]]
         self.assertEqual(sorted(numbers), list(range(11)))
@@ -189,7 +189,7 @@ class Journal(ToolTest):
         self.assertIn("another run is writing the journal j", done.stderr)
 
     def test_a_journal_that_cannot_grow_costs_no_result(self):
-        done = self.run_kapris(*self.journaled, "-q", status=0,
+        done = self.run_kapris(*self.args, "--journal", "j", "-q", status=0,
                                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (3000, 3000)))
         self.assertIn("cannot write j: File too large; the run goes on without a journal", done.stderr)
         self.assertEqual(read("out"), self.part)

@@ -141,7 +141,7 @@ class Report(ToolTest):
             self.assertEqual(len(parents), 0 if number < 4 else 2)
             self.assertTrue(all(parent < number for parent in parents))
             generations[start, number] = max((1 + generations[start, parent] for parent in parents), default=0)
-            self.assertEqual(row["of trials"], " and ".join(str(parent) for parent in parents))
+            self.assertEqual(row["of trials"], " and ".join(str(parent) for parent in dict.fromkeys(parents)))
             self.assertEqual(row["generation"], str(generations[start, number]))
             self.assertEqual(row["best so far"], "yes" if value < least.get(start, value + 1) else "")
             least[start] = min(value, least.get(start, value))
