@@ -17,8 +17,8 @@ using Json = nlohmann::ordered_json;
 // Whether an object can hold the text as it is: UTF-8.
 bool IsJsonText(const std::string &text);
 
-// The object in a text, or a discarded value if there is none, or none of ours. Objects of results are not nested deeply,
-// and what is cannot even be copied safely.
+// The object in a text, or a discarded value if there is none, or none of ours. Objects of results are not nested
+// deeply, and what is cannot even be copied safely.
 Json ParseJson(std::string_view text);
 
 // The object in a file; throws Failure for anything that no result looks like.
