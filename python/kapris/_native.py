@@ -44,7 +44,7 @@ class Options(ctypes.Structure):
                 ("min_epsilon", c_double), ("allow_empty", c_int), ("starts", c_int), ("first_start", c_int),
                 ("threads", c_int), ("time_limit", c_double), ("memory_limit", c_size_t), ("cancel", c_void_p),
                 ("progress", c_void_p), ("log", c_void_p), ("log_level", c_int), ("user", c_void_p),
-                ("records", c_int)]
+                ("records", c_int), ("completed", c_void_p), ("recall", c_void_p)]
 
 
 class StartRecord(ctypes.Structure):
@@ -112,7 +112,8 @@ def _load_core() -> ctypes.CDLL:
     _declare(core, "kapris_free_result", None, c_void_p)
     # An array that is longer or shorter here than there would be read as something else.
     for record, initial in ((Problem, core.kapris_init_problem), (Options, core.kapris_init_options)):
-        filled = record()
+        room = (ctypes.c_char * 4096)()  # for a longer one
+        filled = record.from_buffer(room)
         initial(filled)
         if filled.size != ctypes.sizeof(record):
             raise ImportError(f"{core._name} is of another version than this package: {record.__name__} has "

@@ -17,7 +17,7 @@ from .result import Infeasible, Result, Start, Told
 Given = Union[Hypergraph, Any]
 Fixed = Union[Numbers, Mapping[Any, int], None]
 
-_PRESETS: dict[str, dict[str, int]] = {"fast": {"members": 2, "combinations": 1}, "default": {},
+_PRESETS: dict[str, dict[str, int]] = {"fast": {"members": 2, "combinations": 2}, "default": {},
                                        "quality": {"members": 16, "combinations": 60}}
 
 
