@@ -1,6 +1,8 @@
 // cli/main.cpp - the kapris command: reads the command line, runs a verb, turns failures into exit statuses.
 // SPDX-License-Identifier: MIT
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "options/json.h"
 #include "options/options.h"

@@ -12,7 +12,7 @@
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static void WriteReport(const char *path, const char *text, const kapris_file &file, const int *part)
@@ -35,12 +35,12 @@ static void WriteReport(const char *path, const char *text, const kapris_file &f
   WriteFile(path, ReportPage(data, &hgr, &parts, &details));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report
 
 kapris_file_status kapris_write_report(const char *path, const char *json, const kapris_file *file,
                                        const int *part, char *message, size_t room)
 {
-  using namespace kapris_cli;
+  using namespace kapris_report;
 
   return Guard(message, room, [&] {
     if (path == nullptr || json == nullptr || file == nullptr || (part == nullptr && file->ncells > 0))

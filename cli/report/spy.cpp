@@ -12,7 +12,7 @@
 #include <fmt/core.h>
 #include <numeric>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr size_t most_pins = 50 * 1000 * 1000, most_side = 400, most_lines = 24;
@@ -154,4 +154,4 @@ std::string SpyHtml(const ReportData &data, const Hgr &hgr, const std::vector<in
               ordered, ""});
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

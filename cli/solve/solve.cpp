@@ -9,6 +9,8 @@
 
 #include "solve/solve.h"
 
+#include "libraries.h"
+
 #include "formats/files.h"
 #include "formats/names.h"
 #include "formats/output.h"
