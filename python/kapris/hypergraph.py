@@ -62,7 +62,7 @@ class Hypergraph:
         if starts[-1] != len(cells):
             raise ValueError(f"offsets[{len(starts) - 1}] is {starts[-1]}, but there are {len(cells)} pins")
         if ncells is None:
-            ncells = max(0, int(cells.max() if hasattr(cells, "max") else max(cells)) + 1) if len(cells) else 0
+            ncells = _arrays.largest(cells) + 1
         set_ = object.__setattr__
         set_(self, "ncells", _arrays.whole("ncells", ncells, 0, 2**31 - 1))
         set_(self, "nnets", len(starts) - 1)
@@ -261,19 +261,18 @@ class Hypergraph:
         'a70d834182384b35'
         """
         digits, message = ctypes.create_string_buffer(17), ctypes.create_string_buffer(1000)
-        file, kept = self._record()
+        file, _ = self._record(with_names=False)
         status = _native.formats().kapris_hash_file(ctypes.byref(file), digits, message, len(message))
-        del kept
         _native.check_file(status, message)
         return digits.value.decode()
 
-    def _record(self) -> tuple[_native.FileRecord, list[Any]]:
+    def _record(self, with_names: bool = True) -> tuple[_native.FileRecord, list[Any]]:
         """The record for the formats library, and what must live as long as it is used."""
         kept: list[Any] = []
         tables = []
         for names in (self.cell_names, self.net_names):
             table = _native.NameTable()
-            if names is not None:
+            if names is not None and with_names:
                 encoded = [name.encode("utf-8", "surrogateescape") for name in names]
                 text = ctypes.create_string_buffer(b"".join(encoded))
                 starts = (ctypes.c_size_t * (len(encoded) + 1))()

@@ -111,7 +111,7 @@ class Result:
         >>> kapris.evaluate([[0, 1], [1, 2]], [0, 1, 1]).cells(1)
         [1, 2]
         """
-        return [i for i, p in enumerate(self.part) if p == part]
+        return [i for i, p in enumerate(self.part.tolist()) if p == part]
 
     def to_json(self) -> str:
         """The object ``kapris-result-1`` of the tool, which ``docs/json.md`` describes; ``kapris best`` and
@@ -139,7 +139,7 @@ class Result:
             "status": self.status, "message": self.message, "warnings": [],
             "best": {"start": best, "cut": self.cut, "soed": self.soed, "connectivity": self.connectivity,
                      "imbalance": self.imbalance, "excess": self.excess,
-                     "empty_parts": self.parts - len(set(map(int, self.part))), "balanced": self.balanced},
+                     "empty_parts": self.parts - len(set(self.part.tolist())), "balanced": self.balanced},
             "starts": [start._asdict() for start in self.starts], "part_weights": self.part_weights,
             "part_limits": self.limits, "part_minimums": self.minimums,
             "output": {"path": "part", "hash": _hash_of(self.part)}, "seconds": self._seconds(),
