@@ -28,12 +28,6 @@ def test_every_function_has_an_example():
             assert f"{thing.__module__}.{name}" in shown, name
 
 
-def test_version():
-    header = pathlib.Path(__file__).parents[2] / "include" / "kapris.h"
-    lines = [line.split() for line in header.read_text().splitlines() if line.startswith("#define KAPRIS_VERSION_")]
-    assert kapris.__version__ == ".".join(words[2] for words in lines)
-
-
 @needs_scipy
 @pytest.mark.skipif("KAPRIS_DOC" not in os.environ, reason="KAPRIS_DOC does not name the document")
 def test_the_document(tmp_path, monkeypatch):
