@@ -93,7 +93,11 @@ class Hypergraph:
         return len(self.pins)
 
     def net(self, j: int) -> list[int]:
-        """The cells of net ``j``, as the net names them."""
+        """The cells of net ``j``, as the net names them.
+
+        >>> Hypergraph.from_nets([[0, 1], [2, 1]]).net(1)
+        [2, 1]
+        """
         if not 0 <= j < self.nnets:
             raise IndexError(f"there is no net {j}: there are {self.nnets}")
         return list(map(int, self.pins[self.offsets[j]:self.offsets[j + 1]]))
@@ -216,6 +220,13 @@ class Hypergraph:
         :param depth: of yosys: the levels of modules that are dissolved
         :raises ValueError: with file, line and column of what is wrong
         :raises OSError: if the file cannot be read
+
+        >>> import pathlib, tempfile
+        >>> with tempfile.TemporaryDirectory() as folder:
+        ...     path = pathlib.Path(folder) / "lines.txt"
+        ...     size = path.write_text("2 3\\n1 2\\n2 3\\n")
+        ...     Hypergraph.read(path, format="hgr")
+        <kapris.Hypergraph: 3 cells, 2 nets, 4 pins>
         """
         name = os.fspath(path)
         os.stat(name)  # raises the error of its kind
@@ -243,6 +254,13 @@ class Hypergraph:
         :param drop_names: names may be lost
         :raises ValueError: says what the format cannot hold, or what is wrong with the hypergraph
         :raises OSError: if the file cannot be written
+
+        >>> import pathlib, tempfile
+        >>> with tempfile.TemporaryDirectory() as folder:
+        ...     path = pathlib.Path(folder) / "h.hgr"
+        ...     Hypergraph.from_nets([[0, 1], [1, 2]]).write(path)
+        ...     path.read_text().split()
+        ['2', '3', '1', '2', '2', '3']
         """
         message = ctypes.create_string_buffer(1000)
         file, kept = self._record()

@@ -181,6 +181,13 @@ class Result:
 
         :raises OSError: if the file cannot be written
         :raises ValueError: for the result of evaluate, which tells of no run
+
+        >>> import pathlib, tempfile, kapris
+        >>> with tempfile.TemporaryDirectory() as folder:
+        ...     page = pathlib.Path(folder) / "page.html"
+        ...     kapris.partition([[0, 1], [1, 2]], 2).report(page)
+        ...     page.read_text()[:15]
+        '<!DOCTYPE html>'
         """
         message = ctypes.create_string_buffer(1000)
         part = _arrays.buffer("part", self.part, "i")
