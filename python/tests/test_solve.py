@@ -1,4 +1,4 @@
-"""Calls against brute force, at their limits, from many threads, interrupted; what they leave behind."""
+"""Calls against the definitions, at their limits, from many threads, interrupted; what they leave behind."""
 # SPDX-License-Identifier: MIT
 import os
 import random
