@@ -11,6 +11,7 @@
 #include "search.h"
 
 #include "climb.h"
+#include "flow.h"
 #include "member.h"
 #include "rework.h"
 #include "sidebyside.h"
@@ -79,6 +80,15 @@ static void Offer(Population *population, const Member *member)
   Announce(population->ctrl, member->part.data());
 }
 
+// Takes a member that has been climbed to its end further by minimum cuts, and offers it. refined: what it was made of,
+// if that has come this way, or NULL.
+static void Finish(Population *population, const Member *refined, Member *member)
+{
+  RefineByFlow(population->ctrl, population->goal, population->graph,
+               refined != nullptr ? refined->part.data() : nullptr, member->part.data(), &member->value);
+  Offer(population, member);
+}
+
 // ----------------------------------------------------------------------------------------------------------
 // Families
 
@@ -115,7 +125,7 @@ static std::vector<Member> MakeFamily(Population *population, std::int64_t seed,
     *member = direct ? PartitionDirectly(ctrl, goal, seeds[At(i)], coarse)
                      : Bisect(ctrl, goal, seeds[At(i)], coarse);
     ClimbUp(ctrl, goal, &ladder, member);
-    Offer(population, member);
+    Finish(population, nullptr, member);
   });
   return members;
 }
@@ -276,11 +286,10 @@ static int Breed(Population *population, int n, double work, bool *brought)
   for (const Pair &pair : pairs)
     parents.push_back({{population->entries[pair.a].number, population->entries[pair.b].number}});
   DoAll(population->ctrl, npairs, [&](int i) {
-    const Pair pair = pairs[At(i)];
-    Member *child = &children[At(i)];
-    *child = Combine(population->ctrl, population->goal, seeds[At(i)], population->graph,
-                     &population->entries[pair.a].member, &population->entries[pair.b].member);
-    Offer(population, child);
+    const Member *a = &population->entries[pairs[At(i)].a].member;
+    const Member *b = &population->entries[pairs[At(i)].b].member;
+    children[At(i)] = Combine(population->ctrl, population->goal, seeds[At(i)], population->graph, a, b);
+    Finish(population, b->value < a->value ? b : a, &children[At(i)]);
     ReportMembers(population, work / n);
   });
   *brought = false;
@@ -304,9 +313,8 @@ static bool ReworkOne(Population *population, bool best, int groupsize, double w
   const Value before = FindBest(population)->member.value;
   Member child = Rework(population->ctrl, population->goal, NextSeed(population), population->graph,
                         &entry->member, groupsize);
+  Finish(population, &entry->member, &child);
   const bool better = child.value < before;
-
-  Offer(population, &child);
   Take(population, &child, {{entry->number, entry->number}});
   ReportMembers(population, work);
   return better;
@@ -333,8 +341,8 @@ static void Improve(Population *population)
     const auto improve = i % 2 == 1 && population->goal->nparts > SMALLEST_REWORKED ? ReworkPairs : Cycle;
     Member child =
         improve(population->ctrl, population->goal, NextSeed(population), population->graph, &entry->member);
+    Finish(population, &entry->member, &child);
     idle = child.value < entry->member.value ? 0 : idle + 1;
-    Offer(population, &child);
     Take(population, &child, {{entry->number, entry->number}});
     ReportMembers(population, 1.0 / ncycles);
   }
@@ -350,7 +358,7 @@ static void TakeInitial(Population *population, const int *part)
   member.value = Evaluate(population->goal, graph, member.part.data());
   InitRandom__(NextSeed(population));
   Climb(ctrl, population->goal, graph, member.part.data(), &member.value);
-  Offer(population, &member);
+  Finish(population, nullptr, &member);
   Take(population, &member, {{-1, -1}});
 }
 
@@ -363,6 +371,7 @@ static void SearchOn(Population *population)
     Member first =
         PartitionQuickly(population->ctrl, population->goal, NextSeed(population), population->graph);
     Offer(population, &first);
+    Finish(population, nullptr, &first);
     Take(population, &first, {{-1, -1}});
   }
   for (int round = 0; hopeless - HOPELESS_ROUNDS < population->graph->ncells; round++) {
