@@ -91,6 +91,8 @@ constexpr int FRUITLESS_LONG = 300;
 constexpr double FRUITLESS_SHARE = 0.02;
 // Nets with more pins do not tell a search where to go on.
 constexpr int LARGE_SEARCHED_NET = 500;
+// The work of a member, in combinations.
+constexpr int MEMBER_WORK = 2;
 // Combinations that are made of the same members, side by side.
 constexpr int BROOD = 4;
 // Parts that are made anew together, at least, and at most two more; how often a member's parts are between two broods,

@@ -393,8 +393,9 @@ static void SearchOn(Population *population)
   }
 }
 
-// whole: the work of the search, in combinations.
-static void BreedToPlan(Population *population, double whole)
+// whole: the work of the search, in combinations. fresh: what is left of them goes into new members where the others have
+// nothing to give each other any more.
+static void BreedToPlan(Population *population, bool fresh, double whole)
 {
   int left = population->plan->combinations;
 
@@ -405,18 +406,22 @@ static void BreedToPlan(Population *population, double whole)
     const int nreworks = population->goal->nparts > SMALLEST_REWORKED ? std::min(REWORKS, left) : 0;
     ReworkParts(population, nreworks, nreworks / whole);
     left -= nreworks;
-    if (nreworks == 0 && !brought)
+    if (nreworks > 0 || brought)
+      continue;
+    if (!fresh || left <= MEMBER_WORK)
       break;
+    Found(population, 1, population->plan->direct, 1.0 * MEMBER_WORK / whole);
+    left -= MEMBER_WORK;
   }
 }
 
 static void SearchToPlan(Population *population)
 {
   const SearchPlan *plan = population->plan;
-  const double whole = 2.0 * plan->members + plan->combinations; // a combination is half the work of a member
+  const double members = 1.0 * MEMBER_WORK * plan->members, whole = members + plan->combinations;
 
-  Found(population, plan->members, plan->direct, 2.0 * plan->members / whole);
-  BreedToPlan(population, whole);
+  Found(population, plan->members, plan->direct, members / whole);
+  BreedToPlan(population, true, whole);
 }
 
 Weight Search(const Control *ctrl, const SearchGoal *goal, const SearchPlan *plan, HGraph *graph, int *part)
@@ -435,7 +440,7 @@ Weight Search(const Control *ctrl, const SearchGoal *goal, const SearchPlan *pla
   for (int i = 0; i < ctrl->nothers; i++)
     TakeInitial(&population, ctrl->others[i]);
   if (population.entries.size() > 1)
-    BreedToPlan(&population, plan->combinations);
+    BreedToPlan(&population, false, plan->combinations);
   if (plan->endless)
     SearchOn(&population);
   else if (population.entries.size() == 1)
