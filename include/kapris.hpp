@@ -113,9 +113,9 @@ struct Options {
   kapris_coarsening coarsening = KAPRIS_ALTERNATE;
   // Of bisections.
   kapris_refinement refinement = KAPRIS_EARLY_EXIT_FM;
-  kapris_vcycle vcycle = KAPRIS_VCYCLE_NEVER;
+  kapris_vcycle vcycle = KAPRIS_VCYCLE_BEST;
   // Multilevel runs of each bisection or k-way partitioning, >= 1.
-  int runs = 2;
+  int runs = 4;
   // true: the pieces of cut nets stay in the recursion.
   bool reconst = false;
   // >= 0; nothing or negative: from the clock, and the result tells which.
@@ -155,10 +155,10 @@ struct Options {
   std::optional<double> imbalance = {};
 
   // Partitions that a start makes on its own, to combine them; 0: one, and nothing is combined.
-  int members = 4;
+  int members = 2;
   // Combinations that it makes at most; of a single partition for Refine or Combine that many
   // improvements.
-  int combinations = 12;
+  int combinations = 8;
 
   // Told of each start that was completed here, with its partition, which lives only as long as the callback runs; or
   // empty.

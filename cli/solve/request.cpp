@@ -240,11 +240,12 @@ void AddCombineOptions(CLI::App *verb, Request *request)
 static void SetPreset(Preset preset, kapris::Options *options)
 {
   if (preset == Preset::FAST) {
-    options->members = 2;
-    options->combinations = 2;
+    options->runs = 3;
+    options->members = 1;
+    options->combinations = 3;
   } else if (preset == Preset::QUALITY) {
-    options->members = 16;
-    options->combinations = 60;
+    options->members = 8;
+    options->combinations = 40;
   }
 }
 

@@ -65,8 +65,7 @@ static Weight WorthOf(const Pairs *s, int net, bool others)
 static double RoomOf(const Pairs *s, int from, int to)
 {
   const double all = static_cast<double>(s->pwgts[At(from)]) + static_cast<double>(s->pwgts[At(to)]);
-  const double limits =
-      static_cast<double>(s->goal->limits[from]) + static_cast<double>(s->goal->limits[to]);
+  const double limits = static_cast<double>(s->goal->limits[from]) + static_cast<double>(s->goal->limits[to]);
   const double slack = std::max(0.0, limits - all);
   const double share = static_cast<double>(s->goal->limits[to]) / limits;
 
@@ -99,7 +98,8 @@ static void FillSide(Pairs *s, int from, int to, Region *region)
 
   for (std::size_t i = region->pair->first; i < region->pair->last; i++)
     meet(s->borders[i].net, 0);
-  for (std::size_t i = first; i < region->cells.size() && region->cells.size() < first + FLOW_MOST_CELLS; i++) {
+  for (std::size_t i = first; i < region->cells.size() && region->cells.size() < first + FLOW_MOST_CELLS;
+       i++) {
     const int cell = region->cells[i], distance = network->distances[i + 2];
     if (distance >= FLOW_DISTANCE)
       break;

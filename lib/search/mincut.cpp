@@ -47,11 +47,11 @@ struct Flow {
 
   Array<char> terminal[2]; // [ncells] of a side for good
   Array<int> terminals[2];
-  Array<char> reached[2];  // [nnodes] from its terminals
-  Array<char> touched[2];  // [nnets] that have a terminal
-  Array<int> beyond[2];    // cells on such nets, not terminals when they were found
-  Array<int> fresh[2];     // cells that are reached, those that are terminals left out but for the last ones
-  Weight weight[2];        // of the cells that are reached
+  Array<char> reached[2]; // [nnodes] from its terminals
+  Array<char> touched[2]; // [nnets] that have a terminal
+  Array<int> beyond[2];   // cells on such nets, not terminals when they were found
+  Array<int> fresh[2];    // cells that are reached, those that are terminals left out but for the last ones
+  Weight weight[2];       // of the cells that are reached
 };
 
 } // namespace
@@ -269,8 +269,8 @@ static bool KeepsLimits(const Flow *f, Weight total, int side)
   const Weight weights[2] = {f->weight[side], total - f->weight[side]};
   const Network *n = f->network;
 
-  return weights[0] <= n->limits[side] && weights[1] <= n->limits[1 - side] && weights[0] >= n->minimums[side] &&
-         weights[1] >= n->minimums[1 - side];
+  return weights[0] <= n->limits[side] && weights[1] <= n->limits[1 - side] &&
+         weights[0] >= n->minimums[side] && weights[1] >= n->minimums[1 - side];
 }
 
 // A cell beyond the terminals of the side, or -1: first such as let no more flow through, then such as lie far on their
@@ -280,9 +280,7 @@ static int ChooseCell(Flow *f, int side)
   Array<int> *beyond = &f->beyond[side];
   int chosen = -1, best = INT_MIN;
 
-  std::erase_if(*beyond, [&](int cell) {
-    return f->terminal[0][At(cell)] || f->terminal[1][At(cell)];
-  });
+  std::erase_if(*beyond, [&](int cell) { return f->terminal[0][At(cell)] || f->terminal[1][At(cell)]; });
   for (const int cell : *beyond) {
     const int distance = f->network->distances[At(cell)];
     const int away = f->network->sides[At(cell)] == side ? distance : -1 - distance;

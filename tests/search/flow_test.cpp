@@ -1,9 +1,10 @@
 // tests/search/flow_test.cpp - minimum cuts against all cuts, and refinement by them.
 // SPDX-License-Identifier: MIT
 
+#include "search_case.h"
+
 #include "search/flow.h"
 #include "search/mincut.h"
-#include "search_case.h"
 
 namespace
 {
