@@ -182,9 +182,7 @@ class Journal(ToolTest):
                                  stderr=subprocess.DEVNULL)
         self.addCleanup(child.wait)
         self.addCleanup(child.kill)
-        while not at_work(child.pid):
-            self.assertIsNone(child.poll())
-            time.sleep(0.01)
+        self.await_work(child)
         done = self.run_kapris(*self.journaled, status=6)
         self.assertIn("another run is writing the journal j", done.stderr)
 
