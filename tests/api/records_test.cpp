@@ -148,7 +148,7 @@ TEST(records, agree_with_each_other_and_change_nothing_in_figures_that_are_exact
 {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  for (std::uint64_t seed = 1; seed <= 200; seed++) {
+  for (std::uint64_t seed = 1; seed <= 120; seed++) {
     Call call = RandomCall(seed);
     const ResultPtr plain = Solve(call);
     EXPECT_EQ(WrongIn(call, plain), "") << seed << ", " << call.instance.Literal();
