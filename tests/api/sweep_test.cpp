@@ -5,15 +5,6 @@
 
 #include "api/call.h"
 
-#include <cstdlib>
-
-static long Setting(const char *name, long usual)
-{
-  const char *text = std::getenv(name);
-
-  return text == nullptr ? usual : std::atol(text);
-}
-
 static const std::int64_t FACTOR = std::int64_t{1} << 36; // makes any weight but 0 one of more than 32 bits
 
 // The same problem with all weights, which are written out, times FACTOR.
