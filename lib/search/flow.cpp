@@ -1,8 +1,8 @@
 // lib/search/flow.cpp - refinement by minimum cuts between pairs of parts.
 // SPDX-License-Identifier: MIT
 //
-// Moves of single cells end where no short sequence of them helps. Between two parts the best border within reach can be
-// found at once, as a minimum cut of the cells around it (Sanders, Schulz 2011; Heuer, Sanders, Schlag 2018). Pairs
+// Moves of single cells end where no short sequence of them helps. Between two parts the best border within reach can
+// be found at once, as a minimum cut of the cells around it (Sanders, Schulz 2011; Heuer, Sanders, Schlag 2018). Pairs
 // without a part in common do not touch each other's nets as far as these count, so that they are done side by side.
 
 #include "flow.h"

@@ -10,8 +10,8 @@
 namespace kapris::engine::KAPRIS_ENGINE
 {
 
-// What lies around the border of two sides, 0 and 1. The first two cells stand for all that stays: cell 0 for what stays
-// on side 0, cell 1 for side 1.
+// What lies around the border of two sides, 0 and 1. The first two cells stand for all that stays: cell 0 for what
+// stays on side 0, cell 1 for side 1.
 struct Network {
   Array<int> netptr, netind;
   Array<Weight> netwgts;  // > 0

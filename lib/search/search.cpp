@@ -393,8 +393,8 @@ static void SearchOn(Population *population)
   }
 }
 
-// whole: the work of the search, in combinations. fresh: what is left of them goes into new members where the others have
-// nothing to give each other any more.
+// whole: the work of the search, in combinations. fresh: what is left of them goes into new members where the others
+// have nothing to give each other any more.
 static void BreedToPlan(Population *population, bool fresh, double whole)
 {
   int left = population->plan->combinations;

@@ -33,8 +33,10 @@ static std::string WrongMembers(const Call &call, const std::vector<kapris_trial
     if (trial.number != t || trial.cycled != -1)
       return "order of members";
     nbest += trial.best;
-    if (t < call.options.members
-            ? parents[0] != -1 || parents[1] != -1
+    const bool made = parents[0] == -1 && parents[1] == -1;
+    // Later ones have parents; but into two parts a new one can take the place of combinations.
+    if (t < call.options.members || (made && call.problem.nparts == 2)
+            ? !made
             : std::min(parents[0], parents[1]) < 0 || std::max(parents[0], parents[1]) >= t ||
                   (parents[0] == parents[1] && call.problem.nparts == 2))
       return "parents of trial " + std::to_string(t);
