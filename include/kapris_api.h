@@ -255,8 +255,8 @@ typedef struct kapris_options {
   int members;
   /* Combinations that a start makes at most, >= 0: of two partitions, or with more than two parts of one and itself
    * with parts made anew, a few at a time. Of a single partition that kapris_refine or kapris_combine gets, that many
-   * improvements. Where the members of two parts have nothing to give each other any more, new ones take what is left of
-   * them. Default 8. */
+   * improvements. Where the members of two parts have nothing to give each other any more, new ones take what is left
+   * of them. Default 8. */
   int combinations;
   /* 1 = the pieces of cut nets stay in the recursion, 0 = they leave it. Default 0. */
   int reconst;
@@ -472,9 +472,9 @@ typedef struct kapris_result {
  *
  * Method: each start makes members by recursive bisection as in KAPRIS_PartRecursive, see kapris.h for the sources, but
  * with limits for the final parts and no use of the clock; with KAPRIS_KWAY by direct partitioning. All parts of each
- * are refined by searches that climb hills, then by minimum cuts between pairs of parts. Then it combines pairs of members: cells on which both agree are grouped,
- * and the better one is refined on the way back; a child takes the place of the member most like it. With more than two
- * parts it also makes those of the best member anew, a few neighbours at a time, and combines them likewise. Without
+ * are refined by searches that climb hills, then by minimum cuts between pairs of parts. Then it combines pairs of
+ * members: cells on which both agree are grouped, and the better one is refined on the way back; a child takes the
+ * place of the member most like it. With more than two parts it also makes those of the best member anew, a few neighbours at a time, and combines them likewise. Without
  * members a start is one partitioning as KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or
  * exchanges cells of parts above their limits, and moves cells to parts that are empty or below their minimums. With
  * one part there is nothing to do. */
