@@ -314,9 +314,21 @@ typedef struct kapris_options {
   void (*completed)(const kapris_start *start, const int *part, void *user);
   /* Asked for each start, when it begins, whether its partition is known, or NULL. It looks at number and seed of
    * start; it returns 0, or writes the partition to part, [ncells], may set seconds of start, and returns 1. The start
-   * then counts as completed with this partition, whose figures are counted anew. It has no trials, levels or
-   * bisections. A partition that no start can have ends the call with KAPRIS_INVALID_ARGUMENT. Default NULL. */
+   * then counts as completed with this partition, whose figures are counted anew; or, if it sets completed of start,
+   * which is 1, to 0, as cut short with it. It has no trials, levels or bisections. A partition that no start can have
+   * ends the call with KAPRIS_INVALID_ARGUMENT. Default NULL. */
   int (*recall)(kapris_start *start, int *part, void *user);
+
+  /* These two let calls with the same input that run at the same time, as on several machines, find partitions
+   * together. They are callbacks like those above. With arrived, results depend on when partitions arrive. */
+
+  /* Told of each partition, [ncells], that is better than all before it of its start; it lasts as long as the callback
+   * runs; or NULL. A part of it can be a little above its limit. Default NULL. */
+  void (*improved)(const int *part, void *user);
+  /* Asked between combinations, by starts with members under a time limit, or NULL: writes a partition from elsewhere
+   * to part, [ncells], with fixed cells in their parts, and returns 1, or returns 0. The start goes on with it as if it
+   * had made it. A partition that no start can have ends the call with KAPRIS_INVALID_ARGUMENT. Default NULL. */
+  int (*arrived)(int *part, void *user);
 } kapris_options;
 
 /* Sets size and the defaults. *options belongs to the caller, must not be NULL, and holds nothing that would have to be
