@@ -104,7 +104,7 @@ static Command ReadCommand(CLI::App *app, const std::string &parent)
 
 Description ReadDescription()
 {
-  CLI::App app("", "kapris");
+  CLI::App app;
   Run run;
   ColorWhen color = ColorWhen::AUTO;
 
