@@ -48,7 +48,7 @@ void Root::Turn()
 void Root::TellAll(Tag tag)
 {
   for (int rank = 1; rank < link->nranks; rank++)
-    if (!ranks[static_cast<std::size_t>(rank)].lost)
+    if (!link->lost.contains(rank))
       Send(link, rank, tag);
   spoke = Clock::now();
 }
@@ -58,7 +58,7 @@ void Root::Handle(int rank, Tag tag, std::string bytes)
   Rank &from = ranks[static_cast<std::size_t>(rank)];
 
   from.heard = Clock::now();
-  from.lost = false;
+  link->lost.erase(rank);
   switch (tag) {
   case Tag::READY:
     from.nfree = RecordOf<Ready>(bytes).nthreads;

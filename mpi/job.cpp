@@ -47,6 +47,8 @@ static void Visit(Visitor &visit, Record &record)
     visit(record.seconds);
   } else if constexpr (std::is_same_v<Plain, Ready>) {
     visit(record.nthreads);
+  } else if constexpr (std::is_same_v<Plain, Farewell>) {
+    visit(record.together);
   } else if constexpr (std::is_same_v<Plain, Fault>) {
     visit(record.number);
     visit(record.status);
@@ -101,10 +103,12 @@ std::vector<int> VisitorOf(const Job &job, const std::string &bytes)
 
 template std::string BytesOf(const Work &);
 template std::string BytesOf(const Ready &);
+template std::string BytesOf(const Farewell &);
 template std::string BytesOf(const Finished &);
 template std::string BytesOf(const Fault &);
 template Work RecordOf(const std::string &);
 template Ready RecordOf(const std::string &);
+template Farewell RecordOf(const std::string &);
 template Finished RecordOf(const std::string &);
 template Fault RecordOf(const std::string &);
 

@@ -53,6 +53,11 @@ struct Ready {
   int nthreads;
 };
 
+// How the ranks end.
+struct Farewell {
+  bool together;
+};
+
 // Why a start failed.
 struct Fault {
   int number;

@@ -7,8 +7,10 @@
 #include "link.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <mpi.h>
+#include <thread>
 
 namespace kapris_mpi
 {
@@ -23,7 +25,7 @@ struct Sending {
   MPI_Request request;
 };
 
-Link::Link(int *argc, char ***argv) : rank(0), nranks(1), sendings()
+Link::Link(int *argc, char ***argv) : rank(0), nranks(1), lost(), sendings()
 {
   int provided = 0;
 
@@ -35,7 +37,8 @@ Link::Link(int *argc, char ***argv) : rank(0), nranks(1), sendings()
 
 Link::~Link()
 {
-  MPI_Finalize();
+  if (whole)
+    MPI_Finalize();
 }
 
 static void DropSent(Link *link)
@@ -56,6 +59,14 @@ void Send(Link *link, int rank, Tag tag, std::string bytes)
   if (MPI_Isend(sending->bytes.data(), count, WORD, rank, static_cast<int>(tag), MPI_COMM_WORLD,
                 &sending->request) == MPI_SUCCESS)
     link->sendings.push_back(std::move(sending));
+}
+
+void Flush(Link *link, double seconds)
+{
+  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+
+  for (DropSent(link); !link->sendings.empty() && std::chrono::steady_clock::now() < end; DropSent(link))
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 std::optional<Message> Receive(Link *link)

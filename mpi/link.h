@@ -5,6 +5,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace kapris_mpi
@@ -21,7 +22,9 @@ enum class Tag : int {
   STOP,        // from rank 0: starts end with what they have
   INTERRUPTED, // to rank 0: a signal asks for the end
   ALIVE,       // between rank 0 and others that have nothing else to say
-  END          // from rank 0: the rank can leave
+  END,         // from rank 0: there is no more to do
+  DONE,        // to rank 0: the answer
+  LEAVE        // from rank 0: all are there to end together, or not
 };
 
 struct Message {
@@ -35,9 +38,12 @@ struct Sending; // a message under way
 struct Link {
   int rank, nranks;
   bool dismissed = false; // the others know that there is no more to do
+  bool whole = false;     // all ranks are there to end MPI together
+  std::set<int> lost;     // ranks that have been silent for too long
   std::list<std::unique_ptr<Sending>> sendings;
 
-  // Starts MPI, and ends it: the ranks wait for each other there. Only the thread that has made the link uses it.
+  // Starts MPI, and ends it if the link is whole: the ranks wait for each other there, for ever for one that is gone. Only
+  // the thread that has made the link uses it.
   Link(int *argc, char ***argv);
   ~Link();
   Link(const Link &) = delete;
@@ -46,6 +52,9 @@ struct Link {
 
 // Returns at once. A message that cannot reach its rank is lost; whoever misses a rank learns it by its silence.
 void Send(Link *link, int rank, Tag tag, std::string bytes = {});
+
+// Until all messages have left, or so many seconds.
+void Flush(Link *link, double seconds);
 
 // The next message, if there is one.
 std::optional<Message> Receive(Link *link);

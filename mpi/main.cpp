@@ -14,6 +14,7 @@
 #include "formats/failure.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 
 using namespace kapris_mpi;
@@ -27,7 +28,7 @@ static int RunRankZero(Link *link, int argc, char **argv)
     kapris_cli::DescribeMpiCommand(app, run, color, engine);
   });
 
-  DismissOthers(link);
+  LeaveTogether(link);
   return status;
 }
 
@@ -46,5 +47,11 @@ int main(int argc, char **argv)
 {
   Link link(&argc, &argv);
 
-  return link.rank == 0 ? RunRankZero(&link, argc, argv) : RunOther(&link);
+  const int status = link.rank == 0 ? RunRankZero(&link, argc, argv) : RunOther(&link);
+  if (!link.whole) {
+    // Without the functions that MPI has left for the end, which may wait, too.
+    std::fflush(nullptr);
+    std::_Exit(status);
+  }
+  return status;
 }

@@ -12,8 +12,8 @@
 namespace kapris_mpi
 {
 
-// How many times its patience a rank waits for rank 0, which reads the input first and cannot say so.
-static constexpr double READING_PATIENCES = 20.0;
+// How many times its patience a rank waits for rank 0 while that reads or writes files and cannot say so.
+static constexpr double FILE_PATIENCES = 20.0;
 
 // What a rank does between the job and the end.
 class Other
@@ -101,23 +101,41 @@ void Other::Turn()
     worker.Wait(pause.seconds);
 }
 
-void ServeRankZero(Link *link)
+// From rank 0 while it reads or writes files. What others send meanwhile is of no use.
+static Message AwaitRankZero(Link *link)
 {
   const Clock::time_point began = Clock::now();
-  std::optional<Message> message;
 
-  for (Pause pause; !(message = Receive(link)); pause.Note(false)) {
-    std::this_thread::sleep_for(std::chrono::duration<double>(pause.seconds));
-    if (SecondsSince(began) > READING_PATIENCES * Patience())
-      throw std::runtime_error("rank 0 is silent");
+  for (Pause pause; SecondsSince(began) < FILE_PATIENCES * Patience(); pause.Note(false)) {
+    std::optional<Message> message = Receive(link);
+    if (message && message->rank == 0 && message->tag != Tag::VISITOR)
+      return std::move(*message);
+    if (!message)
+      std::this_thread::sleep_for(std::chrono::duration<double>(pause.seconds));
   }
-  if (message->tag != Tag::JOB)
-    return;
+  throw std::runtime_error("rank 0 is silent");
+}
+
+static void MakeStarts(Link *link, const Message &message)
+{
   const double before = MessageSeconds();
-  const std::unique_ptr<Job> job = TakeJob(link, *message);
+  const std::unique_ptr<Job> job = TakeJob(link, message);
   Other(link, job.get(), kapris_cli::CatchInterrupts()).Serve();
   if (job->options.log)
     job->options.log(MessageShare(link, before));
+}
+
+void ServeRankZero(Link *link)
+{
+  const Message message = AwaitRankZero(link);
+
+  if (message.tag == Tag::JOB)
+    MakeStarts(link, message);
+  Send(link, 0, Tag::DONE);
+  Message last = AwaitRankZero(link);
+  while (last.tag != Tag::LEAVE)
+    last = AwaitRankZero(link);
+  link->whole = RecordOf<Farewell>(last.bytes).together;
 }
 
 } // namespace kapris_mpi

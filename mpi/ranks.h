@@ -19,6 +19,9 @@ void ServeRankZero(Link *link);
 // To all others: there is nothing to do.
 void DismissOthers(Link *link);
 
+// On rank 0, at the end of all. Ranks that are lost are not waited for: the link is not whole then.
+void LeaveTogether(Link *link);
+
 // Seconds of silence after which a rank counts as lost: KAPRIS_MPI_PATIENCE in the environment, or 30.
 double Patience();
 

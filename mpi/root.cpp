@@ -18,6 +18,8 @@ namespace kapris_mpi
 
 // After a signal there is little time: MPI kills what has not ended a second or two later.
 static constexpr double SIGNAL_GRACE = 0.5;
+// For the last message to those that are still there.
+static constexpr double FLUSH_SECONDS = 1.0;
 
 Root::Root(Link *given, const kapris_cli::LibraryCall &asked)
     : link(given), call(&asked), job(), ranks(static_cast<std::size_t>(given->nranks)),
@@ -115,7 +117,7 @@ bool Root::Await(kapris::Start *start, std::span<int> part)
   while (!ready.contains(number)) {
     if (cut != Cut::NONE && number >= next)
       return false;
-    if (cut != Cut::NONE && (ranks[static_cast<std::size_t>(makers[number])].lost || Clock::now() > grace))
+    if (cut != Cut::NONE && (link->lost.contains(makers[number]) || Clock::now() > grace))
       ready[number] = Stand(number);
     else
       Turn();
@@ -177,9 +179,9 @@ void Root::LookForLost()
 {
   for (int rank = 1; rank < link->nranks; rank++) {
     Rank &silent = ranks[static_cast<std::size_t>(rank)];
-    if (silent.lost || SecondsSince(silent.heard) <= job.patience)
+    if (link->lost.contains(rank) || SecondsSince(silent.heard) <= job.patience)
       continue;
-    silent.lost = true;
+    link->lost.insert(rank);
     silent.nfree = 0;
     fmt::print(stderr, "kapris: warning: rank {} has been silent for {:g} s; the run goes on without it\n", rank,
                job.patience);
@@ -251,6 +253,29 @@ void DismissOthers(Link *link)
   for (int rank = 1; rank < link->nranks && !link->dismissed; rank++)
     Send(link, rank, Tag::END);
   link->dismissed = true;
+}
+
+void LeaveTogether(Link *link)
+{
+  const Clock::time_point began = Clock::now();
+  std::set<int> there = {0};
+
+  DismissOthers(link);
+  for (Pause pause; std::ssize(there) + std::ssize(link->lost) < link->nranks && SecondsSince(began) < Patience();) {
+    const std::optional<Message> message = Receive(link);
+    pause.Note(message.has_value());
+    if (message && message->tag == Tag::DONE) {
+      there.insert(message->rank);
+      link->lost.erase(message->rank);
+    }
+    if (!message)
+      std::this_thread::sleep_for(std::chrono::duration<double>(pause.seconds));
+  }
+  link->whole = std::ssize(there) == link->nranks;
+  for (const int rank : there)
+    if (rank > 0)
+      Send(link, rank, Tag::LEAVE, BytesOf(Farewell{link->whole}));
+  Flush(link, FLUSH_SECONDS);
 }
 
 } // namespace kapris_mpi

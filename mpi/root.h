@@ -31,7 +31,6 @@ private:
   // A rank as this one sees it.
   struct Rank {
     int nfree = 0;
-    bool lost = false;
     Clock::time_point heard = Clock::now();
     std::string copy; // the best partition that its search has told of, or empty
   };

@@ -32,7 +32,7 @@ TEST(exchange, a_start_goes_on_with_a_partition_that_arrives)
     for (int i = 0; fixed && i < 3000; i++)
       call.fixed.push_back(i % 10 == 0 ? i / 10 % 16 : -1);
     const ResultPtr better = Solve(call);
-    Exchange exchange = {PartOf(better)};
+    Exchange exchange = {PartOf(better), 0, {}};
     call.options.seed = 1;
     call.options.time_limit = 1.0;
     call.options.user = &exchange;
