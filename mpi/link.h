@@ -62,14 +62,14 @@ std::optional<Message> Receive(Link *link);
 // On all ranks at the same point: the bytes of rank 0 for the others.
 void Broadcast(Link *link, void *data, std::size_t size);
 
-// How long to wait before another look for messages: from a little to a few milliseconds while nothing comes.
+// How long to wait before another look for messages: a small part of the time in which none has come.
 struct Pause {
   double seconds = SHORTEST;
 
-  static constexpr double SHORTEST = 5e-5, LONGEST = 5e-3;
+  static constexpr double SHORTEST = 5e-5, LONGEST = 2e-2, GROWTH = 1.03;
   void Note(bool something)
   {
-    seconds = something ? SHORTEST : seconds < LONGEST / 2 ? 2 * seconds : LONGEST;
+    seconds = something ? SHORTEST : seconds < LONGEST ? GROWTH * seconds : LONGEST;
   }
 };
 
