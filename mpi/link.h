@@ -66,7 +66,7 @@ void Broadcast(Link *link, void *data, std::size_t size);
 struct Pause {
   double seconds = SHORTEST;
 
-  static constexpr double SHORTEST = 5e-5, LONGEST = 2e-2, GROWTH = 1.03;
+  static constexpr double SHORTEST = 5e-5, LONGEST = 5e-2, GROWTH = 1.03;
   void Note(bool something)
   {
     seconds = something ? SHORTEST : seconds < LONGEST ? GROWTH * seconds : LONGEST;
