@@ -27,6 +27,7 @@ static const char notes[] =
     "the time is\n"
     "up, and starts that have not begun by then are left out.\n";
 
+<<<<<<< HEAD
 // A verb that runs the library. text: what its help says before the notes. The caller adds its options.
 static CLI::App *AddSolver(CLI::App *app, Run *run, const char *name, const char *purpose,
                            const std::string &text, const std::shared_ptr<Request> &request)
@@ -45,9 +46,41 @@ void AddPartition(CLI::App *app, Run *run)
                 "  kapris partition matrix.mtx -k 16 --scheme kway --objective soed --threads 0\n"
                 "  kapris partition circuit.hgr -k 2 --preset quality --time-limit 60 --json=run.json\n\n",
                 request);
+=======
+static void AddPartitionBy(const Engine &engine, CLI::App *app, Run *run, const std::string &help)
+{
+  auto request = std::make_shared<Request>();
+  CLI::App *verb =
+      AddVerb(app, "partition", "Partition a hypergraph", help + notes, [request, run, engine] {
+        *run = [request, engine] { return Solve("partition", *request, engine); };
+      });
+>>>>>>> cluster
 
   AddPartitionOptions(verb, request.get());
   AddInput(verb, &request->input);
+}
+
+void AddPartition(CLI::App *app, Run *run)
+{
+  AddPartitionBy(LocalEngine(), app, run,
+                 "Examples:\n"
+                 "  kapris partition circuit.hgr -k 4 -e 0.01\n"
+                 "  kapris partition matrix.mtx -k 16 --scheme kway --objective soed --threads 0\n"
+                 "  kapris partition circuit.hgr -k 2 --preset quality --time-limit 60 --json=run.json\n\n");
+}
+
+void AddMpiPartition(CLI::App *app, Run *run, const Engine &engine)
+{
+  AddPartitionBy(
+      engine, app, run,
+      "Examples:\n"
+      "  mpirun -n 8 kapris-mpi partition circuit.hgr -k 16 --starts 100\n"
+      "  mpirun -n 8 kapris-mpi partition circuit.hgr -k 16 --time-limit 600 --threads 4\n\n"
+      "Rank 0 reads the input, writes the results and shows the progress. Each rank has --threads of its own\n"
+      "and may hold --memory-limit bytes.\n\n"
+      "Starts are handed out as ranks become free; any number of ranks gives the partition that one process\n"
+      "gives. With --time-limit each rank is a start, they send each other what they find, and the best of\n"
+      "all is written; what they find depends on when it arrives.\n\n");
 }
 
 void AddRefine(CLI::App *app, Run *run)

@@ -170,8 +170,9 @@ static Entry *FindReplaced(Population *population, const Member *member)
   return replaced;
 }
 
-// Returns whether it is one that the population did not have.
-static bool Take(Population *population, Member *member, Parents parents)
+// Returns whether it is one that the population did not have. It grows by a member that was made on its own; any other
+// one replaces one that is no better, or is lost.
+static bool Take(Population *population, Member *member, Parents parents, bool grows)
 {
   const int number = population->nborn++;
   const bool isnew = IsNew(population, member);
@@ -182,7 +183,7 @@ static bool Take(Population *population, Member *member, Parents parents)
                member->part.data(), best);
   if (!isnew)
     return false;
-  if (parents.numbers[0] < 0)
+  if (grows)
     population->entries.push_back({std::move(*member), number});
   else if (Entry *replaced = FindReplaced(population, member))
     *replaced = {std::move(*member), number};
@@ -220,7 +221,7 @@ static void Found(Population *population, int nmembers, bool direct, double work
   });
   for (std::vector<Member> &family : families)
     for (Member &member : family)
-      Take(population, &member, {{-1, -1}});
+      Take(population, &member, {{-1, -1}}, true);
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -294,7 +295,7 @@ static int Breed(Population *population, int n, double work, bool *brought)
   });
   *brought = false;
   for (int i = 0; i < npairs; i++)
-    *brought = Take(population, &children[At(i)], parents[At(i)]) || *brought;
+    *brought = Take(population, &children[At(i)], parents[At(i)], false) || *brought;
   return npairs;
 }
 
@@ -315,7 +316,7 @@ static bool ReworkOne(Population *population, bool best, int groupsize, double w
                         &entry->member, groupsize);
   Finish(population, &entry->member, &child);
   const bool better = child.value < before;
-  Take(population, &child, {{entry->number, entry->number}});
+  Take(population, &child, {{entry->number, entry->number}}, false);
   ReportMembers(population, work);
   return better;
 }
@@ -343,7 +344,7 @@ static void Improve(Population *population)
         improve(population->ctrl, population->goal, NextSeed(population), population->graph, &entry->member);
     Finish(population, &entry->member, &child);
     idle = child.value < entry->member.value ? 0 : idle + 1;
-    Take(population, &child, {{entry->number, entry->number}});
+    Take(population, &child, {{entry->number, entry->number}}, false);
     ReportMembers(population, 1.0 / ncycles);
   }
 }
@@ -359,7 +360,21 @@ static void TakeInitial(Population *population, const int *part)
   InitRandom__(NextSeed(population));
   Climb(ctrl, population->goal, graph, member.part.data(), &member.value);
   Finish(population, nullptr, &member);
-  Take(population, &member, {{-1, -1}});
+  Take(population, &member, {{-1, -1}}, true);
+}
+
+// What others have found meanwhile takes the place of what is most like it, so that there is room for own members.
+static void TakeVisitors(Population *population)
+{
+  const HGraph *graph = population->graph;
+  Member member = {Array<int>(At(graph->ncells)), {}};
+
+  while (AskForVisitor(population->ctrl, member.part.data())) {
+    member.value = Evaluate(population->goal, graph, member.part.data());
+    Offer(population, &member);
+    Take(population, &member, {{-1, -1}}, false);
+    member.part.resize(At(graph->ncells));
+  }
 }
 
 // Goes on until StopRun, or until there seems to be nothing left to find.
@@ -372,11 +387,12 @@ static void SearchOn(Population *population)
         PartitionQuickly(population->ctrl, population->goal, NextSeed(population), population->graph);
     Offer(population, &first);
     Finish(population, nullptr, &first);
-    Take(population, &first, {{-1, -1}});
+    Take(population, &first, {{-1, -1}}, true);
   }
   for (int round = 0; hopeless - HOPELESS_ROUNDS < population->graph->ncells; round++) {
     const Value before = FindBest(population)->member.value;
     Checkpoint(population->ctrl);
+    TakeVisitors(population);
     const bool full = population->entries.size() >= At(TIMED_MEMBERS);
     bool brought = false;
     if (!full || stale >= STALE_BROODS) {

@@ -49,7 +49,7 @@ class Generated(unittest.TestCase):
     def setUpClass(cls):
         directory = tempfile.TemporaryDirectory()
         cls.addClassCleanup(directory.cleanup)
-        run(KAPRIS_MANUAL, directory.name, DATE)
+        run(KAPRIS_MANUAL, "kapris", directory.name, DATE)
         cls.pages, cls.bash, cls.zsh, cls.fish = (pathlib.Path(directory.name, path) for path in (
             "man/man1", "bash-completion/completions/kapris", "zsh/site-functions/_kapris",
             "fish/vendor_completions.d/kapris.fish"))
