@@ -1,9 +1,8 @@
 // mpi/handout.cpp - rank 0: messages, and which rank makes which start.
 // SPDX-License-Identifier: MIT
 
-#include "root.h"
-
 #include "ranks.h"
+#include "root.h"
 
 #include <algorithm>
 #include <cmath>
