@@ -27,7 +27,7 @@
 #include <unistd.h>
 #include <vector>
 
-using kapris_cli::Failure;
+using kapris_formats::Failure;
 
 // The library's clock, by which a k-way call seeds its initial partition: it stands still, so that runs repeat.
 extern "C" std::time_t time(std::time_t *now) noexcept
@@ -63,7 +63,7 @@ static double PeakMegabytes()
     if (word == "VmHWM:" && status >> kilobytes)
       return kilobytes / 1024.0;
   }
-  throw Failure{kapris_cli::EXIT_INTERNAL, "cannot read the peak memory from /proc/self/status"};
+  throw Failure{kapris_formats::EXIT_INTERNAL, "cannot read the peak memory from /proc/self/status"};
 }
 
 // Lines that the library printed while standard output went to the file.
@@ -83,7 +83,7 @@ static int ParseInt(const char *name, std::string_view text)
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
 
   if (error != std::errc() || end != text.data() + text.size())
-    throw Failure{kapris_cli::EXIT_USAGE,
+    throw Failure{kapris_formats::EXIT_USAGE,
                   std::string(name) + " is '" + std::string(text) + "', not an integer"};
   return value;
 }
@@ -103,7 +103,7 @@ static void SetOption(std::string_view text, int *options)
       return;
     }
   }
-  throw Failure{kapris_cli::EXIT_USAGE,
+  throw Failure{kapris_formats::EXIT_USAGE,
                 "'" + std::string(text) +
                     "' is not one of nruns=N, ctype=N, rtype=N, vcycle=N and reconst=N"};
 }
@@ -113,14 +113,15 @@ static std::vector<int> Narrow(const std::string &name, const std::vector<std::i
 {
   for (const std::int64_t weight : weights)
     if (weight > INT_MAX)
-      throw Failure{kapris_cli::EXIT_MALFORMED,
+      throw Failure{kapris_formats::EXIT_MALFORMED,
                     name + ": a weight of " + std::to_string(weight) + " leaves 32 bits"};
   return {weights.begin(), weights.end()};
 }
 
 static int Run(int argc, char **argv)
 {
-  using namespace kapris_cli;
+  using namespace kapris_formats;
+  using namespace kapris_report;
   const std::string scheme = argv[1], name = argv[2];
   const int nparts = ParseInt("NPARTS", argv[3]), ubfactor = ParseInt("UBFACTOR", argv[4]);
   const int rtype = scheme == "kway-soed" ? 2 : 1;

@@ -68,7 +68,7 @@ def small():
 
 def circuit(path):
     h = kapris.Hypergraph.read(path)
-    python, library = in_turn(lambda: kapris.partition(h, 2), bare(h, 2), 5)
+    python, library = in_turn(lambda: kapris.partition(h, 2), bare(h, 2), 15)
     return [(f"{path.stem}, 2 parts", python, library)]
 
 

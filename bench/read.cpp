@@ -15,7 +15,7 @@
 #include <filesystem>
 #include <string>
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 static double SecondsToRead(const Input &input)
 {

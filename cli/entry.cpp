@@ -3,6 +3,8 @@
 
 #include "entry.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "options/json.h"
 #include "options/options.h"

@@ -22,7 +22,7 @@
 #include <cmath>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -423,4 +423,4 @@ Hgr LoadBookshelf(const std::string &path, std::string_view text, Problems *prob
                        details);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 struct NamedText {
@@ -45,4 +45,4 @@ std::vector<std::string> BookshelfOutputs(const std::string &path);
 std::vector<std::pair<std::string, std::string>> FormatBookshelf(const std::string &path, const Hgr &hgr,
                                                                  const Details &details);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

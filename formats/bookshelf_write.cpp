@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Names are words here, and a line that begins with '#' is a comment.
@@ -119,4 +119,4 @@ std::vector<std::pair<std::string, std::string>> FormatBookshelf(const std::stri
   return files;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

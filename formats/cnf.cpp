@@ -16,7 +16,7 @@
 #include <fmt/core.h>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -253,4 +253,4 @@ Hgr ReadWcnf(const std::string &name, std::string_view text, Model model, bool u
                       text.size());
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -7,7 +7,7 @@
 #include <climits>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 void SortPins(Hgr *hgr)
@@ -81,4 +81,4 @@ void CheckProportion(const Scan &header, const char *what, int count, size_t len
                        count, what, length, per_byte, always_allowed));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 struct Entry {
@@ -25,4 +25,4 @@ void SortPins(Hgr *hgr);
 // Fails if memory for so many, of which a text need not name each, is out of proportion to its length.
 void CheckProportion(const Scan &header, const char *what, int count, size_t length);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

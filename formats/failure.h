@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Users' scripts test these numbers: docs/formats.md and the help list them, and none may change its meaning.
@@ -27,4 +27,4 @@ struct Failure {
   std::string text;
 };
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -15,7 +15,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 void FailWithErrno(const char *action, const std::string &path, int error)
@@ -111,4 +111,4 @@ bool IsRegularFile(const std::string &path)
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // The name for messages: "stdin" for "-", escaped if it cannot be shown.
@@ -27,4 +27,4 @@ bool IsRegularFile(const std::string &path);
 // Throws the failure "cannot write x: No space left on device".
 [[noreturn]] void FailWithErrno(const char *action, const std::string &path, int error);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

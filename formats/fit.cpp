@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 static bool AllOnes(const std::vector<std::int64_t> &weights)
@@ -89,4 +89,4 @@ Hgr FitIntoGraph(const Drops &drops, const Hgr &hgr, Details *details)
   return meant;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -5,7 +5,7 @@
 #include "formats/hgr.h"
 #include "formats/names.h"
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // What may be lost without a refusal. Messages call them by the options of the tool, --drop-weights and --drop-repeats.
@@ -20,4 +20,4 @@ Hgr FitIntoMatrix(const Drops &drops, const Hgr &hgr);
 // Nets as edges, in the order that a graph gives them, and the names of nets with them.
 Hgr FitIntoGraph(const Drops &drops, const Hgr &hgr, Details *details);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Which side of a matrix or formula becomes nets.
@@ -42,4 +42,4 @@ std::string FormatGraph(const Hgr &hgr);
 
 void AppendNumber(std::string *text, std::int64_t number, char separator);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -14,7 +14,7 @@
 #include <fmt/core.h>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -232,4 +232,4 @@ std::string FormatGraph(const Hgr &hgr)
   return text;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -14,7 +14,7 @@
 #include <vector>
 #include <zlib.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 static constexpr size_t piece = 1 << 18;
@@ -110,4 +110,4 @@ std::string Compress(std::string_view text)
   return bytes;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

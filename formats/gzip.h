@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 bool IsGzip(std::string_view bytes);
@@ -16,4 +16,4 @@ std::string Decompress(const std::string &name, std::string_view bytes);
 // The same bytes for the same text: without name and time.
 std::string Compress(std::string_view text);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

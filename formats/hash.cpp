@@ -10,7 +10,7 @@
 #include <string_view>
 #include <xxhash.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 static std::string HashOfText(std::string_view text)
@@ -28,4 +28,4 @@ std::string HashOf(const std::vector<int> &part)
   return HashOfText(FormatParts(part));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

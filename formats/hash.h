@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // What xxhsum prints for the hypergraph as .hgr, as "convert --to hgr" writes it, and for a part file as it is written:
@@ -16,4 +16,4 @@ namespace kapris_cli
 std::string HashOf(const Hgr &hgr);
 std::string HashOf(const std::vector<int> &part);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -19,7 +19,7 @@
 #include <fmt/core.h>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -127,4 +127,4 @@ Hgr ReadHgr(const std::string &name, std::string_view text, Problems *problems)
   return hgr;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // The largest weight, and the most that all cells, or all nets, may weigh together: up to here the library adds up
@@ -43,4 +43,4 @@ inline std::int64_t NetWeight(const Hgr &hgr, int net)
   return hgr.netwgts.empty() ? 1 : hgr.netwgts[static_cast<size_t>(net)];
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // In time of the product of the lengths: after a mismatch only the last star takes a byte more. Brackets mean
@@ -65,4 +65,4 @@ void IgnoreNets(std::optional<int> most_pins, const std::vector<std::string> &pa
   hgr->nnets = static_cast<int>(nnets);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

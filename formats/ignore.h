@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Removes the nets of more pins, and those whose name matches one of the patterns, in which * stands for any bytes
@@ -20,4 +20,4 @@ void IgnoreNets(std::optional<int> most_pins, const std::vector<std::string> &pa
 
 bool Matches(std::string_view pattern, std::string_view name);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

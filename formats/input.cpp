@@ -16,7 +16,7 @@
 #include <climits>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 static const Names<Format> formats = {{"hgr", Format::HGR},     {"mtx", Format::MTX},
@@ -217,4 +217,4 @@ void WriteHypergraph(const std::string &path, Format format, const Hgr &hgr)
   WriteFile(path, FormatAs(format, hgr));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

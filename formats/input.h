@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 enum class Format { BY_NAME, HGR, MTX, PATOH, CNF, WCNF, GRAPH, YOSYS, BOOKSHELF };
@@ -58,4 +58,4 @@ Hgr ReadHypergraph(const Input &input, Problems *problems = nullptr, Details *de
 // Writes it as .hgr, .patoh, .graph or, without its weights, .mtx; compressed if the name ends with .gz, .xz or .bz2.
 void WriteHypergraph(const std::string &path, Format format, const Hgr &hgr);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -18,7 +18,7 @@
 #include <new>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -155,9 +155,9 @@ static void Write(const char *path, const char *given, const kapris_file &file, 
   WriteHypergraph(path, format, hgr);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 #define TEXT_OF(x)   #x
 #define NUMBER_OF(x) TEXT_OF(x)

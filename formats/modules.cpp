@@ -15,7 +15,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -479,4 +479,4 @@ std::vector<Module> ReadModules(const JsonPlaces &places)
   return modules;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

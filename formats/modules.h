@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Consecutive items of a list that a module has.
@@ -68,4 +68,4 @@ Scan ScanAt(const JsonPlaces &places, size_t at);
 // over.
 std::vector<Module> ReadModules(const JsonPlaces &places);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

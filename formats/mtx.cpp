@@ -20,7 +20,7 @@
 #include <string>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -211,4 +211,4 @@ Hgr ReadMtx(const std::string &name, std::string_view text, Model model, bool un
   return hgr;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // What the values of an enumeration, none of them negative, are called.
@@ -16,4 +16,4 @@ struct Named {
 template <typename T>
 using Names = std::vector<Named<T>>;
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -14,7 +14,7 @@
 #include <fmt/core.h>
 #include <numeric>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // ----------------------------------------------------------------------------------------------------------
@@ -299,4 +299,4 @@ std::vector<int> LoadNamedFixed(const std::string &path, const Details &details,
   return LoadEither(path, details, ncells, nparts, false);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // A cell of no weight whose place is known.
@@ -74,4 +74,4 @@ std::vector<int> LoadNamedFixed(const std::string &path, const Details &details,
 std::vector<int> ReadNamed(const std::string &name, std::string_view text, const NameIndex &index, int nparts,
                            bool complete);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

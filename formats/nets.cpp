@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -119,4 +119,4 @@ void ReadNetLines(Scan *scan, const NetLines &lines, Hgr *hgr)
   }
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

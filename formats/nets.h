@@ -5,7 +5,7 @@
 #include "formats/hgr.h"
 #include "formats/scan.h"
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Reads the weight here, after NextInLine, and adds it to the total of its kind, which is 0 at first. What it is goes
@@ -24,4 +24,4 @@ struct NetLines {
 // get their warnings.
 void ReadNetLines(Scan *scan, const NetLines &lines, Hgr *hgr);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -23,7 +23,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 bool WriteAll(int fd, std::string_view text)
@@ -254,4 +254,4 @@ void WriteFile(const std::string &path, std::string_view text)
     WriteBytes(path, Pack(packing, text));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Saves a user the run: fails if an output cannot be written, is one of the inputs, or is another output, whatever the
@@ -20,4 +20,4 @@ void WriteFile(const std::string &path, std::string_view text);
 // Returns false with errno set if not all of the text could be written.
 bool WriteAll(int fd, std::string_view text);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

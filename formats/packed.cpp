@@ -17,7 +17,7 @@
 #include <memory>
 #include <new>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -192,4 +192,4 @@ std::string Pack(Packing packing, std::string_view text)
   return packing == Packing::GZIP ? Compress(text) : WriteArchive(KindOf(packing), text);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 enum class Packing { NONE, GZIP, XZ, BZIP2, ZSTD };
@@ -26,4 +26,4 @@ std::string Unpack(const std::string &name, Packing packing, std::string_view by
 // The same bytes for the same text: without name and time.
 std::string Pack(Packing packing, std::string_view text);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -10,7 +10,7 @@
 #include <cctype>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Passes a "-1" that is a word of its own.
@@ -79,4 +79,4 @@ std::string FormatParts(const std::vector<int> &part)
   return text;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Reads exactly ncells lines; the name is for messages. With nparts > 0, every number must be below it.
@@ -21,4 +21,4 @@ std::vector<int> LoadFixed(const std::string &path, int ncells, int nparts);
 
 std::string FormatParts(const std::vector<int> &part);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

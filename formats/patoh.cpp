@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -107,4 +107,4 @@ Hgr ReadPatoh(const std::string &name, std::string_view text, Problems *problems
   return hgr;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 struct Problem {
@@ -30,4 +30,4 @@ inline void AddProblem(Problems *problems, bool warning, std::string text)
     problems->kept.push_back({warning, std::move(text)});
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 void Refuse(const std::string &text)
@@ -119,4 +119,4 @@ void Tell(char *message, size_t room, const char *text)
   message[length] = '\0';
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

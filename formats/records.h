@@ -12,7 +12,7 @@
 #include <new>
 #include <string>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // An argument that cannot be used.
@@ -52,4 +52,4 @@ static kapris_file_status Guard(char *message, size_t room, const Work &work)
   }
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

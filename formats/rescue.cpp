@@ -14,7 +14,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 void CheckRoom(const std::string &path, std::uint64_t nbytes)
@@ -67,4 +67,4 @@ std::string Rescue(const std::string &name, std::string_view text)
   return "";
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Saves a user the run: fails if the disk that path is to be on has no room for so many bytes. Says nothing of what is
@@ -17,4 +17,4 @@ void CheckRoom(const std::string &path, std::uint64_t nbytes);
 // $TMPDIR or in /tmp, whichever is the first that takes it. name: without folders. Returns its path; empty: nowhere.
 std::string Rescue(const std::string &name, std::string_view text);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

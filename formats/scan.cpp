@@ -10,7 +10,7 @@
 #include <fmt/core.h>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 Scan StartScan(std::string name, std::string_view text, Problems *problems, char comment)
@@ -167,4 +167,4 @@ void EndText(Scan *scan, const char *what)
     FaultAt(*scan, scan->at, fmt::format("{} is left over after {}", Quoted(*scan, scan->at), what));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

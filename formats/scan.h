@@ -15,7 +15,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 struct Scan {
@@ -123,4 +123,4 @@ inline int ReadNumber(Scan *scan, const char *what)
   return ReadNumberUpTo<INT_MAX>(scan, what);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

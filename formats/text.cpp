@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // The formatting library has the same, but takes seconds to compile.
@@ -111,4 +111,4 @@ std::string Shown(const std::string &name)
   return IsVisible(name) ? name : fmt::format("'{}'", Escape(name));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // The items with the separator between them.
@@ -32,4 +32,4 @@ std::string Escape(std::string_view text);
 // The name of a file for a message or a terminal: as it is, or escaped in quotes.
 std::string Shown(const std::string &name);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // The number of the column, from 0, and the number of columns.
@@ -103,4 +103,4 @@ std::optional<std::int64_t> WeightOfType(const TypeWeights &table, std::string_v
   return found->second;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 // Which types the table leaves to the others, it does not know if there is no line for these.
@@ -27,4 +27,4 @@ TypeWeights LoadTypeWeights(const std::string &path, const std::string &column);
 // The weight in the line of the type itself.
 std::optional<std::int64_t> WeightOfType(const TypeWeights &table, std::string_view type);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -7,7 +7,7 @@
 #include <fmt/core.h>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 void AppendNumber(std::string *text, std::int64_t number, char separator)
@@ -66,4 +66,4 @@ std::string FormatMtx(const Hgr &hgr)
   return text;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -22,7 +22,7 @@
 #include <fmt/core.h>
 #include <numeric>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 namespace
@@ -513,4 +513,4 @@ Hgr ReadYosys(const std::string &name, std::string_view text, const YosysRules &
   return hgr;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

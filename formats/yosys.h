@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 struct YosysRules {
@@ -24,4 +24,4 @@ struct YosysRules {
 Hgr ReadYosys(const std::string &name, std::string_view text, const YosysRules &rules,
               Problems *problems = nullptr, Details *details = nullptr);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -17,7 +17,7 @@
 
 int kapris_main(int argc, char **argv);
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 static std::map<std::string, std::string> inputs = {
     {"h.hgr", "5 6 11\n1 1 2 3\n2 3 4\n1 4 5 6\n9 1 6\n1 2 5\n2\n1\n1\n1\n3\n1\n"},

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 // Nothing if the data are at fault, and said to be.
 static std::string TextOrFault(const std::string &bytes)

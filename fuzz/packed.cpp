@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <optional>
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 // Nothing if the data are at fault, and said to be.
 static std::optional<std::string> TextOrFault(Packing packing, const std::string &bytes)

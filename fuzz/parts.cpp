@@ -10,7 +10,7 @@
 
 #include "formats/failure.h"
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 static std::string FlawOfFault(const std::string &fault)
 {

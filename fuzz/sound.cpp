@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 Hgr TryHgr(std::string_view text, Problems *problems)
@@ -124,4 +124,4 @@ std::string FirstFault(Reader reader, std::string_view text, Problems *problems,
   return "";
 }
 
-} // namespace kapris_cli
+} // namespace kapris_formats

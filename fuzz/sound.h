@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace kapris_cli
+namespace kapris_formats
 {
 
 typedef Hgr (*Reader)(std::string_view text, Problems *problems);
@@ -28,4 +28,4 @@ std::string FirstFlaw(const Hgr &hgr);
 // The first fault of the text, or nothing and the record.
 std::string FirstFault(Reader reader, std::string_view text, Problems *problems, Hgr *hgr);
 
-} // namespace kapris_cli
+} // namespace kapris_formats

@@ -9,6 +9,8 @@
 //   job, link  records and messages
 
 #include "entry.h"
+
+#include "libraries.h"
 #include "ranks.h"
 
 #include "formats/failure.h"

@@ -1,7 +1,8 @@
 """Builds the shared libraries by CMake and packs them; all else is in pyproject.toml.
 
 KAPRIS_LIBRARIES in the environment names a folder that has libkapris.so, libkapris_formats.so and libkapris_report.so,
-or folders below that do, such as a build folder of CMake: they are packed as they are, and nothing is built.
+or folders below that do, such as a build folder of CMake: they are packed as they are, and nothing is built. What the
+built ones need beside the C library is packed with them.
 """
 # SPDX-License-Identifier: MIT
 import os
@@ -19,6 +20,8 @@ from wheel.bdist_wheel import bdist_wheel
 
 HERE = pathlib.Path(__file__).resolve().parent
 LIBRARIES = ["libkapris.so", "libkapris_formats.so", "libkapris_report.so"]
+# What every Linux has.
+SYSTEM = re.compile(r"(linux-vdso|ld-linux.*|libc|libm|libdl|libpthread|librt)\.so")
 # What the build of the libraries reads, of the sources of kapris.
 SOURCES = ["CMakeLists.txt", "LICENSE", "cmake", "include", "lib", "formats", "cli/report", "cli/measure", "cli/json"]
 
@@ -43,6 +46,16 @@ def build_libraries(folder):
     return build / "out"
 
 
+def needed(library):
+    """The files of the libraries that one needs, but for those of the system."""
+    lines = subprocess.run(["ldd", library], check=True, capture_output=True, text=True).stdout.splitlines()
+    for name, _, path in (line.strip().partition(" => ") for line in lines):
+        if not SYSTEM.match(pathlib.Path(name).name):
+            if not path.startswith("/"):
+                sys.exit(f"{library} needs {name}, which is not found")
+            yield name, path.rsplit(" ", 1)[0]
+
+
 class BuildWithLibraries(build_py):
     def run(self):
         super().run()
@@ -55,6 +68,9 @@ class BuildWithLibraries(build_py):
             if found is None:
                 sys.exit(f"there is no {name} in {folder}")
             shutil.copyfile(found, target / name)
+            if not given:
+                for beside, path in needed(found):
+                    shutil.copyfile(path, target / beside)
 
 
 class SourcesInside(sdist):

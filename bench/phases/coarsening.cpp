@@ -13,10 +13,10 @@
 
 static void TimeReading(benchmark::State &state, const Problem &problem)
 {
-  kapris_cli::Hgr hgr;
+  kapris_formats::Hgr hgr;
 
   Time(
-      state, problem, [&] { hgr = {}; }, [&] { hgr = kapris_cli::ReadHgr(problem.name, problem.text); },
+      state, problem, [&] { hgr = {}; }, [&] { hgr = kapris_formats::ReadHgr(problem.name, problem.text); },
       [&] { return static_cast<int>(hgr.netind.size()); });
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(problem.text.size()));
 }

@@ -10,7 +10,7 @@
 
 #include <cmath>
 
-using kapris_cli::Hgr;
+using kapris_formats::Hgr;
 
 Control ControlFor(const HGraph *graph, int nparts)
 {
@@ -110,7 +110,7 @@ const Problem &ProblemOf(const std::string &kind, int ncells)
   if (pruned != nullptr)
     FreeHGraph__(full);
   HGraph *graph = pruned != nullptr ? pruned : full;
-  problem = {name, kapris_cli::FormatHgr(hgr), graph, graph->netptr[graph->nnets], {}, {}};
+  problem = {name, kapris_formats::FormatHgr(hgr), graph, graph->netptr[graph->nnets], {}, {}};
   Level top = OpenLevel(graph);
   Level *coarser = ContractOnce(&top);
   if (top.graph != graph)

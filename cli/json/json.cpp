@@ -6,11 +6,12 @@
 #include "formats/failure.h"
 #include "formats/files.h"
 #include "formats/output.h"
+#include "report/library.h"
 
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 Json ParseJson(std::string_view text)
@@ -55,4 +56,4 @@ void WriteJson(const Json &json, const std::string &path)
   WriteFile(path, text);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // Keeps the order of its keys.
@@ -27,4 +27,4 @@ Json ReadJson(const std::string &path);
 // Writes the object to the place that the option --json named.
 void WriteJson(const Json &json, const std::string &path);
 
-} // namespace kapris_cli
+} // namespace kapris_report

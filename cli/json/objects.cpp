@@ -4,6 +4,7 @@
 #include "json/objects.h"
 
 #include "kapris.h"
+#include "libraries.h"
 
 #include "formats/hash.h"
 #include "formats/output.h"

@@ -5,6 +5,8 @@
 // completions. The folders below OUTDIR are those below share in an installation. The same sources and date give the
 // same files.
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/output.h"
 #include "manual/table.h"

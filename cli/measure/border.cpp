@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 void SortCutNets(const Hgr &hgr, std::vector<CutNet> *nets)
@@ -44,4 +44,4 @@ std::vector<BorderCell> BorderCells(const Hgr &hgr, const std::vector<CutNet> &n
   return cells;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // The heaviest first, by number among equals.
@@ -22,4 +22,4 @@ struct BorderCell {
 // The cells on cut nets, those with the most weight first, by number among equals.
 std::vector<BorderCell> BorderCells(const Hgr &hgr, const std::vector<CutNet> &nets);
 
-} // namespace kapris_cli
+} // namespace kapris_report

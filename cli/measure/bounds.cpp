@@ -6,6 +6,8 @@
 
 #include "measure/bounds.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "measure/sums.h"
 

@@ -9,7 +9,7 @@
 #include <numeric>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // Shortens the way for the next search.
@@ -93,4 +93,4 @@ std::string DescribeComponents(const std::vector<PartComponents> &parts)
                      parts.size(), outside);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -4,11 +4,12 @@
 
 #include "formats/hgr.h"
 #include "measure/measures.h"
+#include "report/library.h"
 
 #include <string>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // The sizes of the components, largest first. A cell on no net is a component.
@@ -27,4 +28,4 @@ std::vector<PartComponents> ComponentsOfParts(const Hgr &hgr, const Placement &p
 // "all 4 parts are connected", or what is not.
 std::string DescribeComponents(const std::vector<PartComponents> &parts);
 
-} // namespace kapris_cli
+} // namespace kapris_report

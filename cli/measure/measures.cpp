@@ -9,11 +9,12 @@
 
 #include "formats/failure.h"
 #include "measure/sums.h"
+#include "report/library.h"
 
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // The part numbers in use, rising.
@@ -123,4 +124,4 @@ std::vector<std::vector<std::int64_t>> CutMatrix(const Hgr &hgr, const std::vect
   return matrix;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

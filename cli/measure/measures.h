@@ -3,13 +3,14 @@
 #pragma once
 
 #include "formats/hgr.h"
+#include "report/library.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 struct UsedPart {
@@ -50,4 +51,4 @@ std::vector<CutNet> CutNets(const Hgr &hgr, const std::vector<int> &part);
 // For each pair of parts the weight of the cut nets that touch both parts; of a part and itself, of its cut nets.
 std::vector<std::vector<std::int64_t>> CutMatrix(const Hgr &hgr, const std::vector<CutNet> &nets, int nparts);
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -7,6 +7,8 @@
 
 #include "measure/stats.h"
 
+#include "libraries.h"
+
 #include "measure/components.h"
 
 #include <algorithm>

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "libraries.h"
+
 #include "formats/hgr.h"
 
 #include <cstdint>

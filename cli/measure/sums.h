@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // Adds weight x times to the sum; false, with the sum as it was, if that leaves 64 bits.
@@ -18,4 +18,4 @@ inline bool AddProduct(std::int64_t *sum, std::int64_t weight, std::int64_t time
   return true;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

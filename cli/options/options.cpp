@@ -3,6 +3,8 @@
 
 #include "options/options.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/text.h"
 #include "options/words.h"

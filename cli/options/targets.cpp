@@ -3,6 +3,8 @@
 
 #include "options/targets.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/files.h"
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr size_t most_levels = 7, most_rows = 255;
@@ -127,4 +127,4 @@ std::string BisectionsHtml(const ReportData &data)
        DrawTree(data, depths), FoldedTable("Bisections as numbers", BisectionTable(data, depths))});
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

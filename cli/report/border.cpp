@@ -4,12 +4,13 @@
 #include "measure/border.h"
 
 #include "formats/text.h"
+#include "report/library.h"
 #include "report/pictures.h"
 
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr size_t most_rows = 100;
@@ -71,4 +72,4 @@ std::string BorderHtml(std::vector<CutNet> nets, const Hgr &hgr, const std::vect
                      FoldedTable("Cells at the border", CellTable(cells, part, details)));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

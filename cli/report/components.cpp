@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // Those with most cells outside first.
@@ -41,4 +41,4 @@ std::string ComponentsHtml(const Hgr &hgr, const std::vector<int> &part)
       EscapeHtml(sentence), FoldedTable("Components as numbers", ComponentTable(parts)));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -8,7 +8,7 @@
 #include <fmt/core.h>
 #include <utility>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr size_t most_cells = 64, most_matrix_rows = 32, most_pairs = 60, most_labelled = 12;
@@ -131,4 +131,4 @@ std::string CutMatrixHtml(const ReportData &data, const std::vector<CutNet> &net
        svg, rest});
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

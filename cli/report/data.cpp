@@ -7,6 +7,7 @@
 #include "formats/files.h"
 #include "formats/hgr.h"
 #include "formats/text.h"
+#include "report/library.h"
 
 #include <algorithm>
 #include <climits>
@@ -14,7 +15,7 @@
 #include <nlohmann/json.hpp>
 #include <numeric>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 namespace
@@ -330,4 +331,4 @@ std::int64_t TotalWeight(const ReportData &data)
   return std::accumulate(data.weights.begin(), data.weights.end(), std::int64_t{0});
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -4,13 +4,14 @@
 
 #include "formats/input.h"
 #include "json/json.h"
+#include "report/library.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 struct ReportFigures {
@@ -126,4 +127,4 @@ std::int64_t TotalWeight(const ReportData &data);
 // The words of a command line that gives the same result.
 std::vector<std::string> RepeatCommand(const ReportData &data);
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -4,11 +4,12 @@
 #include "report/escape.h"
 
 #include "formats/text.h"
+#include "report/library.h"
 
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static std::string Entity(char c)
@@ -74,4 +75,4 @@ std::string QuoteForShell(std::string_view word)
   return "$" + quoted + "'";
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // For element content and for attributes in double quotes. What is no UTF-8 becomes the replacement character; control
@@ -16,4 +16,4 @@ std::string EscapeHtml(std::string_view text);
 // One word of a POSIX command line; with bytes that cannot be shown, in the form $'...' of bash, zsh and ksh.
 std::string QuoteForShell(std::string_view word);
 
-} // namespace kapris_cli
+} // namespace kapris_report

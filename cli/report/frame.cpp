@@ -7,7 +7,7 @@
 
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // Colours that people with any kind of colour vision can tell apart, darker on light and lighter on dark ground; the
@@ -142,4 +142,4 @@ std::string PageHtml(const std::string &title, const std::string &body)
       EscapeHtml(title), style, body);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

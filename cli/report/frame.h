@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // A table of plain texts; the first column names the rows. The id is for programs that read the page.
@@ -38,4 +38,4 @@ std::string MissingFigure(const std::string &id, const std::string &title, const
 // The whole page.
 std::string PageHtml(const std::string &title, const std::string &body);
 
-} // namespace kapris_cli
+} // namespace kapris_report

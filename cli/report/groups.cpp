@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 Groups GroupParts(size_t nparts, size_t most)
@@ -39,4 +39,4 @@ std::string NameOfGroup(const Groups &groups, size_t group)
   return first == last ? fmt::format("{}", first) : fmt::format("{}-{}", first, last);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

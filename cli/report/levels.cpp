@@ -9,7 +9,7 @@
 #include <fmt/core.h>
 #include <limits>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr size_t most_steps = 1500;
@@ -174,4 +174,4 @@ std::string LevelsHtml(const ReportData &data)
   return DrawLevels(data, levels, sentence);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -5,12 +5,13 @@
 #include "formats/files.h"
 #include "formats/hash.h"
 #include "formats/names.h"
+#include "report/library.h"
 #include "report/pictures.h"
 #include "report/report.h"
 
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static std::string InputPictures(const ReportData &data, const Hgr *hgr, const std::vector<int> *part,
@@ -63,4 +64,4 @@ ReportInput LoadReportInput(const std::string &name, const ReportData &data, Inp
   return input;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -6,8 +6,9 @@
 #include "measure/measures.h"
 #include "report/data.h"
 #include "report/frame.h"
+#include "report/library.h"
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // Left and right end of most drawings.
@@ -40,4 +41,4 @@ std::string BorderHtml(std::vector<CutNet> nets, const Hgr &hgr, const std::vect
                        const Details &details);
 std::string SpyHtml(const ReportData &data, const Hgr &hgr, const std::vector<int> &part);
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -6,7 +6,7 @@
 #include <new>
 #include <png.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static std::string Base64(const std::string &bytes)
@@ -44,4 +44,4 @@ std::string PixelUri(const std::vector<std::uint8_t> &pixels, size_t side)
   return "data:image/png;base64," + Base64(file);
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -3,11 +3,12 @@
 
 #include "formats/text.h"
 #include "report/data.h"
+#include "report/library.h"
 
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // A name that cannot be taken for an option or for standard input.
@@ -112,4 +113,4 @@ std::vector<std::string> RepeatCommand(const ReportData &data)
   return words;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

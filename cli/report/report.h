@@ -4,11 +4,12 @@
 
 #include "formats/input.h"
 #include "report/data.h"
+#include "report/library.h"
 
 #include <string>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // The hypergraph and the partition that a result speaks of; some pictures need them.
@@ -27,4 +28,4 @@ ReportInput LoadReportInput(const std::string &name, const ReportData &data, Inp
 std::string ReportPage(const ReportData &data, const Hgr *hgr, const std::vector<int> *part,
                        const Details *details);
 
-} // namespace kapris_cli
+} // namespace kapris_report

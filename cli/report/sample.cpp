@@ -3,7 +3,7 @@
 
 #include "report/sample.h"
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // The i-th smallest of m values is the smallest of n drawn ones with probability C(m - i, n - 1) / C(m, n): n / m for
@@ -30,4 +30,4 @@ ExpectedBest ExpectBest(const std::vector<std::int64_t> &sorted, std::size_t n)
   return best;
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // The smallest of n values drawn from a sample without putting them back: its mean, and the values that it stays below
@@ -19,4 +19,4 @@ struct ExpectedBest {
 // sorted: the sample, rising; 1 <= n <= its size.
 ExpectedBest ExpectBest(const std::vector<std::int64_t> &sorted, std::size_t n);
 
-} // namespace kapris_cli
+} // namespace kapris_report

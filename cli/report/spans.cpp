@@ -7,7 +7,7 @@
 #include <fmt/core.h>
 #include <map>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr int most_single_spans = 12; // in the histogram; longer ones share bars by powers of two
@@ -183,4 +183,4 @@ std::string SpansHtml(const ReportData &data, const std::vector<CutNet> &nets, c
        svg, FoldedTable("Spans as numbers", SpanTable(counts))});
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -1,70 +1,22 @@
 // cli/report/spy.cpp - where the pins are, before and after cells and nets are put in the order of the parts.
 // SPDX-License-Identifier: MIT
 //
-// A column is a cell, a row a net. After ordering, the nets of one part stand beside their cells, part after part, and
-// the cut nets below them: of a matrix, the form with diagonal blocks and a border.
+// A column is a cell, a row a net.
 
+#include "report/order.h"
 #include "report/pictures.h"
 #include "report/png.h"
 
 #include <algorithm>
 #include <cmath>
 #include <fmt/core.h>
-#include <numeric>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr size_t most_pins = 50 * 1000 * 1000, most_side = 400, most_lines = 24;
 static constexpr int levels = 15; // of darkness
 static constexpr double size = 400.0, left = 20.0, top = 8.0;
-
-namespace
-{
-
-// New places: of a cell its column, of a net its row.
-struct Order {
-  std::vector<size_t> cells, nets;
-  std::vector<size_t> ends; // columns behind each part
-  std::vector<size_t> netends;
-};
-
-} // namespace
-
-// Stable, so that what was close within a part stays close. key[i] < nkeys.
-static std::vector<size_t> PlacesByKey(const std::vector<int> &keys, size_t nkeys, std::vector<size_t> *ends)
-{
-  std::vector<size_t> next(nkeys + 1), places;
-
-  for (const int key : keys)
-    next[static_cast<size_t>(key) + 1]++;
-  std::partial_sum(next.begin(), next.end(), next.begin());
-  ends->assign(next.begin() + 1, next.end());
-  for (const int key : keys)
-    places.push_back(next[static_cast<size_t>(key)]++);
-  return places;
-}
-
-static Order OrderByPart(const Hgr &hgr, const std::vector<int> &part, int nparts)
-{
-  const size_t k = static_cast<size_t>(nparts);
-  std::vector<int> keys;
-  Order order;
-
-  order.cells = PlacesByKey(part, k, &order.ends);
-  for (size_t n = 0; n < static_cast<size_t>(hgr.nnets); n++) {
-    // Nets without pins go to the end too.
-    int key = hgr.netptr[n + 1] > hgr.netptr[n]
-                  ? part[static_cast<size_t>(hgr.netind[static_cast<size_t>(hgr.netptr[n])])]
-                  : nparts;
-    for (int i = hgr.netptr[n]; i < hgr.netptr[n + 1] && key < nparts; i++)
-      if (part[static_cast<size_t>(hgr.netind[static_cast<size_t>(i)])] != key)
-        key = nparts;
-    keys.push_back(key);
-  }
-  order.nets = PlacesByKey(keys, k + 1, &order.netends);
-  return order;
-}
 
 // Pins per pixel as darkness; a single pin must show, and a few crowded pixels must not hide the others.
 static std::vector<std::uint8_t> Darken(const std::vector<int> &counts)
@@ -85,10 +37,11 @@ static std::string Pixels(const Hgr &hgr, const Order *order, size_t side)
   std::vector<int> counts(side * side);
 
   for (size_t n = 0; n < static_cast<size_t>(hgr.nnets); n++) {
-    const size_t row = (order != nullptr ? order->nets[n] : n) * side / static_cast<size_t>(hgr.nnets);
+    const size_t net = order != nullptr ? static_cast<size_t>(order->nets[n]) : n;
+    const size_t row = net * side / static_cast<size_t>(hgr.nnets);
     for (int i = hgr.netptr[n]; i < hgr.netptr[n + 1]; i++) {
       const size_t cell = static_cast<size_t>(hgr.netind[static_cast<size_t>(i)]);
-      const size_t place = order != nullptr ? order->cells[cell] : cell;
+      const size_t place = order != nullptr ? static_cast<size_t>(order->cells[cell]) : cell;
       counts[row * side + place * side / static_cast<size_t>(hgr.ncells)]++;
     }
   }
@@ -111,10 +64,10 @@ static Svg DrawPixels(const Hgr &hgr, const std::string &uri)
 // Lines between the blocks, while they leave room for what they surround, and one above the cut nets.
 static void DrawBlocks(Svg *svg, const Hgr &hgr, const Order &order)
 {
-  const size_t nparts = order.ends.size();
+  const size_t nparts = order.cellends.size();
 
   for (size_t p = nparts > most_lines ? nparts - 1 : 0; p < nparts; p++) {
-    const double x = left + size * static_cast<double>(order.ends[p]) / hgr.ncells;
+    const double x = left + size * static_cast<double>(order.cellends[p]) / hgr.ncells;
     const double y = top + size * static_cast<double>(order.netends[p]) / hgr.nnets;
     if (p + 1 < nparts)
       DrawLine(svg, x, top, x, top + size, "cut");
@@ -154,4 +107,4 @@ std::string SpyHtml(const ReportData &data, const Hgr &hgr, const std::vector<in
               ordered, ""});
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -3,12 +3,13 @@
 
 #include "formats/text.h"
 #include "report/escape.h"
+#include "report/library.h"
 #include "report/pictures.h"
 
 #include <algorithm>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static std::string Percent(double ratio)
@@ -162,4 +163,4 @@ std::string SummaryHtml(const ReportData &data)
                      Join(words, " "), EscapeHtml(RepeatNote(data)));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

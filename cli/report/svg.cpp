@@ -9,7 +9,7 @@
 #include <cmath>
 #include <fmt/core.h>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // ----------------------------------------------------------------------------------------------------------
@@ -281,4 +281,4 @@ void DrawHeatLegend(Svg *svg, double x, double y, const Heat &heat, const std::s
   DrawText(svg, x + width * heat_classes, y + 13.0, rounded(heat.most), "end");
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

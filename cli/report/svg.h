@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 // The marks of a drawing; its width is always the same, so that letters have one size on the page.
@@ -80,4 +80,4 @@ void DrawHeatGrid(Svg *svg, const Plot &plot, const std::vector<double> &amounts
                   const Heat &heat);
 void DrawHeatLegend(Svg *svg, double x, double y, const Heat &heat, const std::string &title);
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -8,7 +8,7 @@
 #include <fmt/core.h>
 #include <map>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr size_t most_dots = 800, most_rows = 300, most_columns = 360, most_draws = 120,
@@ -370,4 +370,4 @@ std::string TrialsHtml(const ReportData &data)
   return TriesHtml(std::move(all));
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -11,7 +11,7 @@
 #include <fmt/core.h>
 #include <numeric>
 
-namespace kapris_cli
+namespace kapris_report
 {
 
 static constexpr size_t most_bars = 64, most_rows = 256, most_extremes = 20;
@@ -238,4 +238,4 @@ std::string WeightsHtml(const ReportData &data)
        svg, FoldedTable("Weights as numbers", WeightTable(data, parts))});
 }
 
-} // namespace kapris_cli
+} // namespace kapris_report

@@ -3,6 +3,8 @@
 
 #include "solve/groups.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/files.h"
 #include "formats/scan.h"

@@ -8,6 +8,8 @@
 
 #include "solve/journal.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/files.h"
 #include "formats/hash.h"

@@ -3,6 +3,8 @@
 
 #include "solve/outcome.h"
 
+#include "libraries.h"
+
 #include "formats/files.h"
 #include "formats/text.h"
 #include "measure/bounds.h"

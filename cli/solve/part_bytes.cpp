@@ -3,6 +3,8 @@
 
 #include "solve/part_bytes.h"
 
+#include "libraries.h"
+
 #include <cstdint>
 
 namespace kapris_cli

@@ -3,6 +3,8 @@
 
 #include "solve/request.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/text.h"
 #include "json/json.h"

@@ -9,6 +9,8 @@
 
 #include "solve/solve.h"
 
+#include "libraries.h"
+
 #include "formats/files.h"
 #include "formats/names.h"
 #include "formats/output.h"
@@ -36,6 +38,8 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace kapris_cli
 {
@@ -227,6 +231,15 @@ static std::vector<int> WriteAndRead(const Outcome &outcome, const std::string &
   return part;
 }
 
+// Writing to one fails when its reader has closed it, who has then seen enough.
+static bool IsPipe(const std::string &path)
+{
+  struct stat info;
+
+  return (path == "-" ? fstat(STDOUT_FILENO, &info) : stat(path.c_str(), &info)) == 0 &&
+         (S_ISFIFO(info.st_mode) || S_ISSOCK(info.st_mode));
+}
+
 // To another place than was asked for, which is then the output.
 static void RescueParts(Outcome *outcome, const std::string &text, Failure *failure)
 {
@@ -255,7 +268,8 @@ static std::optional<Failure> WriteParts(Outcome *outcome)
   } catch (Failure &caught) {
     caught.status = EXIT_FILES; // also if what is read again makes no sense
     failure = caught;
-    RescueParts(outcome, text, &*failure);
+    if (!IsPipe(outcome->plan.out))
+      RescueParts(outcome, text, &*failure);
     part = result.part;
   }
   const Measures measures = Measure(NameOf(outcome->request->input), outcome->hgr, part);
@@ -339,7 +353,7 @@ ExitStatus Solve(const std::string &command, const Request &request, const Engin
     failure = late;
   }
   if (failure) {
-    if (outcome.plan.out != "-")
+    if (outcome.plan.out != "-" && !IsPipe(outcome.plan.out))
       failure->text += fmt::format("\nthe partition is in {}", Shown(outcome.plan.out));
     throw *failure;
   }

@@ -3,6 +3,8 @@
 
 #include "solve/terminals.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 
 #include <algorithm>

@@ -7,6 +7,8 @@
 //   merge    the lists of starts; what is missing is said            MergeStarts
 //   deliver  the part file of the best, checked against its result   CopyPart
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/files.h"
 #include "formats/hash.h"

@@ -1,6 +1,8 @@
 // cli/verbs/check.cpp - kapris check: every fault and oddity of a hypergraph file with its place.
 // SPDX-License-Identifier: MIT
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "measure/bounds.h"
 #include "options/input.h"

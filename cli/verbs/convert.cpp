@@ -6,6 +6,8 @@
 //   write    compressed if the name says so                                              WriteFile
 //   verify   by reading the file again                                                   CheckWritten
 
+#include "libraries.h"
+
 #include "formats/bookshelf.h"
 #include "formats/failure.h"
 #include "formats/files.h"

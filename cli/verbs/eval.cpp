@@ -4,6 +4,8 @@
 //   measure   what was asked for           Evaluate
 //   print     as lines or as one object    FormatEvaluation, EvaluationJson
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/output.h"
 #include "formats/text.h"

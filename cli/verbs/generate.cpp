@@ -3,6 +3,8 @@
 
 #include "generate/generate.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/input.h"
 #include "formats/output.h"

@@ -3,6 +3,8 @@
 
 #include "report/report.h"
 
+#include "libraries.h"
+
 #include "formats/failure.h"
 #include "formats/files.h"
 #include "formats/output.h"

@@ -3,6 +3,8 @@
 
 #include "measure/stats.h"
 
+#include "libraries.h"
+
 #include "formats/output.h"
 #include "formats/text.h"
 #include "json/objects.h"

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "color.h"
+#include "libraries.h"
 
 #include "formats/failure.h"
 

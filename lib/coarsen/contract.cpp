@@ -209,6 +209,7 @@ HGraph *CreateCoarseHGraph__(const Control *ctrl, const HGraph *graph, const Gro
   int *htable = ismalloc__(nentries, -1, "CreateCoarseHGraph: htable");
 
   NetList mapped = MapNets(graph, groups->cellmap, netmap, htable, &coarser->dropwgt);
+  Checkpoint(ctrl);
   int *dnetmap = imalloc__(mapped.nnets, "CreateCoarseHGraph: dnetmap");
   const NetView view = {mapped.nnets, mapped.netptr, mapped.netind, mapped.netwgt};
   const NetList merged = MergeSameNets(&view, dnetmap, &labels, ProductKey());
@@ -217,6 +218,7 @@ HGraph *CreateCoarseHGraph__(const Control *ctrl, const HGraph *graph, const Gro
       netmap[i] = dnetmap[netmap[i]];
   QVfree__(&mapped.netptr, &mapped.netind, &mapped.netwgt, &dnetmap);
 
+  Checkpoint(ctrl);
   coarser->nnets = merged.nnets;
   coarser->netptr = merged.netptr;
   coarser->netind = merged.netind;
@@ -233,6 +235,7 @@ HGraph *CreateCoarseHGraph__(const Control *ctrl, const HGraph *graph, const Gro
   iset__(nentries, -1, htable);
   BuildCoarseCells(graph, groups, netmap, coarser, htable);
 
+  Checkpoint(ctrl);
   CHECK_VALID(CheckHGraph(coarser));
   CHECK_VALID(CheckContraction(graph, coarser, groups->cellmap, netmap));
   QVfree__(&htable, &netmap);

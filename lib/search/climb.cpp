@@ -325,13 +325,22 @@ static int TakeBest(Climber *c)
   return -1;
 }
 
+// A step takes long: a move of a cell on a coarse level changes the gains of thousands.
+static void CheckpointOften(const Climber *c, std::size_t step)
+{
+  if (step % 16 == 0)
+    Checkpoint(c->ctrl);
+}
+
 static void EndSearch(Climber *c, std::size_t nkept)
 {
   for (const int v : c->heap)
     c->places[At(v)] = -1;
   c->heap.clear();
-  for (std::size_t i = c->steps.size(); i > nkept; i--)
+  for (std::size_t i = c->steps.size(); i > nkept; i--) {
+    CheckpointOften(c, i);
     Move<false>(c, c->steps[i - 1].cell, c->steps[i - 1].from);
+  }
   for (std::size_t i = 0; i < nkept; i++)
     c->moved[At(c->steps[i].cell)] = 1;
   c->steps.clear();
@@ -346,7 +355,7 @@ static void RunSearch(Climber *c, StopRule rule, Value *value)
   for (int v = TakeBest(c); v != -1; v = TakeBest(c)) {
     const int from = c->part[v], to = c->targets[At(v)];
     const Gain gain = c->gains[At(v)];
-    CheckpointAt(c->ctrl, static_cast<int>(c->steps.size()));
+    CheckpointOften(c, c->steps.size());
     if (IsSample(static_cast<int>(c->steps.size()), c->graph->ncells))
       CHECK_VALID(CheckGain(c, v));
     now.excess -= Excess(c, from) + Excess(c, to);
@@ -430,9 +439,11 @@ static void SearchFromAll(Climber *c, const Array<int> &border, Value *value)
   const int n = c->graph->ncells;
 
   Unlock(c);
-  for (const int v : border)
-    if (FindMove(c, v))
-      Insert(c, v);
+  for (std::size_t i = 0; i < border.size(); i++) {
+    CheckpointOften(c, i);
+    if (FindMove(c, border[i]))
+      Insert(c, border[i]);
+  }
   RunSearch(c, {std::max(FRUITLESS_LONG, static_cast<int>(FRUITLESS_SHARE * n)), false, 0.0}, value);
 }
 
@@ -487,9 +498,8 @@ static const char *CheckClimb(const Climber *c, const Value *value)
 
 void Climb(const Control *ctrl, const SearchGoal *goal, const HGraph *graph, int *part, Value *value)
 {
-  Climber c = OpenClimber(ctrl, goal, graph, part);
-
   EnterPhase(ctrl, PHASE_REFINE, graph->ncells);
+  Climber c = OpenClimber(ctrl, goal, graph, part);
   for (int round = 0; round < SEARCH_ROUNDS; round++) {
     const Value before = *value;
     Array<int> border = FindBorder(&c);

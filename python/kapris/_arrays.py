@@ -133,18 +133,28 @@ def whole(name: str, value: Any, low: int, high: int) -> int:
     return number
 
 
-def copy_out(pointer: int | None, count: int, code: str) -> Buffer:
-    """A new array with what stands at an address: NumPy's if it is there, else an ``array.array``."""
+def empty(count: int, code: str) -> Buffer:
+    """A new array to be filled: NumPy's if it is there, else an ``array.array``."""
     np = numpy()
     if np is not None:
-        made = np.empty(count, _TYPES[code])
-        place = made.__array_interface__["data"][0]
-    else:
-        made = array.array(code, bytes(count * array.array(code).itemsize))
-        place = made.buffer_info()[0]
-    if count > 0 and pointer:
+        return np.empty(count, _TYPES[code])
+    return array.array(code, bytes(count * array.array(code).itemsize))
+
+
+def copy_out(pointer: int | None, count: int, code: str) -> Buffer:
+    """A new array with what stands at an address."""
+    made = empty(count, code)
+    place = address(made)
+    if count > 0 and pointer and place:
         ctypes.memmove(place, pointer, count * made.itemsize)
     return made
+
+
+def largest(made: Buffer) -> int:
+    """The largest of whole numbers; -1 of none or if all are below."""
+    if len(made) == 0:
+        return -1
+    return max(-1, int(made.max() if hasattr(made, "max") else max(made)))
 
 
 Numbers = Union[Sequence[int], "array.array[int]", Any]

@@ -138,6 +138,8 @@ def _load_report() -> ctypes.CDLL:
     report = ctypes.CDLL(str(_HERE / "libkapris_report.so"))
     _declare(report, "kapris_write_report", c_int, c_char_p, c_char_p, POINTER(FileRecord), c_void_p, c_char_p,
              c_size_t)
+    _declare(report, "kapris_order", c_int, POINTER(FileRecord), c_void_p, c_int, c_void_p, c_void_p, c_void_p,
+             c_void_p, c_char_p, c_size_t)
     return report
 
 
@@ -152,7 +154,7 @@ def formats() -> ctypes.CDLL:
 
 @functools.lru_cache(maxsize=None)
 def reports() -> ctypes.CDLL:
-    """The library of the page of a result, loaded when the first is written."""
+    """The library of orders and of the page of a result, loaded when the first is made."""
     return _load_report()
 
 

@@ -5,12 +5,14 @@
     import cotengra, kapris.cotengra
     cotengra.HyperOptimizer(methods=["kapris"]).search(inputs, output, size_dict)
 
-:func:`membership` is what the method calls, and works without cotengra.
+:func:`membership` is what the method calls, and works without cotengra. It was written for the interface that drivers
+of cotengra have, and was tested with a stand-in for it, not with the package itself.
 """
 # SPDX-License-Identifier: MIT
 from __future__ import annotations
 
 import math
+import warnings
 from typing import Any, Collection, Hashable, Mapping, Sequence
 
 from .hypergraph import Hypergraph
@@ -55,7 +57,7 @@ def hypergraph(inputs: Sequence[Collection[Hashable]], size_dict: Mapping[Hashab
 def membership(inputs: Sequence[Collection[Hashable]], output: Collection[Hashable], size_dict: Mapping[Hashable, int],
                *, parts: int = 2, imbalance: float = 0.1, objective: str = "cut", weight_nodes: str = "const",
                weight_edges: str = "log", fix_output_nodes: str | bool = False, preset: str = "fast",
-               seed: Any = None, **others: Any) -> list[int]:
+               seed: Any = None) -> list[int]:
     """The part of each tensor.
 
     :param output: the indices that stay open
@@ -89,12 +91,15 @@ def membership(inputs: Sequence[Collection[Hashable]], output: Collection[Hashab
 
 
 def register() -> None:
-    """Registers the method ``"kapris"``; done by the import of this module where cotengra is there."""
-    import cotengra
+    """Registers the method ``"kapris"``; done by the import of this module where cotengra is there.
+
+    :raises ImportError: cotengra is not installed, or has not got what drivers use
+    """
+    from cotengra import register_hyper_function
     from cotengra.core import PartitionTreeBuilder
 
-    cotengra.register_hyper_function(
-        name="kapris", ssa_func=PartitionTreeBuilder(membership).trial_fn,
+    register_hyper_function(
+        name="kapris", ssa_func=PartitionTreeBuilder(membership).build_divide,
         space={"random_strength": {"type": "FLOAT_EXP", "min": 0.01, "max": 10.0},
                "weight_edges": {"type": "STRING", "options": ["const", "log"]},
                "cutoff": {"type": "INT", "min": 10, "max": 40},
@@ -108,7 +113,8 @@ def register() -> None:
 
 try:
     register()
-except ImportError:
-    pass
+except ImportError as error:
+    if not (isinstance(error, ModuleNotFoundError) and error.name == "cotengra"):
+        warnings.warn(f"cotengra does not get the method 'kapris': {error}", RuntimeWarning, stacklevel=2)
 
 __all__ = ["hypergraph", "membership", "register"]

@@ -62,7 +62,7 @@ class Hypergraph:
         if starts[-1] != len(cells):
             raise ValueError(f"offsets[{len(starts) - 1}] is {starts[-1]}, but there are {len(cells)} pins")
         if ncells is None:
-            ncells = max(0, int(cells.max() if hasattr(cells, "max") else max(cells)) + 1) if len(cells) else 0
+            ncells = _arrays.largest(cells) + 1
         set_ = object.__setattr__
         set_(self, "ncells", _arrays.whole("ncells", ncells, 0, 2**31 - 1))
         set_(self, "nnets", len(starts) - 1)
@@ -93,7 +93,11 @@ class Hypergraph:
         return len(self.pins)
 
     def net(self, j: int) -> list[int]:
-        """The cells of net ``j``, as the net names them."""
+        """The cells of net ``j``, as the net names them.
+
+        >>> Hypergraph.from_nets([[0, 1], [2, 1]]).net(1)
+        [2, 1]
+        """
         if not 0 <= j < self.nnets:
             raise IndexError(f"there is no net {j}: there are {self.nnets}")
         return list(map(int, self.pins[self.offsets[j]:self.offsets[j + 1]]))
@@ -216,6 +220,13 @@ class Hypergraph:
         :param depth: of yosys: the levels of modules that are dissolved
         :raises ValueError: with file, line and column of what is wrong
         :raises OSError: if the file cannot be read
+
+        >>> import pathlib, tempfile
+        >>> with tempfile.TemporaryDirectory() as folder:
+        ...     path = pathlib.Path(folder) / "lines.txt"
+        ...     size = path.write_text("2 3\\n1 2\\n2 3\\n")
+        ...     Hypergraph.read(path, format="hgr")
+        <kapris.Hypergraph: 3 cells, 2 nets, 4 pins>
         """
         name = os.fspath(path)
         os.stat(name)  # raises the error of its kind
@@ -243,6 +254,13 @@ class Hypergraph:
         :param drop_names: names may be lost
         :raises ValueError: says what the format cannot hold, or what is wrong with the hypergraph
         :raises OSError: if the file cannot be written
+
+        >>> import pathlib, tempfile
+        >>> with tempfile.TemporaryDirectory() as folder:
+        ...     path = pathlib.Path(folder) / "h.hgr"
+        ...     Hypergraph.from_nets([[0, 1], [1, 2]]).write(path)
+        ...     path.read_text().split()
+        ['2', '3', '1', '2', '2', '3']
         """
         message = ctypes.create_string_buffer(1000)
         file, kept = self._record()
@@ -261,19 +279,18 @@ class Hypergraph:
         'a70d834182384b35'
         """
         digits, message = ctypes.create_string_buffer(17), ctypes.create_string_buffer(1000)
-        file, kept = self._record()
+        file, _ = self._record(with_names=False)
         status = _native.formats().kapris_hash_file(ctypes.byref(file), digits, message, len(message))
-        del kept
         _native.check_file(status, message)
         return digits.value.decode()
 
-    def _record(self) -> tuple[_native.FileRecord, list[Any]]:
+    def _record(self, with_names: bool = True) -> tuple[_native.FileRecord, list[Any]]:
         """The record for the formats library, and what must live as long as it is used."""
         kept: list[Any] = []
         tables = []
         for names in (self.cell_names, self.net_names):
             table = _native.NameTable()
-            if names is not None:
+            if names is not None and with_names:
                 encoded = [name.encode("utf-8", "surrogateescape") for name in names]
                 text = ctypes.create_string_buffer(b"".join(encoded))
                 starts = (ctypes.c_size_t * (len(encoded) + 1))()

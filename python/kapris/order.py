@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: MIT
 from __future__ import annotations
 
+import ctypes
 from typing import Any, NamedTuple
 
-from . import _arrays
+from . import _arrays, _native
 from .hypergraph import Hypergraph, as_hypergraph
 from .result import Result
 
@@ -35,56 +36,28 @@ def order(h: Any, part: Any, parts: int | None = None) -> Order:
 
     :param h: a :class:`Hypergraph`, or what :func:`partition` takes for one
     :param part: [ncells] as :attr:`Result.part`, or the result itself
+    :param parts: number of parts; by default that of the result, or the largest in ``part`` and one
+    :raises ValueError: names the argument, the index and the value
 
     >>> made = order([[2, 3], [0, 2], [1, 3]], [0, 1, 0, 1])
     >>> made.nets.tolist(), made.cells.tolist(), made.net_blocks, made.cell_blocks
     ([1, 2, 0], [0, 2, 1, 3], (0, 1, 2, 3), (0, 2, 4))
     """
     given = as_hypergraph(h)
-    numbers, parts = _parts_of(given, part, parts)
-    nets = _net_places(given, numbers, parts)
-    net_order = sorted(range(given.nnets), key=nets.__getitem__)
-    cell_order = sorted(range(given.ncells), key=numbers.__getitem__)
-    return Order(_as_array(net_order), _as_array(cell_order), _blocks((place[0] for place in nets), parts + 1),
-                 _blocks(numbers, parts))
-
-
-def _parts_of(h: Hypergraph, part: Any, parts: int | None) -> tuple[list[int], int]:
     if isinstance(part, Result):
         part, parts = part.part, part.parts if parts is None else parts
-    array = _arrays.of_length("part", part, "i", h.ncells, "cells")
-    numbers: list[int] = array.tolist()
-    if parts is None:
-        parts = max(numbers, default=0) + 1
-    for i, p in enumerate(numbers):
-        if not 0 <= p < parts:
-            raise ValueError(f"part[{i}] is {p}, but it should be between 0 and {parts - 1}")
-    return numbers, parts
-
-
-def _net_places(h: Hypergraph, numbers: list[int], parts: int) -> list[tuple[int, int, int]]:
-    """Of each net: its block, and the first and the last part that it is in."""
-    places = []
-    offsets, touched = h.offsets.tolist(), [numbers[c] for c in h.pins.tolist()]
-    for j in range(h.nnets):
-        of_net = touched[offsets[j]:offsets[j + 1]]
-        first, last = (min(of_net), max(of_net)) if of_net else (parts - 1, parts - 1)
-        places.append((first if first == last else parts, first, last))
-    return places
-
-
-def _blocks(numbers: Any, count: int) -> tuple[int, ...]:
-    sizes = [0] * (count + 1)
-    for number in numbers:
-        sizes[number + 1] += 1
-    for b in range(count):
-        sizes[b + 1] += sizes[b]
-    return tuple(sizes)
-
-
-def _as_array(numbers: list[int]) -> Any:
-    np = _arrays.numpy()
-    return np.array(numbers, np.int32) if np is not None else _arrays.buffer("order", numbers, "i")
+    numbers = _arrays.of_length("part", part, "i", given.ncells, "cells")
+    if numbers is None:
+        raise TypeError("part is None")
+    parts = max(1, _arrays.largest(numbers) + 1) if parts is None else _arrays.whole("parts", parts, 1, 2**31 - 1)
+    nets, cells = _arrays.empty(given.nnets, "i"), _arrays.empty(given.ncells, "i")
+    net_blocks, cell_blocks = (ctypes.c_int * (parts + 2))(), (ctypes.c_int * (parts + 1))()
+    message = ctypes.create_string_buffer(1000)
+    file = given._record(with_names=False)[0]
+    _native.check_file(_native.reports().kapris_order(
+        ctypes.byref(file), _arrays.address(numbers), parts, _arrays.address(nets), _arrays.address(cells), net_blocks,
+        cell_blocks, message, len(message)), message)
+    return Order(nets, cells, tuple(net_blocks), tuple(cell_blocks))
 
 
 def spy(h: Any, part: Any = None, parts: int | None = None, *, ax: Any = None, markersize: float | None = None) -> Any:
@@ -102,13 +75,12 @@ def spy(h: Any, part: Any = None, parts: int | None = None, *, ax: Any = None, m
     given = as_hypergraph(h)
     if ax is None:
         _, ax = pyplot.subplots()
-    xs, ys = given.pins.tolist(), []
-    for j in range(given.nnets):
-        ys += [j] * (int(given.offsets[j + 1]) - int(given.offsets[j]))
+    np = _arrays.numpy()  # which matplotlib needs as well
+    xs = np.asarray(given.pins)
+    ys = np.repeat(np.arange(given.nnets), np.diff(np.asarray(given.offsets)))
     if part is not None:
         made = order(given, part, parts)
-        new_cell, new_net = _places(made.cells), _places(made.nets)
-        xs, ys = [new_cell[x] for x in xs], [new_net[y] for y in ys]
+        xs, ys = _places(np, made.cells)[xs], _places(np, made.nets)[ys]
         for line in made.net_blocks[1:-1]:
             ax.axhline(line - 0.5, color="0.7", linewidth=0.6)
         for line in made.cell_blocks[1:-1]:
@@ -122,10 +94,10 @@ def spy(h: Any, part: Any = None, parts: int | None = None, *, ax: Any = None, m
     return ax
 
 
-def _places(numbers: Any) -> list[int]:
-    places = [0] * len(numbers)
-    for place, number in enumerate(numbers):
-        places[number] = place
+def _places(np: Any, numbers: Any) -> Any:
+    """Where each number stands."""
+    places = np.empty(len(numbers), np.int64)
+    places[numbers] = np.arange(len(numbers))
     return places
 
 

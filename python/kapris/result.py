@@ -111,7 +111,7 @@ class Result:
         >>> kapris.evaluate([[0, 1], [1, 2]], [0, 1, 1]).cells(1)
         [1, 2]
         """
-        return [i for i, p in enumerate(self.part) if p == part]
+        return [i for i, p in enumerate(self.part.tolist()) if p == part]
 
     def to_json(self) -> str:
         """The object ``kapris-result-1`` of the tool, which ``docs/json.md`` describes; ``kapris best`` and
@@ -139,7 +139,7 @@ class Result:
             "status": self.status, "message": self.message, "warnings": [],
             "best": {"start": best, "cut": self.cut, "soed": self.soed, "connectivity": self.connectivity,
                      "imbalance": self.imbalance, "excess": self.excess,
-                     "empty_parts": self.parts - len(set(map(int, self.part))), "balanced": self.balanced},
+                     "empty_parts": self.parts - len(set(self.part.tolist())), "balanced": self.balanced},
             "starts": [start._asdict() for start in self.starts], "part_weights": self.part_weights,
             "part_limits": self.limits, "part_minimums": self.minimums,
             "output": {"path": "part", "hash": _hash_of(self.part)}, "seconds": self._seconds(),
@@ -181,6 +181,13 @@ class Result:
 
         :raises OSError: if the file cannot be written
         :raises ValueError: for the result of evaluate, which tells of no run
+
+        >>> import pathlib, tempfile, kapris
+        >>> with tempfile.TemporaryDirectory() as folder:
+        ...     page = pathlib.Path(folder) / "page.html"
+        ...     kapris.partition([[0, 1], [1, 2]], 2).report(page)
+        ...     page.read_text()[:15]
+        '<!DOCTYPE html>'
         """
         message = ctypes.create_string_buffer(1000)
         part = _arrays.buffer("part", self.part, "i")

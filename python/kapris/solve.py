@@ -359,7 +359,7 @@ def _given(h: Given, part: Numbers, parts: int | None) -> tuple[Hypergraph, Any,
     if before is None:
         raise TypeError("part is None")
     if parts is None:
-        parts = max(1, int(max(before)) + 1) if len(before) else 1
+        parts = max(1, _arrays.largest(before) + 1)
     return given, before, parts
 
 

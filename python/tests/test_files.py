@@ -1,13 +1,19 @@
 """Files of all formats, results as JSON and as pages."""
 # SPDX-License-Identifier: MIT
+import importlib
 import json
 import pickle
+import random
+import sys
+import types
 from html.parser import HTMLParser
 
 import pytest
 
 import kapris
+import kapris.cotengra
 from kapris import Hypergraph
+from kapris.cotengra import hypergraph, membership
 
 NETS = [[0, 1], [1, 2, 3], [0, 3]]
 
@@ -34,15 +40,11 @@ def test_names_go_through_bookshelf(tmp_path):
     assert (again.cell_names, again.net_names) == (h.cell_names, h.net_names) and nets_of(again) == nets_of(h)
 
 
-@pytest.mark.parametrize("name, text, options, nets", [
-    ("m.mtx", "%%MatrixMarket matrix coordinate pattern general\n2 3 3\n1 1\n1 3\n2 2\n", {}, [[0, 2], [1]]),
-    ("m.mtx", "%%MatrixMarket matrix coordinate pattern general\n2 3 3\n1 1\n1 3\n2 2\n", {"model": "column-net"},
-     [[0], [1], [0]]),
-    ("f.cnf", "p cnf 3 2\n1 -2 0\n2 3 0\n", {}, [[0, 1], [1, 2]]),
-    ("f.graph", "3 2\n2\n1 3\n2\n", {}, [[0, 1], [1, 2]]),
-    ("f.txt", "2 3\n1 2\n2 3\n", {"format": "hgr"}, [[0, 1], [1, 2]])])
-def test_formats(name, text, options, nets, tmp_path):
-    (tmp_path / name).write_text(text)
+@pytest.mark.parametrize("name, options, nets", [
+    ("m.mtx", {}, [[0, 2], [1]]), ("m.mtx", {"model": "column-net"}, [[0], [1], [0]]),
+    ("m.txt", {"format": "mtx"}, [[0, 2], [1]])])
+def test_formats_and_models(name, options, nets, tmp_path):
+    (tmp_path / name).write_text("%%MatrixMarket matrix coordinate pattern general\n2 3 3\n1 1\n1 3\n2 2\n")
     assert nets_of(Hypergraph.read(tmp_path / name, **options)) == nets
 
 
@@ -116,17 +118,15 @@ def test_json_report_and_picture(tmp_path):
     assert pickle.loads(pickle.dumps(result)).cut == result.cut
 
 
-def test_spy(tmp_path):
+def test_spy():
     pyplot = pytest.importorskip("matplotlib.pyplot")
     pyplot.switch_backend("agg")
     ax = kapris.spy([[0, 2], [1, 3], [2, 3]], [0, 1, 0, 1])
     (line,) = [line for line in ax.lines if len(line.get_xdata()) == 6]
     assert sorted(zip(line.get_xdata(), line.get_ydata())) == [(0, 0), (1, 0), (1, 2), (2, 1), (3, 1), (3, 2)]
-    ax.figure.savefig(tmp_path / "spy.png")
 
 
 def test_tensor_networks():
-    from kapris.cotengra import hypergraph, membership
     inputs = [["a", "x"], ["a", "b"], ["b", "c"], ["c", "d"], ["d"]]
     size_dict = dict(a=4, b=2, c=4, d=4, x=2)
     part = membership(inputs, ["x"], size_dict, imbalance=0.25, seed=1)
@@ -136,9 +136,61 @@ def test_tensor_networks():
     assert list(hypergraph(inputs, size_dict, weight_nodes="log", weight_edges="const").cell_weights)[0] == 3000
 
 
-def test_the_driver_of_cotengra():
-    cotengra = pytest.importorskip("cotengra")
-    import kapris.cotengra  # noqa: F401, registers the method
-    inputs, output, _, size_dict = cotengra.utils.lattice_equation([4, 4])
-    tree = cotengra.HyperOptimizer(methods=["kapris"], max_repeats=4, parallel=False).search(inputs, output, size_dict)
-    assert tree.contraction_cost() > 0
+class Builder:
+    """Calls a partitioner as cotengra's builder of trees does: below the root with fewer parts, another imbalance and
+    sizes that are not whole, until what is left is below the cutoff."""
+
+    def __init__(self, partition_fn):
+        self.partition_fn = partition_fn
+
+    def build_divide(self, inputs, output, size_dict, random_strength=0.01, cutoff=10, parts=2, parts_decay=0.5,
+                     seed=None, **options):
+        rng = random.Random(seed)
+        sizes = {index: size * (1 + random_strength * rng.random()) for index, size in size_dict.items()}
+        imbalance, decay = options.pop("imbalance"), options.pop("imbalance_decay")
+        is_auto = options["fix_output_nodes"] == "auto"
+        leaves, todo = [], [list(range(len(inputs)))]
+        while todo:
+            tensors = todo.pop()
+            if len(tensors) <= cutoff:
+                leaves.append(tensors)
+                continue
+            share = len(tensors) / len(inputs)
+            options["imbalance"] = (share**decay * imbalance if decay >= 0 else
+                                    1 - share**-decay * (1 - imbalance))
+            if is_auto:
+                options["fix_output_nodes"] = len(tensors) == len(inputs)
+            used = [inputs[t] for t in tensors]
+            beside = {index for t in range(len(inputs)) if t not in tensors for index in inputs[t]}
+            found = self.partition_fn(used, {i for one in used for i in one if i in output or i in beside}, sizes,
+                                      parts=max(2, int(share**parts_decay * parts)), seed=rng, **options)
+            groups = [[t for t, p in zip(tensors, found) if p == q] for q in sorted(set(found))]
+            assert len(found) == len(tensors) and len(groups) > 1
+            todo += groups
+        return leaves
+
+
+def test_the_driver_of_cotengra(monkeypatch):
+    methods = {}
+    package, core = types.ModuleType("cotengra"), types.ModuleType("cotengra.core")
+    package.core, core.PartitionTreeBuilder = core, Builder
+    package.register_hyper_function = lambda name, ssa_func, space, constants=None: methods.update(
+        {name: (ssa_func, space)})
+    monkeypatch.setitem(sys.modules, "cotengra", package)
+    monkeypatch.setitem(sys.modules, "cotengra.core", core)
+    importlib.reload(kapris.cotengra)
+    build, space = methods["kapris"]
+    side, rng = 8, random.Random(1)
+    edges = [(t, u) for t in range(side * side) for u in (t + 1, t + side)
+             if u < side * side and (u != t + 1 or u % side)]
+    inputs = [[edge for edge in edges if t in edge] + (["open"] if t == 5 else []) for t in range(side * side)]
+    size_dict = {"open": 2, **{edge: rng.choice([2, 3, 8]) for edge in edges}}
+    choose = {"FLOAT_EXP": lambda v: rng.uniform(v["min"], v["max"]), "FLOAT": lambda v: rng.uniform(v["min"], v["max"]),
+              "INT": lambda v: rng.randint(v["min"], v["max"]), "STRING": lambda v: rng.choice(v["options"])}
+    for seed in range(40):
+        options = {name: choose[value["type"]](value) for name, value in space.items()}
+        leaves = build(inputs, {"open"}, size_dict, seed=seed, **options)
+        assert sorted(t for leaf in leaves for t in leaf) == list(range(side * side)), options
+    del core.PartitionTreeBuilder
+    with pytest.warns(RuntimeWarning, match="cotengra does not get the method 'kapris'"):
+        importlib.reload(kapris.cotengra)

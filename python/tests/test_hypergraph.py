@@ -36,13 +36,10 @@ WRONG = [
     (dict(offsets=[], pins=[]), ValueError, "offsets has no elements"),
     (dict(offsets=[1, 2], pins=[0, 0]), ValueError, r"offsets\[0\] is 1, but it should be 0"),
     (dict(offsets=[0, 3], pins=[0, 0]), ValueError, r"offsets\[1\] is 3, but there are 2 pins"),
-    (dict(offsets=[0, 2.5], pins=[0, 0]), ValueError, r"offsets\[1\] is 2.5, not a whole number"),
     (dict(offsets=[0, 2], pins=[0, float("nan")]), ValueError, r"pins\[1\] is nan, not a whole number"),
     (dict(offsets=[0, 2], pins=[0, "a"]), TypeError, r"pins\[1\] is 'a', not a whole number"),
-    (dict(offsets=[0, 2], pins=[0, None]), TypeError, r"pins\[1\] is None"),
     (dict(offsets=[0, 2], pins=[0, 2**31]), ValueError, r"pins\[1\] is 2147483648, which does not fit 32 bits"),
     (dict(offsets=[0, 2], pins="ab"), TypeError, "pins is 'ab', not a sequence"),
-    (dict(offsets=0, pins=[]), TypeError, "offsets is 0, not a sequence"),
     (dict(offsets=[0, 2], pins=[0, 1], ncells=-1), ValueError, "ncells is -1, but it should be between 0 and"),
     (dict(offsets=[0, 2], pins=[0, 1], ncells=2.0), TypeError, "ncells is 2.0, not a whole number"),
     (dict(offsets=[0, 2], pins=[0, 1], cell_weights=[1]), ValueError,
@@ -145,9 +142,6 @@ def test_matrices():
         Hypergraph.from_scipy(dense)
     with pytest.raises(TypeError, match="ndarray is no hypergraph"):
         kapris.partition(dense, 2)
-    order = kapris.order(matrix, [0, 1, 0, 1])
-    assert order.cells.tolist() == [0, 2, 1, 3] and order.nets.tolist() == [0, 1, 2]
-    assert (order.net_blocks, order.cell_blocks) == ((0, 1, 2, 3), (0, 2, 4))
 
 
 def test_graphs():

@@ -61,19 +61,14 @@ H = kapris.Hypergraph.from_nets([[0, 1], [1, 2], [2, 3]])
 WRONG = [
     (dict(parts=0), ValueError, "parts is 0, but it should be between 1"),
     (dict(parts=2.5), TypeError, "parts is 2.5, not a whole number"),
-    (dict(parts="2"), TypeError, "parts is '2'"),
     (dict(epsilon=-0.1), ValueError, "epsilon is -0.1, but it should be at least 0"),
     (dict(epsilon=float("nan")), ValueError, "epsilon is -?nan"),
     (dict(epsilon="0.1"), TypeError, "epsilon is '0.1', not a number"),
     (dict(objective="best"), ValueError, "objective is 'best', not one of cut, soed, connectivity, km1"),
     (dict(preset="slow"), ValueError, "preset is 'slow', not one of fast, default, quality"),
-    (dict(preset=[]), ValueError, r"preset is \[\]"),
-    (dict(seed=-1), ValueError, "seed is -1"),
     (dict(seed=2**31), ValueError, "seed is 2147483648"),
-    (dict(starts=0), ValueError, "starts is 0"),
     (dict(threads=0), ValueError, "threads is 0"),
     (dict(time_limit=0), ValueError, "time_limit is 0, but it should be above 0"),
-    (dict(time_limit=float("nan")), ValueError, "time_limit is nan"),
     (dict(memory_limit=0), ValueError, "memory_limit is 0"),
     (dict(min_epsilon=2), ValueError, "min_epsilon is 2, but it should be between 0 and 1"),
     (dict(fixed=[0]), ValueError, "fixed has 1 elements, but there are 4 cells"),
@@ -82,7 +77,6 @@ WRONG = [
     (dict(target_weights=[1]), ValueError, "target_weights has 1 elements, but there are 2 parts"),
     (dict(target_weights=[1, -1]), ValueError, r"target_weights\[1\] is -1"),
     (dict(target_weights=[1, float("nan")]), ValueError, r"target_weights\[1\] is -?nan"),
-    (dict(target_weights=["a", 1]), TypeError, r"target_weights\[0\] is 'a', not a number"),
     (dict(progress=3), TypeError, "progress is 3"),
 ]
 

@@ -9,7 +9,7 @@
 #include <iterator>
 #include <string>
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 static Hgr Read(const std::string &format, Model model, const std::string &text)
 {

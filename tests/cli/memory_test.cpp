@@ -18,7 +18,7 @@
 
 int kapris_main(int argc, char **argv);
 
-using namespace kapris_cli;
+using namespace kapris_formats;
 
 static const long dense = 8; // see FailEach
 

@@ -77,6 +77,20 @@ class Rescue(ToolTest):
         self.assertIn("the partition is in kapris.part.rescued\n", done.stderr)
         self.assertEqual(read("kapris.part.rescued"), read("right"))
 
+    def test_a_reader_that_has_seen_enough(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        for out, name in (("-", "standard output"), ("/dev/stdout", "/dev/stdout")):
+            # Where the signal is not ignored it ends the tool at once.
+            done = self.run_kapris(*self.usual, "-o", out, "--json=json", status=6, stdout=writer,
+                                   preexec_fn=lambda: signal.signal(signal.SIGPIPE, signal.SIG_IGN))
+            self.assertIn(f"cannot write {name}: Broken pipe\n", done.stderr)
+            self.assertNotIn("the partition is", done.stderr)
+            self.assertEqual(json.loads(read("json"))["output"]["path"], out)
+            os.remove("json")
+        os.close(writer)
+        self.assertEqual(os.listdir("."), ["c.hgr"])
+
     def test_a_folder_that_has_gone(self):
         os.mkdir("d")
         stderr = self.interrupted(lambda: os.rmdir("d"), "-o", "d/out.gz")

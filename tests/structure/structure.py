@@ -117,7 +117,8 @@ def doubled_types(args):
 def wrong_symbols(args):
     libraries = [(args.shared, [args.include / "kapris.h", args.include / "kapris_api.h"])]
     if args.shared_formats:
-        libraries.append((args.shared_formats, [args.formats / "kapris_formats.h"]))
+        libraries += [(args.shared_formats, [args.formats / "kapris_formats.h"]),
+                      (args.shared_report, [args.cli / "report" / "kapris_report.h"])]
     for library, headers in libraries:
         text = "".join(header.read_text() for header in headers)
         declared = set(re.findall(r"^KAPRIS_(?:SAFE_|FORMATS_)?API .*?\*?(\w+)\(", text, re.M))
@@ -177,6 +178,7 @@ def main():
     parser.add_argument("--cli", type=pathlib.Path)
     parser.add_argument("--formats", type=pathlib.Path)
     parser.add_argument("--shared-formats")
+    parser.add_argument("--shared-report")
     parser.add_argument("--cxx")
     parser.add_argument("--cc")
     parser.add_argument("--shared")

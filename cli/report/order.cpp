@@ -1,0 +1,78 @@
+// cli/report/order.cpp - the order of cells and nets that a partition gives.
+// SPDX-License-Identifier: MIT
+
+#include "report/order.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace kapris_report
+{
+
+namespace
+{
+
+struct Span {
+  int first, last; // parts
+
+  auto operator<=>(const Span &) const = default;
+};
+
+} // namespace
+
+// Stable, so that what was close within a part stays close. key[i] < nkeys.
+static std::vector<int> PlacesByKey(const std::vector<int> &keys, size_t nkeys, std::vector<int> *ends)
+{
+  std::vector<int> next(nkeys + 1), places;
+
+  for (const int key : keys)
+    next[static_cast<size_t>(key) + 1]++;
+  std::partial_sum(next.begin(), next.end(), next.begin());
+  ends->assign(next.begin() + 1, next.end());
+  places.reserve(keys.size());
+  for (const int key : keys)
+    places.push_back(next[static_cast<size_t>(key)]++);
+  return places;
+}
+
+static Span SpanOf(const Hgr &hgr, const std::vector<int> &part, size_t net, int nparts)
+{
+  const auto begin = hgr.netind.begin() + hgr.netptr[net], end = hgr.netind.begin() + hgr.netptr[net + 1];
+  Span span = {nparts - 1, 0};
+
+  for (auto pin = begin; pin != end; ++pin) {
+    const int p = part[static_cast<size_t>(*pin)];
+    span = {std::min(span.first, p), std::max(span.last, p)};
+  }
+  return begin == end ? Span{nparts - 1, nparts - 1} : span;
+}
+
+Order OrderByPart(const Hgr &hgr, const std::vector<int> &part, int nparts)
+{
+  const size_t k = static_cast<size_t>(nparts);
+  std::vector<Span> spans; // of the cut nets
+  std::vector<int> keys, cut, rows;
+  Order order;
+
+  order.cells = PlacesByKey(part, k, &order.cellends);
+  keys.reserve(static_cast<size_t>(hgr.nnets));
+  for (int net = 0; net < hgr.nnets; net++) {
+    const Span span = SpanOf(hgr, part, static_cast<size_t>(net), nparts);
+    keys.push_back(span.first == span.last ? span.first : nparts);
+    if (span.first != span.last) {
+      cut.push_back(net);
+      spans.push_back(span);
+    }
+  }
+  order.nets = PlacesByKey(keys, k + 1, &order.netends);
+  rows.resize(cut.size());
+  std::iota(rows.begin(), rows.end(), 0);
+  std::stable_sort(rows.begin(), rows.end(),
+                   [&](int a, int b) { return spans[static_cast<size_t>(a)] < spans[static_cast<size_t>(b)]; });
+  const int border = order.netends[k - 1];
+  for (size_t row = 0; row < rows.size(); row++)
+    order.nets[static_cast<size_t>(cut[static_cast<size_t>(rows[row])])] = border + static_cast<int>(row);
+  return order;
+}
+
+} // namespace kapris_report
