@@ -9,7 +9,6 @@
 //   job, link  records and messages
 
 #include "entry.h"
-
 #include "libraries.h"
 #include "ranks.h"
 

@@ -67,8 +67,9 @@ Order OrderByPart(const Hgr &hgr, const std::vector<int> &part, int nparts)
   order.nets = PlacesByKey(keys, k + 1, &order.netends);
   rows.resize(cut.size());
   std::iota(rows.begin(), rows.end(), 0);
-  std::stable_sort(rows.begin(), rows.end(),
-                   [&](int a, int b) { return spans[static_cast<size_t>(a)] < spans[static_cast<size_t>(b)]; });
+  std::stable_sort(rows.begin(), rows.end(), [&](int a, int b) {
+    return spans[static_cast<size_t>(a)] < spans[static_cast<size_t>(b)];
+  });
   const int border = order.netends[k - 1];
   for (size_t row = 0; row < rows.size(); row++)
     order.nets[static_cast<size_t>(cut[static_cast<size_t>(rows[row])])] = border + static_cast<int>(row);

@@ -27,33 +27,20 @@ static const char notes[] =
     "the time is\n"
     "up, and starts that have not begun by then are left out.\n";
 
-<<<<<<< HEAD
 // A verb that runs the library. text: what its help says before the notes. The caller adds its options.
 static CLI::App *AddSolver(CLI::App *app, Run *run, const char *name, const char *purpose,
-                           const std::string &text, const std::shared_ptr<Request> &request)
+                           const std::string &text, const std::shared_ptr<Request> &request,
+                           const Engine &engine = LocalEngine())
 {
-  return AddVerb(app, name, purpose, text + notes,
-                 [name, request, run] { *run = [name, request] { return Solve(name, *request); }; });
+  return AddVerb(app, name, purpose, text + notes, [name, request, run, engine] {
+    *run = [name, request, engine] { return Solve(name, *request, engine); };
+  });
 }
 
-void AddPartition(CLI::App *app, Run *run)
-{
-  auto request = std::make_shared<Request>();
-  CLI::App *verb =
-      AddSolver(app, run, "partition", "Partition a hypergraph",
-                "Examples:\n"
-                "  kapris partition circuit.hgr -k 4 -e 0.01\n"
-                "  kapris partition matrix.mtx -k 16 --scheme kway --objective soed --threads 0\n"
-                "  kapris partition circuit.hgr -k 2 --preset quality --time-limit 60 --json=run.json\n\n",
-                request);
-=======
 static void AddPartitionBy(const Engine &engine, CLI::App *app, Run *run, const std::string &help)
 {
   auto request = std::make_shared<Request>();
-  CLI::App *verb = AddVerb(app, "partition", "Partition a hypergraph", help + notes, [request, run, engine] {
-    *run = [request, engine] { return Solve("partition", *request, engine); };
-  });
->>>>>>> cluster
+  CLI::App *verb = AddSolver(app, run, "partition", "Partition a hypergraph", help, request, engine);
 
   AddPartitionOptions(verb, request.get());
   AddInput(verb, &request->input);
