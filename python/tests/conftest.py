@@ -1,7 +1,6 @@
 """What all tests share."""
 # SPDX-License-Identifier: MIT
 import importlib.util
-import itertools
 import sys
 
 import pytest
@@ -24,12 +23,6 @@ def figures(nets, weights, part):
     """Cut and connectivity by their definitions."""
     spans = [(w, len({part[c] for c in net})) for net, w in zip(nets, weights)]
     return sum(w for w, k in spans if k > 1), sum(w * max(0, k - 1) for w, k in spans)
-
-
-def best(nets, weights, ncells, parts, allowed):
-    """The least cut and the least connectivity of all partitions that a function allows; None: there is none."""
-    found = [figures(nets, weights, part) for part in itertools.product(range(parts), repeat=ncells) if allowed(part)]
-    return (min(cut for cut, _ in found), min(con for _, con in found)) if found else None
 
 
 sys.modules["common"] = sys.modules[__name__]
