@@ -1,9 +1,8 @@
 // mpi/handout.cpp - rank 0: messages, and which rank makes which start.
 // SPDX-License-Identifier: MIT
 
-#include "root.h"
-
 #include "ranks.h"
+#include "root.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,8 +30,8 @@ void Root::Turn()
     something = true;
   }
   while (std::optional<Message> message = Receive(link)) {
+    something = something || CallsForMore(message->tag);
     Handle(message->rank, message->tag, std::move(message->bytes));
-    something = true;
   }
   LookAtClock();
   LookForLost();

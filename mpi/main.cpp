@@ -8,9 +8,9 @@
 //   islands    what searches under a time limit send each other
 //   job, link  records and messages
 
+#include "entry.h"
 #include "ranks.h"
 
-#include "entry.h"
 #include "formats/failure.h"
 
 #include <cstdio>
@@ -23,10 +23,10 @@ static int RunRankZero(Link *link, int argc, char **argv)
 {
   const kapris_cli::Engine engine = {
       [link](const kapris_cli::LibraryCall &call) { return RunOnRanks(link, call); }, link->nranks};
-  const int status = kapris_cli::RunCommand(argc, argv, [&](CLI::App *app, kapris_cli::Run *run,
-                                                            kapris_cli::ColorWhen *color) {
-    kapris_cli::DescribeMpiCommand(app, run, color, engine);
-  });
+  const int status = kapris_cli::RunCommand(
+      argc, argv, [&](CLI::App *app, kapris_cli::Run *run, kapris_cli::ColorWhen *color) {
+        kapris_cli::DescribeMpiCommand(app, run, color, engine);
+      });
 
   LeaveTogether(link);
   return status;

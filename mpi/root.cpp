@@ -75,8 +75,8 @@ void Root::ShowProgress(kapris::Progress progress)
   const double limit = job.islands ? call->options.time_limit->count() : 0.0;
 
   progress.seconds = SecondsSince(began);
-  progress.done = job.islands ? std::min(1.0, progress.seconds / limit)
-                              : (ndone + progress.done) / call->options.starts;
+  progress.done =
+      job.islands ? std::min(1.0, progress.seconds / limit) : (ndone + progress.done) / call->options.starts;
   progress.starts = call->options.starts;
   progress.starts_done = ndone;
   if (best >= 0 && (progress.best < 0 || best < progress.best))
@@ -183,8 +183,8 @@ void Root::LookForLost()
       continue;
     link->lost.insert(rank);
     silent.nfree = 0;
-    fmt::print(stderr, "kapris: warning: rank {} has been silent for {:g} s; the run goes on without it\n", rank,
-               job.patience);
+    fmt::print(stderr, "kapris: warning: rank {} has been silent for {:g} s; the run goes on without it\n",
+               rank, job.patience);
     for (const auto &[number, maker] : makers)
       if (maker == rank)
         again.insert(number);
@@ -195,9 +195,10 @@ void Root::LookForLost()
 void Root::CutShort(Cut reason, double seconds)
 {
   cut = reason;
-  grace = seconds == HUGE_VAL ? Clock::time_point::max()
-                              : Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                                   std::chrono::duration<double>(seconds));
+  grace = seconds == HUGE_VAL
+              ? Clock::time_point::max()
+              : Clock::now() +
+                    std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
   worker->Cancel();
   TellAll(Tag::STOP);
 }
@@ -261,7 +262,8 @@ void LeaveTogether(Link *link)
   std::set<int> there = {0};
 
   DismissOthers(link);
-  for (Pause pause; std::ssize(there) + std::ssize(link->lost) < link->nranks && SecondsSince(began) < Patience();) {
+  for (Pause pause;
+       std::ssize(there) + std::ssize(link->lost) < link->nranks && SecondsSince(began) < Patience();) {
     const std::optional<Message> message = Receive(link);
     pause.Note(message.has_value());
     if (message && message->tag == Tag::DONE) {

@@ -131,8 +131,12 @@ Report Worker::MakePartition(const Work &work)
 
   try {
     const kapris::Result result = kapris::Partition(job->hypergraph, job->targets, OptionsFor(work));
-    const Finished finished = {result.starts[0], result.seconds_phase, result.peak_bytes,
-                               result.trials,    result.levels,        result.bisections,
+    const Finished finished = {result.starts[0],
+                               result.seconds_phase,
+                               result.peak_bytes,
+                               result.trials,
+                               result.levels,
+                               result.bisections,
                                BytesOfVisitor(*job, result.part)};
     return {Tag::FINISHED, BytesOf(finished)};
   } catch (const kapris::Error &error) {

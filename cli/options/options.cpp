@@ -105,7 +105,8 @@ static std::string VerbMissing(const CLI::App &app)
   if (words.empty())
     return "a verb is missing";
   if (words[0].starts_with('-'))
-    return fmt::format("a verb is missing before '{}', as in '{} partition'", Escape(words[0]), app.get_name());
+    return fmt::format("a verb is missing before '{}', as in '{} partition'", Escape(words[0]),
+                       app.get_name());
   for (const CLI::App *verb : app.get_subcommands([](const CLI::App *) { return true; }))
     verbs.push_back(verb->get_name());
   return fmt::format("there is no verb '{}'{}", Escape(words[0]), Suggestion(words[0], verbs));

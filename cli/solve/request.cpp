@@ -319,7 +319,8 @@ static void SetIslands(const Request &request, Plan *plan)
   if (plan->nranks == 0 || !request.time_limit || plan->options.members == 0)
     return;
   if (request.starts || !request.start_range.empty())
-    Refuse("--starts and --start-range do not go with --time-limit here: each rank is a start that ends with it");
+    Refuse("--starts and --start-range do not go with --time-limit here: each rank is a start that ends with "
+           "it");
   plan->options.starts = plan->nranks;
 }
 

@@ -318,12 +318,11 @@ ExitStatus Solve(const std::string &command, const Request &request, const Engin
   outcome.warnings =
       LimitWarnings(outcome.hgr, {request.nparts, outcome.plan.shares}, outcome.plan.options.epsilon);
   if (outcome.plan.nranks > outcome.plan.options.starts)
-    outcome.warnings.push_back(fmt::format("{} for {} ranks: the others have nothing to do without more --starts or a "
-                                           "--time-limit",
-                                           outcome.plan.options.starts == 1
-                                               ? "1 start"
-                                               : fmt::format("{} starts", outcome.plan.options.starts),
-                                           outcome.plan.nranks));
+    outcome.warnings.push_back(fmt::format(
+        "{} for {} ranks: the others have nothing to do without more --starts or a "
+        "--time-limit",
+        outcome.plan.options.starts == 1 ? "1 start" : fmt::format("{} starts", outcome.plan.options.starts),
+        outcome.plan.nranks));
   PrintWarnings(outcome.warnings);
   if (request.dry_run) {
     std::fputs(PlanSummary(outcome).c_str(), stdout);

@@ -30,10 +30,9 @@ static const char notes[] =
 static void AddPartitionBy(const Engine &engine, CLI::App *app, Run *run, const std::string &help)
 {
   auto request = std::make_shared<Request>();
-  CLI::App *verb =
-      AddVerb(app, "partition", "Partition a hypergraph", help + notes, [request, run, engine] {
-        *run = [request, engine] { return Solve("partition", *request, engine); };
-      });
+  CLI::App *verb = AddVerb(app, "partition", "Partition a hypergraph", help + notes, [request, run, engine] {
+    *run = [request, engine] { return Solve("partition", *request, engine); };
+  });
 
   AddPartitionOptions(verb, request.get());
   AddInput(verb, &request->input);
@@ -55,7 +54,8 @@ void AddMpiPartition(CLI::App *app, Run *run, const Engine &engine)
       "Examples:\n"
       "  mpirun -n 8 kapris-mpi partition circuit.hgr -k 16 --starts 100\n"
       "  mpirun -n 8 kapris-mpi partition circuit.hgr -k 16 --time-limit 600 --threads 4\n\n"
-      "Rank 0 reads the input, writes the results and shows the progress. Each rank has --threads of its own\n"
+      "Rank 0 reads the input, writes the results and shows the progress. Each rank has --threads of its "
+      "own\n"
       "and may hold --memory-limit bytes.\n\n"
       "Starts are handed out as ranks become free; any number of ranks gives the partition that one process\n"
       "gives. With --time-limit each rank is a start, they send each other what they find, and the best of\n"
