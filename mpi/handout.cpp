@@ -30,8 +30,8 @@ void Root::Turn()
     something = true;
   }
   while (std::optional<Message> message = Receive(link)) {
+    something = something || CallsForMore(message->tag);
     Handle(message->rank, message->tag, std::move(message->bytes));
-    something = true;
   }
   LookAtClock();
   LookForLost();

@@ -35,6 +35,12 @@ struct Message {
 
 struct Sending; // a message under way
 
+// Whether more is likely to follow at once; other messages come at any time.
+inline bool CallsForMore(Tag tag)
+{
+  return tag != Tag::VISITOR && tag != Tag::COPY && tag != Tag::ALIVE;
+}
+
 struct Link {
   int rank, nranks;
   bool dismissed = false; // the others know that there is no more to do
@@ -42,9 +48,8 @@ struct Link {
   std::set<int> lost;     // ranks that have been silent for too long
   std::list<std::unique_ptr<Sending>> sendings;
 
-  // Starts MPI, and ends it if the link is whole: the ranks wait for each other there, for ever for one that is
-  // gone. Only
-  // the thread that has made the link uses it.
+  // Starts MPI, and ends it if the link is whole: the ranks wait for each other there, for ever for one that is gone.
+  // Only the thread that has made the link uses it.
   Link(int *argc, char ***argv);
   ~Link();
   Link(const Link &) = delete;
@@ -67,7 +72,7 @@ void Broadcast(Link *link, void *data, std::size_t size);
 struct Pause {
   double seconds = SHORTEST;
 
-  static constexpr double SHORTEST = 5e-5, LONGEST = 5e-2, GROWTH = 1.03;
+  static constexpr double SHORTEST = 2e-4, LONGEST = 5e-2, GROWTH = 1.05;
   void Note(bool something)
   {
     seconds = something ? SHORTEST : seconds < LONGEST ? GROWTH * seconds : LONGEST;

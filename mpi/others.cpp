@@ -83,8 +83,8 @@ void Other::Turn()
     something = true;
   }
   while (std::optional<Message> message = Receive(link)) {
+    something = something || CallsForMore(message->tag);
     Handle(std::move(*message));
-    something = true;
   }
   if (*interrupted != 0 && !told) {
     told = true;

@@ -10,8 +10,7 @@ namespace kapris_mpi
 {
 
 // On rank 0: makes the starts of a call on all ranks, which have no more to do afterwards. Returns what one process
-// with
-// the same options returns.
+// with the same options returns.
 kapris::Result RunOnRanks(Link *link, const kapris_cli::LibraryCall &call);
 
 // On all others, until rank 0 has no more for them to do. Throws where that does not come about.
