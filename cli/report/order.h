@@ -1,8 +1,8 @@
 // cli/report/order.h - the order of cells and nets that a partition gives.
 // SPDX-License-Identifier: MIT
 //
-// The nets of one part stand beside their cells, part after part, and the cut nets below them: of a matrix whose columns
-// are cells, the form with diagonal blocks and a border.
+// The nets of one part stand beside their cells, part after part, and the cut nets below them: of a matrix whose
+// columns are cells, the form with diagonal blocks and a border.
 #pragma once
 
 #include "formats/hgr.h"
