@@ -16,6 +16,15 @@ if(KAPRIS_BUILD_CLI)
       DESTINATION ${CMAKE_INSTALL_DATAROOTDIR})
   endif()
 endif()
+# Apart from the rest, so that the tool does not need MPI: cmake --install installs both, packages have one of them.
+if(TARGET kapris_mpi)
+  install(TARGETS kapris_mpi RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT mpi)
+  if(TARGET kapris_manual_files)
+    install(DIRECTORY ${share_dir}-mpi/man/ DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT mpi)
+    install(DIRECTORY ${share_dir}-mpi/bash-completion ${share_dir}-mpi/zsh ${share_dir}-mpi/fish
+      DESTINATION ${CMAKE_INSTALL_DATAROOTDIR} COMPONENT mpi)
+  endif()
+endif()
 
 # The CMake package.
 include(CMakePackageConfigHelpers)

@@ -24,6 +24,18 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
+# A package of its own for kapris-mpi, which needs MPI.
+if(TARGET kapris_mpi)
+  set(CPACK_DEB_COMPONENT_INSTALL ON)
+  set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME kapris)
+  set(CPACK_DEBIAN_MPI_PACKAGE_NAME kapris-mpi)
+  set(CPACK_COMPONENT_UNSPECIFIED_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION_SUMMARY}\n${CPACK_PACKAGE_DESCRIPTION}")
+  set(CPACK_COMPONENT_MPI_DESCRIPTION "Multilevel hypergraph partitioning with MPI
+kapris-mpi partitions a hypergraph by many processes, on one machine or on
+many: it spreads independent starts, or searches with all of them until a
+time limit.")
+endif()
+
 # Patterns of paths below the source folder, whose own path may hold anything.
 string(REGEX REPLACE "([][+.*()^$?\\])" "\\\\\\1" source_dir "${PROJECT_SOURCE_DIR}")
 set(CPACK_SOURCE_GENERATOR TGZ)

@@ -115,8 +115,6 @@ Hgr ReadHgr(const std::string &name, std::string_view text, Problems *problems)
   const Scan first_net = scan;
   Hgr hgr;
 
-  hgr.ncells = header.ncells;
-  hgr.nnets = header.nnets;
   ReadNetLines(&scan, {header.nnets, header.ncells, 1, header.netweights}, &hgr);
   if (problems != nullptr && IsAdjacency(hgr))
     WarnAt(first_net, first_net.at,

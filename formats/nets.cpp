@@ -98,6 +98,8 @@ void ReadNetLines(Scan *scan, const NetLines &lines, Hgr *hgr)
   PinPlaces places;
   std::int64_t total = 0;
 
+  hgr->ncells = lines.ncells;
+  hgr->nnets = lines.nnets;
   hgr->netptr.reserve(static_cast<size_t>(lines.nnets) + 1);
   hgr->netptr.push_back(0);
   if (lines.weights)

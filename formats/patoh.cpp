@@ -97,8 +97,6 @@ Hgr ReadPatoh(const std::string &name, std::string_view text, Problems *problems
   const Scan first_net = scan;
   Hgr hgr;
 
-  hgr.ncells = header.ncells;
-  hgr.nnets = header.nnets;
   ReadNetLines(&scan, {header.nnets, header.ncells, header.base, header.netweights}, &hgr);
   if (hgr.netind.size() != static_cast<size_t>(header.npins))
     FaultAt(first_net, first_net.at,

@@ -113,9 +113,9 @@ struct Options {
   kapris_coarsening coarsening = KAPRIS_ALTERNATE;
   // Of bisections.
   kapris_refinement refinement = KAPRIS_EARLY_EXIT_FM;
-  kapris_vcycle vcycle = KAPRIS_VCYCLE_NEVER;
+  kapris_vcycle vcycle = KAPRIS_VCYCLE_BEST;
   // Multilevel runs of each bisection or k-way partitioning, >= 1.
-  int runs = 2;
+  int runs = 4;
   // true: the pieces of cut nets stay in the recursion.
   bool reconst = false;
   // >= 0; nothing or negative: from the clock, and the result tells which.
@@ -155,17 +155,24 @@ struct Options {
   std::optional<double> imbalance = {};
 
   // Partitions that a start makes on its own, to combine them; 0: one, and nothing is combined.
-  int members = 4;
+  int members = 2;
   // Combinations that it makes at most; of a single partition for Refine or Combine that many
   // improvements.
-  int combinations = 12;
+  int combinations = 8;
 
   // Told of each start that was completed here, with its partition, which lives only as long as the callback runs; or
   // empty.
   std::function<void(const Start &, std::span<const int>)> completed = {};
   // Asked for each start whether its partition is known, as from an earlier call: writes all of it and returns true, or
-  // returns false; or empty. It may set the seconds of the start.
+  // returns false; or empty. It may set the seconds of the start, and completed to 0 if it was cut short.
   std::function<bool(Start *, std::span<int>)> recall = {};
+
+  // Told of each partition that is better than all before it of its start, which lives only as long as the callback
+  // runs; or empty.
+  std::function<void(std::span<const int>)> improved = {};
+  // Asked between combinations, by starts with members under a time limit, for a partition from elsewhere: writes all
+  // of it and returns true, or returns false; or empty. The result then depends on when partitions arrive.
+  std::function<bool(std::span<int>)> arrived = {};
 };
 
 // Everything a call gives. Belongs to whoever holds it.
@@ -278,6 +285,21 @@ inline int CallRecall(Start *start, int *part, void *user)
   return known;
 }
 
+inline void CallImproved(const int *part, void *user)
+{
+  Callbacks *callbacks = static_cast<Callbacks *>(user);
+  callbacks->Call(callbacks->options->improved, std::span<const int>(part, callbacks->ncells));
+}
+
+inline int CallArrived(int *part, void *user)
+{
+  Callbacks *callbacks = static_cast<Callbacks *>(user);
+  bool arrived = false;
+
+  callbacks->Call([&] { arrived = callbacks->options->arrived(std::span<int>(part, callbacks->ncells)); });
+  return arrived;
+}
+
 [[noreturn]] inline void Refuse(const char *name, std::size_t size, const std::string &expected)
 {
   throw Error(KAPRIS_INVALID_ARGUMENT,
@@ -374,6 +396,8 @@ inline kapris_options OptionsOf(const Options &options, Callbacks *callbacks)
   c.records = options.records;
   c.completed = options.completed ? CallCompleted : nullptr;
   c.recall = options.recall ? CallRecall : nullptr;
+  c.improved = options.improved ? CallImproved : nullptr;
+  c.arrived = options.arrived ? CallArrived : nullptr;
   return c;
 }
 

@@ -246,16 +246,17 @@ typedef struct kapris_options {
   kapris_coarsening coarsening;
   /* Default KAPRIS_EARLY_EXIT_FM. */
   kapris_refinement refinement;
-  /* Default KAPRIS_VCYCLE_NEVER. */
+  /* Default KAPRIS_VCYCLE_BEST. */
   kapris_vcycle vcycle;
-  /* Multilevel runs of each bisection or k-way partitioning, >= 1. Default 2. */
+  /* Multilevel runs of each bisection or k-way partitioning, >= 1. Default 4. */
   int runs;
   /* Partitions that a start makes on its own, to combine them, >= 0; 0 = one, made by scheme, coarsening, refinement,
-   * vcycle and runs alone. Default 4. */
+   * vcycle and runs alone. Default 2. */
   int members;
   /* Combinations that a start makes at most, >= 0: of two partitions, or with more than two parts of one and itself
    * with parts made anew, a few at a time. Of a single partition that kapris_refine or kapris_combine gets, that many
-   * improvements. Default 12. */
+   * improvements. Where the members of two parts have nothing to give each other any more, new ones take what is left
+   * of them. Default 8. */
   int combinations;
   /* 1 = the pieces of cut nets stay in the recursion, 0 = they leave it. Default 0. */
   int reconst;
@@ -314,9 +315,21 @@ typedef struct kapris_options {
   void (*completed)(const kapris_start *start, const int *part, void *user);
   /* Asked for each start, when it begins, whether its partition is known, or NULL. It looks at number and seed of
    * start; it returns 0, or writes the partition to part, [ncells], may set seconds of start, and returns 1. The start
-   * then counts as completed with this partition, whose figures are counted anew. It has no trials, levels or
-   * bisections. A partition that no start can have ends the call with KAPRIS_INVALID_ARGUMENT. Default NULL. */
+   * then counts as completed with this partition, whose figures are counted anew; or, if it sets completed of start,
+   * which is 1, to 0, as cut short with it. It has no trials, levels or bisections. A partition that no start can have
+   * ends the call with KAPRIS_INVALID_ARGUMENT. Default NULL. */
   int (*recall)(kapris_start *start, int *part, void *user);
+
+  /* These two let calls with the same input that run at the same time, as on several machines, find partitions
+   * together. They are callbacks like those above. With arrived, results depend on when partitions arrive. */
+
+  /* Told of each partition, [ncells], that is better than all before it of its start; it lasts as long as the callback
+   * runs; or NULL. A part of it can be a little above its limit. Default NULL. */
+  void (*improved)(const int *part, void *user);
+  /* Asked between combinations, by starts with members under a time limit, or NULL: writes a partition from elsewhere
+   * to part, [ncells], with fixed cells in their parts, and returns 1, or returns 0. The start goes on with it as if it
+   * had made it. A partition that no start can have ends the call with KAPRIS_INVALID_ARGUMENT. Default NULL. */
+  int (*arrived)(int *part, void *user);
 } kapris_options;
 
 /* Sets size and the defaults. *options belongs to the caller, must not be NULL, and holds nothing that would have to be
@@ -469,14 +482,14 @@ typedef struct kapris_result {
  * unless they are allowed; then the smaller objective; then the smaller cut, or with KAPRIS_CUT the smaller SOED; then
  * the smaller imbalance; then the smaller index.
  *
- * Method: each start makes members by recursive bisection as in KAPRIS_PartRecursive, see kapris.h for the sources, but
- * with limits for the final parts and no use of the clock; with KAPRIS_KWAY by direct partitioning. All parts of each
- * are refined by searches that climb hills. Then it combines pairs of members: cells on which both agree are grouped,
- * and the better one is refined on the way back; a child takes the place of the member most like it. With more than two
- * parts it also makes those of the best member anew, a few neighbours at a time, and combines them likewise. Without
- * members a start is one partitioning as KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or
- * exchanges cells of parts above their limits, and moves cells to parts that are empty or below their minimums. With
- * one part there is nothing to do. */
+ * Method: each start makes members by recursive bisection as in KAPRIS_PartRecursive, see kapris.h for the sources,
+ * but with limits for the final parts and no use of the clock; with KAPRIS_KWAY by direct partitioning. All parts of
+ * each are refined by searches that climb hills, then by minimum cuts between pairs of parts. Then it combines pairs
+ * of members: cells on which both agree are grouped, and the better one is refined on the way back; a child takes the
+ * place of the member most like it. With more than two parts it also makes those of the best member anew, a few
+ * neighbours at a time, and combines them likewise. Without members a start is one partitioning as
+ * KAPRIS_PartRecursive or KAPRIS_PartKway does it. In the end a start moves or exchanges cells of parts above their
+ * limits, and moves cells to parts that are empty or below their minimums. With one part there is nothing to do. */
 KAPRIS_SAFE_API kapris_status kapris_partition(const kapris_problem *problem, const kapris_options *options,
                                                kapris_result **result);
 

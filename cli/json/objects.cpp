@@ -66,11 +66,16 @@ static Json OptionsJson(const Outcome &outcome, std::int64_t seed)
           {"seed", seed}};
 }
 
-static Json LimitsJson(const kapris::Options &options)
+static Json LimitsJson(const Plan &plan)
 {
-  return {{"threads", options.threads},
-          {"seconds", options.time_limit ? Json(options.time_limit->count()) : Json(nullptr)},
-          {"bytes", options.memory_limit ? Json(*options.memory_limit) : Json(nullptr)}};
+  const kapris::Options &options = plan.options;
+  Json json = {{"threads", options.threads},
+               {"seconds", options.time_limit ? Json(options.time_limit->count()) : Json(nullptr)},
+               {"bytes", options.memory_limit ? Json(*options.memory_limit) : Json(nullptr)}};
+
+  if (plan.nranks > 0)
+    json["ranks"] = plan.nranks;
+  return json;
 }
 
 static Json StartsJson(const kapris::Result &result)
@@ -254,7 +259,7 @@ static Json ResultJson(const Outcome &outcome)
   if (!outcome.request->terminals.empty())
     json["terminals"] = outcome.request->terminals;
   json["options"] = OptionsJson(outcome, outcome.result.seed);
-  json["limits"] = LimitsJson(outcome.plan.options);
+  json["limits"] = LimitsJson(outcome.plan);
   json["status"] = kapris::StatusName(result.status);
   json["message"] = result.message;
   json["warnings"] = outcome.warnings;

@@ -1,4 +1,4 @@
-// cli/manual/main.cpp - kapris_manual OUTDIR DATE: writes manual pages and completions, for the build.
+// cli/manual/main.cpp - kapris_manual COMMAND OUTDIR DATE: writes manual pages and completions, for the build.
 // SPDX-License-Identifier: MIT
 //
 // Of our own, as it knows what the parser knows: help2man has but the text of --help, and neither it nor scdoc gives
@@ -10,6 +10,7 @@
 #include "formats/failure.h"
 #include "formats/output.h"
 #include "manual/table.h"
+#include "solve/solve.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -17,6 +18,7 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <string>
+#include <string_view>
 
 using namespace kapris_cli;
 
@@ -47,14 +49,21 @@ static void WritePages(const Pages &pages, const Command &root, const Command *p
     WritePages(pages, root, &command, verb);
 }
 
+// Nobody runs it.
+static void DescribeMpi(CLI::App *app, Run *run, ColorWhen *color)
+{
+  DescribeMpiCommand(app, run, color, {});
+}
+
 int main(int argc, char **argv)
 {
   try {
-    if (argc != 3)
-      throw Failure{EXIT_USAGE, "usage: kapris_manual OUTDIR DATE"};
-    const std::filesystem::path out = argv[1];
-    const auto [root, version] = ReadDescription();
-    WritePages({out / "man/man1", version.substr(0, version.find('\n')), argv[2]}, root, nullptr, root);
+    if (argc != 4)
+      throw Failure{EXIT_USAGE, "usage: kapris_manual kapris|kapris-mpi OUTDIR DATE"};
+    const bool mpi = std::string_view(argv[1]) == "kapris-mpi";
+    const std::filesystem::path out = argv[2];
+    const auto [root, version] = ReadDescription(mpi ? DescribeMpi : DescribeCommand);
+    WritePages({out / "man/man1", version.substr(0, version.find('\n')), argv[3]}, root, nullptr, root);
     Write(out / "bash-completion/completions" / root.word, BashCompletion(root));
     Write(out / "zsh/site-functions" / ("_" + root.word), ZshCompletion(root));
     Write(out / "fish/vendor_completions.d" / (root.word + ".fish"), FishCompletion(root));

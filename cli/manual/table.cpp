@@ -102,13 +102,13 @@ static Command ReadCommand(CLI::App *app, const std::string &parent)
   return command;
 }
 
-Description ReadDescription()
+Description ReadDescription(const Describe &describe)
 {
-  CLI::App app("", "kapris");
+  CLI::App app;
   Run run;
   ColorWhen color = ColorWhen::AUTO;
 
-  DescribeCommand(&app, &run, &color);
+  describe(&app, &run, &color);
   return {ReadCommand(&app, ""), app.version()};
 }
 

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "entry.h"
+
 #include <string>
 #include <vector>
 
@@ -43,12 +45,12 @@ struct Command {
   std::vector<Command> verbs;
 };
 
-// The whole description of the tool.
+// The whole description of a tool.
 struct Description {
   Command command;
   std::string version; // as the option --version prints it
 };
-Description ReadDescription();
+Description ReadDescription(const Describe &describe);
 
 // Splits help text into sections. A line such as "Exit status:" with indented lines below opens one, "Example: "
 // is one; columns are two blanks or more apart.

@@ -21,9 +21,10 @@ namespace kapris_cli
 // ----------------------------------------------------------------------------------------------------------
 // The command and its verbs
 
-void DescribeApp(CLI::App *app, const std::string &description, const std::string &footer,
+void DescribeApp(CLI::App *app, const char *name, const std::string &description, const std::string &footer,
                  const std::string &version)
 {
+  app->name(name);
   app->description(description);
   app->footer(footer);
   app->set_version_flag("--version", version);
@@ -106,7 +107,8 @@ static std::string VerbMissing(const CLI::App &app)
   if (words.empty())
     return "a verb is missing";
   if (words[0].starts_with('-'))
-    return fmt::format("a verb is missing before '{}', as in 'kapris partition'", Escape(words[0]));
+    return fmt::format("a verb is missing before '{}', as in '{} partition'", Escape(words[0]),
+                       app.get_name());
   for (const CLI::App *verb : app.get_subcommands([](const CLI::App *) { return true; }))
     verbs.push_back(verb->get_name());
   return fmt::format("there is no verb '{}'{}", Escape(words[0]), Suggestion(words[0], verbs));
@@ -147,12 +149,12 @@ static std::string LeftOver(const CLI::App *verb, const std::vector<std::string>
     text =
         fmt::format("{}: '{}' is not a number that it can be",
                     text.substr(conversion.size(), at - conversion.size()), text.substr(at + equals.size()));
-  throw Failure{EXIT_USAGE, fmt::format("{}\n'kapris{} --help' shows how to use it", text, name)};
+  throw Failure{EXIT_USAGE, fmt::format("{}\n'{}{} --help' shows how to use it", text, app.get_name(), name)};
 }
 
 bool ReadCommandLine(std::vector<std::string> args, const std::function<void(CLI::App *)> &describe)
 {
-  CLI::App app("", "kapris");
+  CLI::App app;
 
   describe(&app);
   std::reverse(args.begin(), args.end()); // as the parser wants them

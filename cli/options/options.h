@@ -23,7 +23,7 @@ namespace kapris_cli
 // The command and its verbs
 
 // What the help of the whole command says. Every command line needs a verb, and its options may stand before it.
-void DescribeApp(CLI::App *app, const std::string &description, const std::string &footer,
+void DescribeApp(CLI::App *app, const char *name, const std::string &description, const std::string &footer,
                  const std::string &version);
 
 // chosen is called once the command line with this verb has been read completely.

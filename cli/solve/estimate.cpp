@@ -111,7 +111,9 @@ Cost EstimateCost(const Request &request, const Plan &plan, const Hgr &hgr)
   const bool refines = plan.command == "refine";
   const kapris::Options usual = OptionsOf(refines ? Preset::DEFAULT : request.preset);
   const double nparts = std::max(2, request.nparts), size = SizeOf(hgr);
+  // At the same time: in a process, and in all.
   const int together = std::max(1, std::min(options.threads, options.starts));
+  const double all = std::min<double>(options.starts, 1.0 * together * std::max(1, plan.nranks));
 
   Cost cost = InTable(refines ? "refine" : names[static_cast<size_t>(request.preset)], nparts, size);
   if (!refines && options.scheme == KAPRIS_KWAY && usual.scheme != KAPRIS_KWAY) {
@@ -122,7 +124,7 @@ Cost EstimateCost(const Request &request, const Plan &plan, const Hgr &hgr)
     cost.seconds *= combination * (options.combinations + std::ssize(request.parts)) / WorkOf(usual);
   else if (!refines)
     cost.seconds *= WorkOf(options) / WorkOf(usual);
-  cost.seconds *= static_cast<double>(options.starts) / usual.starts / together;
+  cost.seconds *= static_cast<double>(options.starts) / usual.starts / all;
   cost.bytes *= together;
   // A search goes on until its time is up.
   if (request.time_limit)

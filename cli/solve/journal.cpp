@@ -17,6 +17,7 @@
 #include "formats/packed.h"
 #include "formats/text.h"
 #include "json/json.h"
+#include "solve/part_bytes.h"
 
 #include <cerrno>
 #include <climits>
@@ -79,48 +80,22 @@ static std::optional<std::string> FromBase64(std::string_view text)
   return bytes;
 }
 
-static size_t BytesPerCell(int nparts)
-{
-  return nparts <= 1 << 8 ? 1 : nparts <= 1 << 16 ? 2 : 4;
-}
-
 static std::string PartText(std::span<const int> part, int nparts)
 {
-  const size_t width = BytesPerCell(nparts);
-  std::string bytes;
-
-  for (const int p : part)
-    for (size_t k = 0; k < width; k++)
-      bytes += static_cast<char>(static_cast<unsigned>(p) >> (8 * k) & 255);
-  return Base64(Pack(Packing::GZIP, bytes));
+  return Base64(Pack(Packing::GZIP, BytesOfPart(part, nparts)));
 }
 
 // Nothing where the text holds no partition.
 static std::optional<std::vector<int>> PartOfText(std::string_view text, int ncells, int nparts)
 {
-  const size_t width = BytesPerCell(nparts);
-  std::vector<int> part;
-
   const std::optional<std::string> packed = FromBase64(text);
   if (!packed || PackingOf(*packed) != Packing::GZIP)
     return std::nullopt;
-  std::string bytes;
   try {
-    bytes = Unpack("", Packing::GZIP, *packed);
+    return PartOfBytes(Unpack("", Packing::GZIP, *packed), ncells, nparts);
   } catch (const Failure &) {
     return std::nullopt;
   }
-  if (bytes.size() != width * static_cast<size_t>(ncells))
-    return std::nullopt;
-  for (size_t i = 0; i < bytes.size(); i += width) {
-    std::uint32_t p = 0;
-    for (size_t k = width; k-- > 0;)
-      p = p << 8 | static_cast<unsigned char>(bytes[i + k]);
-    if (p >= static_cast<std::uint32_t>(nparts))
-      return std::nullopt;
-    part.push_back(static_cast<int>(p));
-  }
-  return part;
 }
 
 // ----------------------------------------------------------------------------------------------------------

@@ -45,6 +45,7 @@ static std::string PlanLines(const Outcome &outcome)
          Line("epsilon", fmt::format("{:.6g}", options.epsilon)) +
          (options.min_epsilon < 1.0 ? Line("min-epsilon", fmt::format("{:.6g}", options.min_epsilon)) : "") +
          Line("runs", options.runs) + SearchLines(options) + Line("starts", StartsLine(options)) +
+         (outcome.plan.nranks > 0 ? Line("ranks", outcome.plan.nranks) : "") +
          Line("threads", options.threads);
 }
 

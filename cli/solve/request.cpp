@@ -242,11 +242,12 @@ void AddCombineOptions(CLI::App *verb, Request *request)
 static void SetPreset(Preset preset, kapris::Options *options)
 {
   if (preset == Preset::FAST) {
-    options->members = 2;
-    options->combinations = 2;
+    options->runs = 3;
+    options->members = 1;
+    options->combinations = 3;
   } else if (preset == Preset::QUALITY) {
-    options->members = 16;
-    options->combinations = 60;
+    options->members = 8;
+    options->combinations = 40;
   }
 }
 
@@ -315,13 +316,25 @@ static void CheckJournal(const Request &request, const kapris::Options &options)
     Refuse("--journal has no trials and levels for --records or --report");
 }
 
-Plan Resolve(const std::string &command, const Request &request)
+// With members and a time limit, all ranks search until it ends, each on a start of its own.
+static void SetIslands(const Request &request, Plan *plan)
+{
+  if (plan->nranks == 0 || !request.time_limit || plan->options.members == 0)
+    return;
+  if (request.starts || !request.start_range.empty())
+    Refuse("--starts and --start-range do not go with --time-limit here: each rank is a start that ends with "
+           "it");
+  plan->options.starts = plan->nranks;
+}
+
+Plan Resolve(const std::string &command, const Request &request, int nranks)
 {
   const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
   Plan plan;
   kapris::Options &options = plan.options;
 
   plan.command = command;
+  plan.nranks = nranks;
   SetPreset(request.preset, &options);
   Override(&options.scheme, request.scheme);
   Override(&options.objective, request.objective);
@@ -342,6 +355,7 @@ Plan Resolve(const std::string &command, const Request &request)
   options.threads = request.threads > 0 ? request.threads : static_cast<int>(processors);
   if (request.time_limit)
     options.time_limit = std::chrono::duration<double>(*request.time_limit);
+  SetIslands(request, &plan);
   if (request.memory_limit > 0)
     options.memory_limit = request.memory_limit;
   if (!request.target_weights.empty())

@@ -65,6 +65,7 @@ struct Request {
 // What a request comes to.
 struct Plan {
   std::string command; // the verb
+  int nranks;          // that share the work, 0: one process alone
   kapris::Options options;
   std::vector<double> shares; // empty: all equal
   std::string out;
@@ -74,8 +75,8 @@ void AddPartitionOptions(CLI::App *verb, Request *request);
 void AddRefineOptions(CLI::App *verb, Request *request);
 void AddCombineOptions(CLI::App *verb, Request *request);
 
-// Throws Failure for values that do not go together.
-Plan Resolve(const std::string &command, const Request &request);
+// Throws Failure for values that do not go together. nranks: as in Plan.
+Plan Resolve(const std::string &command, const Request &request, int nranks = 0);
 
 const char *NameOfScheme(kapris_scheme scheme);
 const char *NameOfObjective(kapris_objective objective);

@@ -125,7 +125,22 @@ static Failure FailureOf(const Request &request, const kapris::Error &error)
   }
 }
 
-static kapris::Result CallLibrary(const Request &request, const Outcome &outcome)
+static kapris::Result RunHere(const LibraryCall &call)
+{
+  const auto &[command, hypergraph, targets, given, options, journal] = call;
+
+  return command == "combine"  ? kapris::Combine(hypergraph, targets, given, options)
+         : command == "refine" ? kapris::Refine(hypergraph, targets, given[0], options)
+                               : kapris::Partition(hypergraph, targets, options);
+}
+
+Engine LocalEngine()
+{
+  return {RunHere, 0};
+}
+
+static kapris::Result CallLibrary(const Request &request, const Outcome &outcome, const Engine &engine,
+                                  const Journal *journal)
 {
   const bool merging = outcome.groups.has_value();
   const Hgr merged = merging ? MergeCells(outcome.hgr, *outcome.groups) : Hgr();
@@ -136,15 +151,12 @@ static kapris::Result CallLibrary(const Request &request, const Outcome &outcome
   const kapris::Hypergraph hypergraph = {hgr.ncells, hgr.netptr, hgr.netind, hgr.cellwgts, hgr.netwgts};
   const std::vector<int> fixed = parts(outcome.fixed, false);
   const kapris::Targets targets = {request.nparts, outcome.plan.shares, fixed};
-  const kapris::Options &options = outcome.plan.options;
   std::vector<std::vector<int>> given;
   for (const std::vector<int> &part : outcome.given)
     given.push_back(parts(part, true));
   const std::vector<std::span<const int>> spans(given.begin(), given.end());
-  const std::string &command = outcome.plan.command;
-  kapris::Result result = command == "combine"  ? kapris::Combine(hypergraph, targets, spans, options)
-                          : command == "refine" ? kapris::Refine(hypergraph, targets, given[0], options)
-                                                : kapris::Partition(hypergraph, targets, options);
+  kapris::Result result =
+      engine.run({outcome.plan.command, hypergraph, targets, spans, outcome.plan.options, journal});
 
   if (merging)
     result.part = UnfoldParts(result.part, *outcome.groups);
@@ -181,7 +193,7 @@ static std::unique_ptr<Journal> UseJournal(const Request &request, Outcome *outc
   return journal;
 }
 
-static void RunLibrary(const Request &request, Outcome *outcome)
+static void RunLibrary(const Request &request, const Engine &engine, Outcome *outcome)
 {
   kapris::Options &options = outcome->plan.options;
   const std::unique_ptr<Journal> journal = UseJournal(request, outcome);
@@ -194,7 +206,7 @@ static void RunLibrary(const Request &request, Outcome *outcome)
     options.progress = ProgressLine(options);
   }
   try {
-    outcome->result = CallLibrary(request, *outcome);
+    outcome->result = CallLibrary(request, *outcome, engine, journal.get());
   } catch (const kapris::Error &error) {
     ClearProgressLine();
     throw FailureOf(request, error);
@@ -310,22 +322,28 @@ static ExitStatus StatusOf(const kapris::Result &result)
   return result.balanced ? EXIT_DONE : EXIT_OVER_LIMIT;
 }
 
-ExitStatus Solve(const std::string &command, const Request &request)
+ExitStatus Solve(const std::string &command, const Request &request, const Engine &engine)
 {
-  Outcome outcome = {&request, Resolve(command, request), {}, {}, {}, 0.0, {}, {}, {}, {}};
+  Outcome outcome = {&request, Resolve(command, request, engine.nranks), {}, {}, {}, 0.0, {}, {}, {}, {}};
 
   CheckStreams(request);
   CheckInputsAndOutputs(request, outcome.plan);
   ReadInputs(request, &outcome);
   outcome.warnings =
       LimitWarnings(outcome.hgr, {request.nparts, outcome.plan.shares}, outcome.plan.options.epsilon);
+  if (outcome.plan.nranks > outcome.plan.options.starts)
+    outcome.warnings.push_back(fmt::format(
+        "{} for {} ranks: the others have nothing to do without more --starts or a "
+        "--time-limit",
+        outcome.plan.options.starts == 1 ? "1 start" : fmt::format("{} starts", outcome.plan.options.starts),
+        outcome.plan.nranks));
   PrintWarnings(outcome.warnings);
   if (request.dry_run) {
     std::fputs(PlanSummary(outcome).c_str(), stdout);
     return EXIT_DONE;
   }
   CheckRoom(outcome.plan.out, LeastBytes(outcome));
-  RunLibrary(request, &outcome);
+  RunLibrary(request, engine, &outcome);
   std::optional<Failure> failure = WriteParts(&outcome);
   try {
     Report(outcome);

@@ -4,6 +4,7 @@
 #include "kapris.h"
 
 #include "options/choice.h"
+#include "solve/solve.h"
 #include "verbs/verbs.h"
 
 #include <fmt/core.h>
@@ -27,9 +28,18 @@ static const char description[] =
     "kapris partitions hypergraphs: it divides the cells into parts of similar weight and cuts few nets.\n"
     "A cell is a vertex of the hypergraph, a net a hyperedge.";
 
-static const char footer[] =
-    "'kapris help VERB' or 'kapris VERB --help' explains a verb.\n"
+static const char mpi_description[] =
+    "Examples:\n"
+    "  mpirun -n 8 kapris-mpi partition circuit.hgr -k 4 --starts 100\n"
+    "  mpirun -n 8 kapris-mpi partition circuit.hgr -k 4 --time-limit 600\n"
     "\n"
+    "kapris-mpi partitions hypergraphs by several processes, on one machine or many, which MPI connects.\n"
+    "Everything else is as for kapris.";
+
+static const char help_footer[] = "'kapris help VERB' or 'kapris VERB --help' explains a verb.\n\n";
+static const char mpi_footer[] = "'kapris-mpi partition --help' lists the options.\n\n";
+
+static const char footer[] =
     "Exit status:\n"
     "  0  done, and all parts within their limits; also when --time-limit ended the run\n"
     "  1  internal failure\n"
@@ -49,13 +59,18 @@ static const char compiler[] = "clang++ " __clang_version__;
 static const char compiler[] = "g++ " __VERSION__;
 #endif
 
-void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
+static void Describe(CLI::App *app, ColorWhen *color, const char *name, const char *text, const char *help)
 {
-  DescribeApp(app, description, footer,
-              fmt::format("kapris {}.{}.{}\nMIT licence\nbuilt with {}", KAPRIS_VERSION_MAJOR,
+  DescribeApp(app, name, text, std::string(help) + footer,
+              fmt::format("{} {}.{}.{}\nMIT licence\nbuilt with {}", name, KAPRIS_VERSION_MAJOR,
                           KAPRIS_VERSION_MINOR, KAPRIS_VERSION_PATCH, compiler));
   Choice(app, "--color", color, "Colours in messages",
          {{"auto", ColorWhen::AUTO}, {"always", ColorWhen::ALWAYS}, {"never", ColorWhen::NEVER}});
+}
+
+void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
+{
+  Describe(app, color, "kapris", description, help_footer);
   AddPartition(app, run);
   AddRefine(app, run);
   AddCombine(app, run);
@@ -66,6 +81,13 @@ void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color)
   AddStatsVerb(app, run);
   AddCheck(app, run);
   AddConvert(app, run);
+  CheckValues(app);
+}
+
+void DescribeMpiCommand(CLI::App *app, Run *run, ColorWhen *color, const Engine &engine)
+{
+  Describe(app, color, "kapris-mpi", mpi_description, mpi_footer);
+  AddMpiPartition(app, run, engine);
   CheckValues(app);
 }
 

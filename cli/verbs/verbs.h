@@ -17,6 +17,8 @@ class App;
 namespace kapris_cli
 {
 
+struct Engine;
+
 // What is to be done once the command line has been read completely.
 using Run = std::function<ExitStatus()>;
 
@@ -24,8 +26,12 @@ using Run = std::function<ExitStatus()>;
 // completions come from this one description. The parser sets run when the user names a verb.
 void DescribeCommand(CLI::App *app, Run *run, ColorWhen *color);
 
+// The same for the command whose processes share the starts; of its verbs there is only partition.
+void DescribeMpiCommand(CLI::App *app, Run *run, ColorWhen *color, const Engine &engine);
+
 // Each adds its verb with options to app.
 void AddPartition(CLI::App *app, Run *run);
+void AddMpiPartition(CLI::App *app, Run *run, const Engine &engine);
 void AddRefine(CLI::App *app, Run *run);
 void AddCombine(CLI::App *app, Run *run);
 void AddBest(CLI::App *app, Run *run);

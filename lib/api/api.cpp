@@ -44,10 +44,10 @@ void kapris_init_options(kapris_options *options)
   options->objective = KAPRIS_CUT;
   options->coarsening = KAPRIS_ALTERNATE;
   options->refinement = KAPRIS_EARLY_EXIT_FM;
-  options->vcycle = KAPRIS_VCYCLE_NEVER;
-  options->runs = 2;
-  options->members = 4;
-  options->combinations = 12;
+  options->vcycle = KAPRIS_VCYCLE_BEST;
+  options->runs = 4;
+  options->members = 2;
+  options->combinations = 8;
   options->epsilon = 0.03;
   options->min_epsilon = 1.0;
   options->starts = 1;

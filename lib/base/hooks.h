@@ -52,6 +52,8 @@ struct Hooks {
   bool (*proceed)(void *owner); // asked every few milliseconds; false ends the run by StopRun
   // Receives complete partitions, each the best of its run so far.
   void (*incumbent)(void *taker, const int *part);
+  // Asked between combinations for a complete partition from elsewhere; false if there is none.
+  bool (*visitor)(void *taker, int *part);
   void *taker;
   // Told when a phase begins on the calling thread, for a level of ncells cells.
   void (*enter)(void *owner, Phase phase, int ncells);

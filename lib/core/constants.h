@@ -91,6 +91,8 @@ constexpr int FRUITLESS_LONG = 300;
 constexpr double FRUITLESS_SHARE = 0.02;
 // Nets with more pins do not tell a search where to go on.
 constexpr int LARGE_SEARCHED_NET = 500;
+// The work of a member, in combinations.
+constexpr int MEMBER_WORK = 2;
 // Combinations that are made of the same members, side by side.
 constexpr int BROOD = 4;
 // Parts that are made anew together, at least, and at most two more; how often a member's parts are between two broods,
@@ -98,8 +100,17 @@ constexpr int BROOD = 4;
 constexpr int SMALLEST_REWORKED = 2;
 constexpr int REWORKS = 6;
 constexpr int IDLE_REWORKS = 3;
-// Nets that touch more parts do not tell which parts are made anew together.
-constexpr std::size_t MOST_BORDERING = 5;
+// Nets that touch more parts say little of which parts lie side by side.
+constexpr int MOST_BORDERING = 5;
+// Minimum cuts between two parts: how far the cells around their border may lie from it, in nets; what share of a part
+// they are at most, and how many cells; how far they could bring the other part above its limit, in times of what is
+// left to the limits; how often a side is grown; how many rounds of pairs are tried.
+constexpr int FLOW_DISTANCE = 5;
+constexpr double FLOW_MOST_OF_PART = 0.5;
+constexpr int FLOW_MOST_CELLS = 100000;
+constexpr double FLOW_ROOM = 8.0;
+constexpr int MOST_GROWN = 200;
+constexpr int FLOW_ROUNDS = 100;
 // V-cycles in a row that bring nothing end the improvement of a given partition.
 constexpr int IDLE_IMPROVEMENTS = 2;
 // Under a time limit: members, and broods in a row that bring nothing new after which a new family takes the place of

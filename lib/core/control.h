@@ -107,6 +107,12 @@ inline void Announce(const Control *ctrl, const int *part)
     ctrl->hooks->incumbent(ctrl->hooks->taker, part);
 }
 
+// Whether there is a partition from elsewhere, which is then in part.
+inline bool AskForVisitor(const Control *ctrl, int *part)
+{
+  return ctrl->hooks->visitor != nullptr && ctrl->hooks->visitor(ctrl->hooks->taker, part);
+}
+
 // Charges one of the timers, or none, from here to the end of the block.
 struct Stopwatch {
   double *timer; // NULL = none

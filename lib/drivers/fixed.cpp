@@ -40,6 +40,17 @@ static int *CompressPartition(const Control *ctrl, int ncells, const Cell *cellm
   return cpart;
 }
 
+// Nobody announces anything between two combinations, so that the same array serves.
+static bool AskForCompressed(void *taker, int *cpart)
+{
+  const Projector *projector = static_cast<Projector *>(taker);
+
+  if (!AskForVisitor(projector->ctrl, projector->part))
+    return false;
+  CompressPartition(projector->ctrl, projector->ncells, projector->cellmap, projector->part, cpart);
+  return true;
+}
+
 static Weight
 PartitionCompressed(const Control *ctrl, HGraph *graph, int *part,
                     const std::function<Weight(const Control *, HGraph *, int *part)> &partition)
@@ -60,6 +71,8 @@ PartitionCompressed(const Control *ctrl, HGraph *graph, int *part,
   hooks.taker = &projector;
   if (hooks.incumbent != nullptr)
     hooks.incumbent = TakeCompressed;
+  if (hooks.visitor != nullptr)
+    hooks.visitor = AskForCompressed;
   inner.hooks = &hooks;
   if (ctrl->initial != nullptr)
     CompressPartition(ctrl, graph->ncells, cellmap, ctrl->initial, fpart);

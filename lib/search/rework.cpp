@@ -8,6 +8,7 @@
 
 #include "rework.h"
 
+#include "borders.h"
 #include "climb.h"
 #include "sidebyside.h"
 
@@ -23,8 +24,8 @@ namespace kapris::engine::KAPRIS_ENGINE
 namespace
 {
 
-// Weight of the nets that are cut between two parts, among others.
-struct Border {
+// What the nets weigh that are cut between a part and a neighbour, among others.
+struct Neighbour {
   int p, q;
   double wgt;
 };
@@ -39,8 +40,8 @@ struct Group {
 
 // What is known while groups are drawn.
 struct Draw {
-  Array<Border> borders;
-  Array<int> first;     // [nparts + 1] where the borders of a part start
+  Array<Neighbour> neighbours;
+  Array<int> first;     // [nparts + 1] where those of a part start
   Array<char> taken;    // [nparts] parts that are in a group
   Array<double> shared; // [nparts] border with the group that grows
   Array<int> near;      // parts where that is not 0
@@ -48,50 +49,35 @@ struct Draw {
 
 } // namespace
 
-// By p, then q. Nets that touch many parts say little of which of them belong together.
-static Array<Border> FindBorders(const HGraph *graph, const Array<int> &part)
+// By p, then q; each pair from both sides.
+static Array<Neighbour> FindNeighbours(const HGraph *graph, const Array<int> &part)
 {
-  Array<Border> borders;
-  Array<int> met;
+  Array<Neighbour> neighbours;
 
-  for (int j = 0; j < graph->nnets; j++) {
-    met.clear();
-    for (int k = graph->netptr[j]; k < graph->netptr[j + 1] && met.size() <= MOST_BORDERING; k++) {
-      const int p = part[At(graph->netind[k])];
-      if (std::find(met.begin(), met.end(), p) == met.end())
-        met.push_back(p);
-    }
-    if (met.size() > MOST_BORDERING)
-      continue;
-    for (const int p : met)
-      for (const int q : met)
-        if (p != q)
-          borders.push_back({p, q, static_cast<double>(graph->netwgt[j])});
+  for (const BorderNet &border : FindBorderNets(graph, part.data(), MOST_BORDERING)) {
+    if (neighbours.empty() || neighbours.back().p != border.p || neighbours.back().q != border.q)
+      neighbours.push_back({border.p, border.q, 0.0});
+    neighbours.back().wgt += static_cast<double>(graph->netwgt[border.net]);
   }
-  std::sort(borders.begin(), borders.end(),
-            [](const Border &a, const Border &b) { return a.p != b.p ? a.p < b.p : a.q < b.q; });
-  std::size_t n = 0;
-  for (const Border &border : borders) {
-    if (n > 0 && borders[n - 1].p == border.p && borders[n - 1].q == border.q)
-      borders[n - 1].wgt += border.wgt;
-    else
-      borders[n++] = border;
-  }
-  borders.resize(n);
-  return borders;
+  const std::size_t n = neighbours.size();
+  for (std::size_t i = 0; i < n; i++)
+    neighbours.push_back({neighbours[i].q, neighbours[i].p, neighbours[i].wgt});
+  std::sort(neighbours.begin(), neighbours.end(),
+            [](const Neighbour &a, const Neighbour &b) { return a.p != b.p ? a.p < b.p : a.q < b.q; });
+  return neighbours;
 }
 
 static Draw OpenDraw(const SearchGoal *goal, const HGraph *graph, const Array<int> &part)
 {
   const std::size_t nparts = At(goal->nparts);
-  Draw draw = {FindBorders(graph, part),
+  Draw draw = {FindNeighbours(graph, part),
                Array<int>(nparts + 1, 0),
                Array<char>(nparts, 0),
                Array<double>(nparts, 0.0),
                {}};
 
-  for (const Border &border : draw.borders)
-    draw.first[At(border.p) + 1]++;
+  for (const Neighbour &neighbour : draw.neighbours)
+    draw.first[At(neighbour.p) + 1]++;
   for (std::size_t p = 0; p < nparts; p++)
     draw.first[p + 1] += draw.first[p];
   return draw;
@@ -102,12 +88,12 @@ static void AddToGroup(Draw *draw, int p, Group *group)
   group->parts.push_back(p);
   draw->taken[At(p)] = 1;
   for (int i = draw->first[At(p)]; i < draw->first[At(p) + 1]; i++) {
-    const Border *border = &draw->borders[At(i)];
-    if (draw->taken[At(border->q)])
+    const Neighbour *neighbour = &draw->neighbours[At(i)];
+    if (draw->taken[At(neighbour->q)])
       continue;
-    if (draw->shared[At(border->q)] == 0.0)
-      draw->near.push_back(border->q);
-    draw->shared[At(border->q)] += border->wgt;
+    if (draw->shared[At(neighbour->q)] == 0.0)
+      draw->near.push_back(neighbour->q);
+    draw->shared[At(neighbour->q)] += neighbour->wgt;
   }
   std::erase_if(draw->near, [draw](int q) { return draw->taken[At(q)] != 0; });
 }

@@ -11,6 +11,7 @@
 #include "search.h"
 
 #include "climb.h"
+#include "flow.h"
 #include "member.h"
 #include "rework.h"
 #include "sidebyside.h"
@@ -79,6 +80,15 @@ static void Offer(Population *population, const Member *member)
   Announce(population->ctrl, member->part.data());
 }
 
+// Takes a member that has been climbed to its end further by minimum cuts, and offers it. refined: what it was made of,
+// if that has come this way, or NULL.
+static void Finish(Population *population, const Member *refined, Member *member)
+{
+  RefineByFlow(population->ctrl, population->goal, population->graph,
+               refined != nullptr ? refined->part.data() : nullptr, member->part.data(), &member->value);
+  Offer(population, member);
+}
+
 // ----------------------------------------------------------------------------------------------------------
 // Families
 
@@ -115,7 +125,7 @@ static std::vector<Member> MakeFamily(Population *population, std::int64_t seed,
     *member = direct ? PartitionDirectly(ctrl, goal, seeds[At(i)], coarse)
                      : Bisect(ctrl, goal, seeds[At(i)], coarse);
     ClimbUp(ctrl, goal, &ladder, member);
-    Offer(population, member);
+    Finish(population, nullptr, member);
   });
   return members;
 }
@@ -160,8 +170,9 @@ static Entry *FindReplaced(Population *population, const Member *member)
   return replaced;
 }
 
-// Returns whether it is one that the population did not have.
-static bool Take(Population *population, Member *member, Parents parents)
+// Returns whether it is one that the population did not have. It grows by a member that was made on its own; any other
+// one replaces one that is no better, or is lost.
+static bool Take(Population *population, Member *member, Parents parents, bool grows)
 {
   const int number = population->nborn++;
   const bool isnew = IsNew(population, member);
@@ -172,7 +183,7 @@ static bool Take(Population *population, Member *member, Parents parents)
                member->part.data(), best);
   if (!isnew)
     return false;
-  if (parents.numbers[0] < 0)
+  if (grows)
     population->entries.push_back({std::move(*member), number});
   else if (Entry *replaced = FindReplaced(population, member))
     *replaced = {std::move(*member), number};
@@ -210,7 +221,7 @@ static void Found(Population *population, int nmembers, bool direct, double work
   });
   for (std::vector<Member> &family : families)
     for (Member &member : family)
-      Take(population, &member, {{-1, -1}});
+      Take(population, &member, {{-1, -1}}, true);
 }
 
 // ----------------------------------------------------------------------------------------------------------
@@ -276,16 +287,15 @@ static int Breed(Population *population, int n, double work, bool *brought)
   for (const Pair &pair : pairs)
     parents.push_back({{population->entries[pair.a].number, population->entries[pair.b].number}});
   DoAll(population->ctrl, npairs, [&](int i) {
-    const Pair pair = pairs[At(i)];
-    Member *child = &children[At(i)];
-    *child = Combine(population->ctrl, population->goal, seeds[At(i)], population->graph,
-                     &population->entries[pair.a].member, &population->entries[pair.b].member);
-    Offer(population, child);
+    const Member *a = &population->entries[pairs[At(i)].a].member;
+    const Member *b = &population->entries[pairs[At(i)].b].member;
+    children[At(i)] = Combine(population->ctrl, population->goal, seeds[At(i)], population->graph, a, b);
+    Finish(population, b->value < a->value ? b : a, &children[At(i)]);
     ReportMembers(population, work / n);
   });
   *brought = false;
   for (int i = 0; i < npairs; i++)
-    *brought = Take(population, &children[At(i)], parents[At(i)]) || *brought;
+    *brought = Take(population, &children[At(i)], parents[At(i)], false) || *brought;
   return npairs;
 }
 
@@ -304,10 +314,9 @@ static bool ReworkOne(Population *population, bool best, int groupsize, double w
   const Value before = FindBest(population)->member.value;
   Member child = Rework(population->ctrl, population->goal, NextSeed(population), population->graph,
                         &entry->member, groupsize);
+  Finish(population, &entry->member, &child);
   const bool better = child.value < before;
-
-  Offer(population, &child);
-  Take(population, &child, {{entry->number, entry->number}});
+  Take(population, &child, {{entry->number, entry->number}}, false);
   ReportMembers(population, work);
   return better;
 }
@@ -333,9 +342,9 @@ static void Improve(Population *population)
     const auto improve = i % 2 == 1 && population->goal->nparts > SMALLEST_REWORKED ? ReworkPairs : Cycle;
     Member child =
         improve(population->ctrl, population->goal, NextSeed(population), population->graph, &entry->member);
+    Finish(population, &entry->member, &child);
     idle = child.value < entry->member.value ? 0 : idle + 1;
-    Offer(population, &child);
-    Take(population, &child, {{entry->number, entry->number}});
+    Take(population, &child, {{entry->number, entry->number}}, false);
     ReportMembers(population, 1.0 / ncycles);
   }
 }
@@ -350,8 +359,22 @@ static void TakeInitial(Population *population, const int *part)
   member.value = Evaluate(population->goal, graph, member.part.data());
   InitRandom__(NextSeed(population));
   Climb(ctrl, population->goal, graph, member.part.data(), &member.value);
-  Offer(population, &member);
-  Take(population, &member, {{-1, -1}});
+  Finish(population, nullptr, &member);
+  Take(population, &member, {{-1, -1}}, true);
+}
+
+// What others have found meanwhile takes the place of what is most like it, so that there is room for own members.
+static void TakeVisitors(Population *population)
+{
+  const HGraph *graph = population->graph;
+  Member member = {Array<int>(At(graph->ncells)), {}};
+
+  while (AskForVisitor(population->ctrl, member.part.data())) {
+    member.value = Evaluate(population->goal, graph, member.part.data());
+    Offer(population, &member);
+    Take(population, &member, {{-1, -1}}, false);
+    member.part.resize(At(graph->ncells));
+  }
 }
 
 // Goes on until StopRun, or until there seems to be nothing left to find.
@@ -363,11 +386,13 @@ static void SearchOn(Population *population)
     Member first =
         PartitionQuickly(population->ctrl, population->goal, NextSeed(population), population->graph);
     Offer(population, &first);
-    Take(population, &first, {{-1, -1}});
+    Finish(population, nullptr, &first);
+    Take(population, &first, {{-1, -1}}, true);
   }
   for (int round = 0; hopeless - HOPELESS_ROUNDS < population->graph->ncells; round++) {
     const Value before = FindBest(population)->member.value;
     Checkpoint(population->ctrl);
+    TakeVisitors(population);
     const bool full = population->entries.size() >= At(TIMED_MEMBERS);
     bool brought = false;
     if (!full || stale >= STALE_BROODS) {
@@ -384,8 +409,9 @@ static void SearchOn(Population *population)
   }
 }
 
-// whole: the work of the search, in combinations.
-static void BreedToPlan(Population *population, double whole)
+// whole: the work of the search, in combinations. fresh: what is left of them goes into new members where the others
+// have nothing to give each other any more.
+static void BreedToPlan(Population *population, bool fresh, double whole)
 {
   int left = population->plan->combinations;
 
@@ -396,18 +422,22 @@ static void BreedToPlan(Population *population, double whole)
     const int nreworks = population->goal->nparts > SMALLEST_REWORKED ? std::min(REWORKS, left) : 0;
     ReworkParts(population, nreworks, nreworks / whole);
     left -= nreworks;
-    if (nreworks == 0 && !brought)
+    if (nreworks > 0 || brought)
+      continue;
+    if (!fresh || left <= MEMBER_WORK)
       break;
+    Found(population, 1, population->plan->direct, 1.0 * MEMBER_WORK / whole);
+    left -= MEMBER_WORK;
   }
 }
 
 static void SearchToPlan(Population *population)
 {
   const SearchPlan *plan = population->plan;
-  const double whole = 2.0 * plan->members + plan->combinations; // a combination is half the work of a member
+  const double members = 1.0 * MEMBER_WORK * plan->members, whole = members + plan->combinations;
 
-  Found(population, plan->members, plan->direct, 2.0 * plan->members / whole);
-  BreedToPlan(population, whole);
+  Found(population, plan->members, plan->direct, members / whole);
+  BreedToPlan(population, true, whole);
 }
 
 Weight Search(const Control *ctrl, const SearchGoal *goal, const SearchPlan *plan, HGraph *graph, int *part)
@@ -426,7 +456,7 @@ Weight Search(const Control *ctrl, const SearchGoal *goal, const SearchPlan *pla
   for (int i = 0; i < ctrl->nothers; i++)
     TakeInitial(&population, ctrl->others[i]);
   if (population.entries.size() > 1)
-    BreedToPlan(&population, plan->combinations);
+    BreedToPlan(&population, false, plan->combinations);
   if (plan->endless)
     SearchOn(&population);
   else if (population.entries.size() == 1)

@@ -142,19 +142,25 @@ static void EndStart(Start *start, const kapris_start *record)
   }
 }
 
-// Takes the partition from an earlier call, if the caller has it; then record has its time.
-static bool Recall(const Run *run, kapris_start *record, int *part)
+// Takes the partition from another call, if the caller has it; then record has its time, and whether it was completed.
+static bool Recall(Start *start, kapris_start *record, int *part)
 {
+  const Run *run = start->run;
   const kapris_options *options = run->options;
 
   if (options->recall == nullptr)
     return false;
   {
     const std::lock_guard<std::mutex> callbacks(*run->callbacks);
-    if (options->recall(record, part, options->user) == 0)
+    record->completed = 1;
+    if (options->recall(record, part, options->user) == 0) {
+      record->completed = 0;
       return false;
+    }
   }
   CheckGiven(run->given, part, "recalled part");
+  // Where all starts are recalled, nobody else looks whether the call is to end.
+  Proceed(start);
   return true;
 }
 
@@ -176,10 +182,10 @@ static void RunStart(Run *run, int index)
 
   Enter(&start, PHASE_OTHER, 0);
   try {
-    const bool recalled = Recall(run, &record, part);
+    const bool recalled = Recall(&start, &record, part);
     if (!recalled)
       RunEngine(&start, record.seed, part);
-    const bool completed = recalled || BringWithinLimits(&start, part);
+    const bool completed = recalled ? record.completed != 0 : BringWithinLimits(&start, part);
     const Candidate candidate = MakeCandidate(run, part, index);
     RecordStart(&record, &candidate.measures, completed);
     if (!recalled)

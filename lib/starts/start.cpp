@@ -136,11 +136,28 @@ static void ShowIncumbent(const Start *start)
 static void TakeIncumbent(void *taker, const int *part)
 {
   Start *start = static_cast<Start *>(taker);
+  const kapris_options *options = start->run->options;
 
   icopy__(start->run->problem->ncells, part, start->incumbent);
   start->hasincumbent = true;
-  if (start->run->options->progress != nullptr)
+  if (options->progress != nullptr)
     ShowIncumbent(start);
+  if (options->improved != nullptr) {
+    const std::lock_guard<std::mutex> callbacks(*start->run->callbacks);
+    options->improved(part, options->user);
+  }
+}
+
+static bool TakeVisitor(void *taker, int *part)
+{
+  const Run *run = static_cast<Start *>(taker)->run;
+  {
+    const std::lock_guard<std::mutex> callbacks(*run->callbacks);
+    if (run->options->arrived(part, run->options->user) == 0)
+      return false;
+  }
+  CheckGiven(run->given, part, "arrived part");
+  return true;
 }
 
 static void Record(void *owner, const Step *step)
@@ -218,6 +235,7 @@ void RunEngine(Start *start, std::int64_t seed, int *part)
   hooks.owner = hooks.taker = start;
   hooks.proceed = Proceed;
   hooks.incumbent = TakeIncumbent;
+  hooks.visitor = run->options->arrived != nullptr ? TakeVisitor : nullptr;
   hooks.enter = Enter;
   hooks.worked = Worked;
   hooks.record = run->options->records ? Record : nullptr;

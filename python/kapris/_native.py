@@ -44,7 +44,8 @@ class Options(ctypes.Structure):
                 ("min_epsilon", c_double), ("allow_empty", c_int), ("starts", c_int), ("first_start", c_int),
                 ("threads", c_int), ("time_limit", c_double), ("memory_limit", c_size_t), ("cancel", c_void_p),
                 ("progress", c_void_p), ("log", c_void_p), ("log_level", c_int), ("user", c_void_p),
-                ("records", c_int), ("completed", c_void_p), ("recall", c_void_p)]
+                ("records", c_int), ("completed", c_void_p), ("recall", c_void_p),
+                ("improved", c_void_p), ("arrived", c_void_p)]
 
 
 class StartRecord(ctypes.Structure):

@@ -17,8 +17,8 @@ from .result import Infeasible, Result, Start, Told
 Given = Union[Hypergraph, Any]
 Fixed = Union[Numbers, Mapping[Any, int], None]
 
-_PRESETS: dict[str, dict[str, int]] = {"fast": {"members": 2, "combinations": 2}, "default": {},
-                                       "quality": {"members": 16, "combinations": 60}}
+_PRESETS: dict[str, dict[str, int]] = {"fast": {"runs": 3, "members": 1, "combinations": 3}, "default": {},
+                                       "quality": {"members": 8, "combinations": 40}}
 
 
 def _word(name: str, value: str, values: Mapping[str, int]) -> int:
@@ -80,7 +80,8 @@ def _options(*, epsilon: Any, objective: Any, seed: Any, starts: Any, threads: A
         options.members = _arrays.whole("members", members, 0, most)
     if combinations is not None:
         options.combinations = _arrays.whole("combinations", combinations, 0, most)
-    options.runs = _arrays.whole("runs", runs, 1, most)
+    if runs is not None:
+        options.runs = _arrays.whole("runs", runs, 1, most)
     options.seed = -1 if seed is None else _arrays.whole("seed", seed, 0, most)
     options.starts = _arrays.whole("starts", starts, 1, most)
     options.threads = _arrays.whole("threads", threads, 1, most)
@@ -259,7 +260,7 @@ def partition(h: Given, parts: int, *, epsilon: float = 0.03, objective: str = "
               starts: int = 1, threads: int = 1, time_limit: float | None = None, fixed: Fixed = None,
               target_weights: Iterable[float] | None = None, preset: str = "default", members: int | None = None,
               combinations: int | None = None, scheme: str = "recursive", coarsening: str = "alternate",
-              refinement: str = "early-exit-fm", vcycle: str = "never", runs: int = 2, reconst: bool = False,
+              refinement: str = "early-exit-fm", vcycle: str = "best", runs: int | None = None, reconst: bool = False,
               min_epsilon: float = 1.0, allow_empty: bool = False, memory_limit: int | None = None,
               records: bool = False, progress: Progress = False) -> Result:
     """Partitions the cells of a hypergraph into parts of nearly equal weight and cuts as little net weight as possible.
@@ -312,7 +313,7 @@ def refine(h: Given, part: Numbers, parts: int | None = None, *, epsilon: float 
            seed: int | None = 0, starts: int = 1, threads: int = 1, time_limit: float | None = None,
            fixed: Fixed = None, target_weights: Iterable[float] | None = None, members: int | None = None,
            combinations: int | None = None, scheme: str = "recursive", refinement: str = "early-exit-fm",
-           vcycle: str = "never", runs: int = 2, min_epsilon: float = 1.0, allow_empty: bool = False,
+           vcycle: str = "best", runs: int | None = None, min_epsilon: float = 1.0, allow_empty: bool = False,
            memory_limit: int | None = None, records: bool = False, progress: Progress = False) -> Result:
     """Improves a partition; what comes back is never worse.
 

@@ -10,21 +10,7 @@
 #include <cstring>
 #include <functional>
 #include <iterator>
-#include <set>
 #include <sstream>
-
-TEST(api, every_value_has_a_name_of_its_own)
-{
-  std::set<std::string> statuses, phases;
-
-  for (int value = KAPRIS_OK; value <= KAPRIS_INTERNAL + 1; value++)
-    statuses.insert(kapris_status_name(static_cast<kapris_status>(value)));
-  for (int value = KAPRIS_PREPARING; value <= KAPRIS_BALANCING + 1; value++)
-    phases.insert(kapris_phase_name(static_cast<kapris_phase>(value)));
-  EXPECT_EQ(statuses.size(), KAPRIS_INTERNAL + 2u); // a value that there is not has one, too
-  EXPECT_EQ(phases.size(), KAPRIS_BALANCING + 2u);
-  EXPECT_EQ(statuses.count("time limit") + phases.count("coarsening"), 2u);
-}
 
 TEST(api, a_seed_from_the_clock_is_reported_and_can_be_repeated)
 {
@@ -81,41 +67,18 @@ TEST(api, limits_of_parts_are_exact)
   EXPECT_EQ(kapris_part_limit(1, 2, nullptr, 0, NAN), -1);
 }
 
-TEST(api, one_part_takes_all_cells)
+TEST(api, minimums_are_reached_from_nothing_in_all_parts_but_one)
 {
-  for (const kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY}) {
-    Call call = MakeCall(Circuit(60), 1);
-    call.options.scheme = scheme;
-    call.options.records = 1;
-    const ResultPtr result = Solve(call);
-    EXPECT_EQ(WrongIn(call, result), "");
-    EXPECT_EQ(std::make_tuple(result->status, result->cut, result->best_start),
-              std::make_tuple(KAPRIS_OK, 0, 0));
+  for (const int nparts : {2, 7, 70}) {
+    Call call = MakeCall(Circuit(60), nparts);
+    call.options.runs = 2;
+    call.percent = 10000; // one part could have them all
+    call.minpercent = 40;
     Connect(&call);
-    EXPECT_EQ(Refine(call, std::vector<int>(60, 0))->status, KAPRIS_OK);
+    const ResultPtr result = Refine(call, std::vector<int>(60, nparts - 1));
+    EXPECT_EQ(WrongIn(call, result), "");
+    EXPECT_EQ(result->status, KAPRIS_OK);
   }
-}
-
-TEST(api, parts_are_not_empty_nor_below_their_minimums)
-{
-  for (const kapris_scheme scheme : {KAPRIS_RECURSIVE, KAPRIS_KWAY})
-    for (const int nparts : {2, 7, 70}) {
-      Call call = MakeCall(Circuit(60), nparts);
-      call.options.scheme = scheme;
-      call.options.runs = 2;
-      call.percent = 10000; // one part could have them all
-      const ResultPtr loose = Solve(call);
-      EXPECT_EQ(WrongIn(call, loose), "");
-      call.options.allow_empty = 1;
-      EXPECT_LE(Solve(call)->cut, loose->cut);
-      // From nothing in all parts but one.
-      call.options.allow_empty = 0;
-      call.minpercent = 40;
-      Connect(&call);
-      const ResultPtr result = Refine(call, std::vector<int>(60, nparts - 1));
-      EXPECT_EQ(WrongIn(call, result), "");
-      EXPECT_EQ(result->status, KAPRIS_OK);
-    }
 }
 
 TEST(api, invalid_arguments_are_named)

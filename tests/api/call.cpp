@@ -93,6 +93,18 @@ ResultPtr Evaluate(const Call &connected, const std::vector<int> &part)
   return Owned(status, result);
 }
 
+std::vector<int> AnyPart(const Call &call, std::uint64_t seed)
+{
+  TestRandom random = {seed};
+  std::vector<int> part;
+
+  for (int i = 0; i < call.instance.ncells; i++) {
+    const int fixed = call.fixed.empty() ? -1 : call.fixed[static_cast<std::size_t>(i)];
+    part.push_back(fixed < 0 ? random.Below(call.problem.nparts) : fixed);
+  }
+  return part;
+}
+
 // Of a result or one of its starts.
 template <class Record>
 static Rank RankOfRecord(const Call &call, const Record &record, int nempty)

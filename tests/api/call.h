@@ -36,6 +36,8 @@ ResultPtr Combine(const Call &connected, const std::vector<std::vector<int>> &pa
 ResultPtr Evaluate(const Call &connected, const std::vector<int> &part);
 
 std::vector<int> PartOf(const ResultPtr &result);
+// A random one that keeps to the fixed cells.
+std::vector<int> AnyPart(const Call &call, std::uint64_t seed);
 
 // The order of results, best first.
 typedef std::tuple<std::int64_t, int, std::int64_t, std::int64_t, double> Rank;

@@ -4,18 +4,6 @@
 
 #include "api/call.h"
 
-static std::vector<int> AnyPart(const Call &call, std::uint64_t seed)
-{
-  TestRandom random = {seed};
-  std::vector<int> part;
-
-  for (int i = 0; i < call.instance.ncells; i++) {
-    const int fixed = call.fixed.empty() ? -1 : call.fixed[static_cast<std::size_t>(i)];
-    part.push_back(fixed < 0 ? random.Below(call.problem.nparts) : fixed);
-  }
-  return part;
-}
-
 TEST(combine, is_never_worse_than_the_best_of_those_given)
 {
   int nbetter = 0, nkept = 0;
@@ -64,18 +52,6 @@ TEST(combine, one_partition_is_refined)
     EXPECT_EQ(FiguresOf(Combine(call, {part})), FiguresOf(Refine(call, part)));
     EXPECT_EQ(FiguresOf(Combine(call, {part, part})), FiguresOf(Refine(call, part)));
   }
-}
-
-TEST(combine, a_time_limit_is_used_up)
-{
-  Call call = MakeCall(Circuit(200), 4);
-  call.options.time_limit = 0.5;
-  call.options.members = 0;
-  Connect(&call);
-  const ResultPtr result = Combine(call, {AnyPart(call, 1), AnyPart(call, 2), AnyPart(call, 3)});
-  EXPECT_EQ(result->status, KAPRIS_TIME_LIMIT);
-  EXPECT_EQ(WrongIn(call, result), "");
-  EXPECT_GE(result->seconds, 0.5);
 }
 
 TEST(combine, partitions_that_cannot_be_are_named)

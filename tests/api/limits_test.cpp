@@ -292,7 +292,7 @@ TEST(limits, any_allocation_may_fail)
       };
       const Figures usual = FiguresOf(attempt().second);
 
-      ncalls += FailEach(attempt, [&](const auto &made, long n) {
+      const auto check = [&](const auto &made, long n) {
         const auto &[status, result] = made;
         // The call can do with fewer threads.
         if (status == KAPRIS_OK && threads > 1)
@@ -304,7 +304,8 @@ TEST(limits, any_allocation_may_fail)
           nearlier++;
         }
         EXPECT_EQ(CurrentLedger()->blocks, 0u);
-      });
+      };
+      ncalls += FailEach(attempt, check, 24);
       EXPECT_EQ(FiguresOf(attempt().second), usual);
     }
   std::printf("%ld calls met a failing allocation, %ld of them kept a partition\n", ncalls, nearlier);

@@ -67,6 +67,40 @@ TEST(recall, a_call_that_goes_on_gives_what_an_unbroken_one_gives)
   }
 }
 
+// The third start asks for the end, and none of them was completed.
+static int RecallPieces(kapris_start *start, int *part, void *user)
+{
+  int *cancel = static_cast<int *>(user);
+
+  EXPECT_EQ(start->completed, 1);
+  std::fill_n(part, 30, 0);
+  std::fill_n(part, 10 + start->number % 2, 1);
+  std::fill_n(part + 20, 10, 2);
+  start->completed = 0;
+  *cancel = start->number == 7;
+  return 1;
+}
+
+TEST(recall, starts_that_were_cut_short_count_as_such_and_a_cancellation_is_heeded_between_starts)
+{
+  Call call = MakeCall(Circuit(30), 3);
+  int cancel = 0, nfinished = 0;
+  call.options.starts = 10;
+  call.options.first_start = 5;
+  call.options.cancel = &cancel;
+  call.options.user = &cancel;
+  call.options.recall = RecallPieces;
+  call.options.completed = [](const kapris_start *, const int *, void *) { ADD_FAILURE() << "completed"; };
+  const ResultPtr result = Solve(call);
+  EXPECT_EQ(WrongIn(call, result), "");
+  EXPECT_EQ(result->status, KAPRIS_CANCELLED);
+  ASSERT_EQ(result->nstarts, 3);
+  EXPECT_EQ(result->best_start, 1); // ten cells a part
+  for (int i = 0; i < result->nstarts; i++)
+    nfinished += result->starts[i].completed;
+  EXPECT_EQ(nfinished, 0);
+}
+
 TEST(recall, a_partition_that_cannot_be_is_named)
 {
   Call call = MakeCall(Circuit(30), 3);

@@ -35,12 +35,7 @@ TEST(refine, is_never_worse_than_what_was_given)
     }
 
     // From any partition, with any number of threads.
-    std::vector<int> part;
-    TestRandom random = {seed};
-    for (int i = 0; i < call.instance.ncells; i++)
-      part.push_back(call.fixed.empty() || call.fixed[static_cast<std::size_t>(i)] < 0
-                         ? random.Below(call.problem.nparts)
-                         : call.fixed[static_cast<std::size_t>(i)]);
+    const std::vector<int> part = AnyPart(call, seed);
     const ResultPtr result = Refine(call, part);
     ASSERT_EQ(WrongIn(call, result), "") << seed;
     call.options.threads = 4 - call.options.threads;

@@ -5,15 +5,6 @@
 
 #include "api/call.h"
 
-#include <cstdlib>
-
-static long Setting(const char *name, long usual)
-{
-  const char *text = std::getenv(name);
-
-  return text == nullptr ? usual : std::atol(text);
-}
-
 static const std::int64_t FACTOR = std::int64_t{1} << 36; // makes any weight but 0 one of more than 32 bits
 
 // The same problem with all weights, which are written out, times FACTOR.
@@ -43,8 +34,18 @@ TEST(sweep, figures_and_limits_hold_for_every_call_and_scale_with_the_weights)
 
   for (long seed = first; seed < first + ncalls && !testing::Test::HasFailure(); seed++) {
     Call call = RandomCall(static_cast<std::uint64_t>(seed));
-    const ResultPtr result = Solve(call);
+    Connect(&call);
+    const ResultPtr result = SolveConnected(call);
     EXPECT_EQ(WrongIn(call, result), "") << seed << ", " << call.instance.Literal();
+    // With another partition, which the order of the objective ranks anywhere.
+    Call other = call;
+    other.options.seed += 1000;
+    other.options.members = 0;
+    const std::vector<int> more = PartOf(Solve(other));
+    const ResultPtr combined = Combine(call, {more, PartOf(result)});
+    EXPECT_EQ(WrongIn(call, combined), "") << seed << ", " << call.instance.Literal();
+    EXPECT_LE(RankOf(call, combined), RankOf(call, result)) << seed;
+    EXPECT_LE(RankOf(call, combined), RankOf(call, Evaluate(call, more))) << seed;
     if (!IsNarrow(call.instance))
       continue;
 

@@ -5,7 +5,7 @@
 //
 // Of three runs on generated hypergraphs, in two widths, light and dark: every picture has marks, and all of them and all
 // letters lie inside it; nothing is wider than the window; labels do not run into each other; letters stand out from
-// their ground; the numbers are those of 'kapris eval'. Screenshots go to DIRECTORY.
+// their ground. Screenshots go to DIRECTORY.
 
 'use strict';
 const { chromium } = require('playwright-core');
@@ -43,8 +43,7 @@ function makePages() {
   ].map((page) => {
     run('partition', page.file, '-k', `${page.parts}`, ...page.args, '-q', '-o', `${page.name}.part`,
       '--report', `${page.name}.html`);
-    const measured = run('eval', page.file, `${page.name}.part`, '-k', `${page.parts}`, '--matrix', '--json');
-    return { ...page, measured: JSON.parse(measured) };
+    return page;
   });
 }
 
@@ -103,12 +102,6 @@ function inspect() {
   return { wrong: [...new Set(wrong)], marks, images: [...document.querySelectorAll('image')].length };
 }
 
-function readTables() {
-  const table = (id) => [...document.querySelectorAll(`#${id} tr`)].slice(1)
-    .map((row) => [...row.children].map((cell) => cell.textContent));
-  return { figures: table('figures'), weights: table('weights'), matrix: table('cut-matrix-numbers') };
-}
-
 async function checkPage(tab, page) {
   const requests = [];
   tab.on('request', (request) => requests.push(request.url()));
@@ -126,12 +119,6 @@ async function checkPage(tab, page) {
         check(found.marks > 50 && found.images === 2, `${where}: ${found.marks} marks, ${found.images} images`);
       }
     }
-  const tables = await tab.evaluate(readTables);
-  const { measured } = page;
-  const equal = (a, b, what) => check(JSON.stringify(a) === JSON.stringify(b), `${page.name}: ${what} is ${JSON.stringify(a)}, not ${JSON.stringify(b)}`);
-  equal(tables.figures.slice(0, 3).map((row) => +row[1]), [measured.cut, measured.soed, measured.connectivity], 'the cut');
-  equal(tables.weights.map((row) => +row[1]), measured.part_weights.map((part) => part.weight), 'the list of weights');
-  if (page.parts <= 32) equal(tables.matrix.map((row) => row.slice(1).map(Number)), measured.matrix, 'the matrix');
   check(requests.every((url) => url.startsWith('file:') || url.startsWith('data:')), `${page.name} loads ${requests}`);
 }
 

@@ -5,7 +5,6 @@
 
 import hashlib
 import json
-import math
 import random
 import statistics
 import unittest
@@ -25,12 +24,6 @@ RECORDED = {
     "planted --cells 1001 --nets 2000 --parts 7 --crossing 150 --net-weights 2:5 --cell-weights 3":
         "2856e3ff48a4752cff9d9d71b3ad10fd22f384b8d2ce88366026f60d37a4b24e",
 }
-
-
-def nets_of(text):
-    """Nets as sets of cells from 0, of a hypergraph without weights."""
-    lines = text.splitlines()
-    return [[int(pin) - 1 for pin in line.split()] for line in lines[1:1 + int(lines[0].split()[0])]]
 
 
 def histogram(values):
@@ -66,34 +59,6 @@ class Generate(ToolTest):
             self.assertEqual(hashlib.sha256(text.encode()).hexdigest(), digest, arguments)
             other = self.run_kapris("generate", *arguments.split(), "--seed", "6", "-o", "-").stdout
             self.assertNotEqual(text, other, arguments)
-
-    def test_nets_are_of_their_kind(self):
-        def generate(*arguments):
-            nets = nets_of(self.run_kapris("generate", *arguments, "-o", "-").stdout)
-            self.assertTrue(all(len(set(net)) == len(net) for net in nets), arguments)
-            return nets
-
-        cells = [(z, y, x) for z in range(2) for y in range(3) for x in range(4)]
-        stencils = [{n for n, b in enumerate(cells) if sum(abs(i - j) for i, j in zip(a, b)) <= 1} for a in cells]
-        self.assertEqual(list(map(set, generate("grid", "--rows", "3", "--cols", "4", "--depth", "2"))), stencils)
-
-        # A whole block and nearly whole ones; every cell equally often.
-        nets = generate("random", "--cells", "20", "--nets", "4000", "--size", "18:20")
-        self.assertEqual({len(net) for net in nets}, {18, 19, 20})
-        counts = [sum(cell in net for net in nets) for cell in range(20)]
-        self.assertTrue(all(abs(count - 3800) < 100 for count in counts), counts)
-
-        sizes = [len(net) for net in generate("powerlaw", "--nets", "20000", "--exponent", "2", "--max-size", "50")]
-        frequencies = [size ** -2 for size in range(2, 51)]
-        for size in (2, 3, 5, 10):
-            expected = 20000 * size ** -2 / sum(frequencies)
-            self.assertLess(abs(sizes.count(size) - expected), 5 * math.sqrt(expected), size)
-        self.assertLessEqual(max(sizes), 50)
-
-        for pins in (2.5, 6):
-            nets = generate("circuit", "--cells", "5000", "--pins", str(pins))
-            self.assertEqual(len(set().union(*nets)), 5000)
-            self.assertAlmostEqual(sum(map(len, nets)) / 5000 / pins, 1, delta=0.1)
 
     def test_planted_cut_is_that_of_the_planted_parts(self):
         done = self.run_kapris("generate", "planted", "--cells", "503", "--nets", "900", "--parts", "5", "--crossing",
@@ -152,11 +117,6 @@ class Counts(ToolTest):
                 "cell_degree": distribution(degrees), "component_size": distribution(components),
                 "largest_components": sorted(components, reverse=True)[:10]}
             self.assertEqual(json.loads(self.run_kapris("stats", "h.hgr", "--json").stdout), expected)
-            lines = fields(self.run_kapris("stats", "h.hgr").stdout)
-            self.assertEqual(lines["identical nets"], str(expected["identical_nets"]))
-            self.assertEqual(lines.get("the largest"), " ".join(map(str, expected["largest_components"])) + " cells"
-                             if len(components) > 1 else None)
-            self.assertTrue(lines["net size"].endswith(f"max {max(map(len, sets))}"), lines)
         self.assertEqual(fields(self.run_kapris("stats", "-", text="0 0\n").stdout)["net size"], "none")
         heavy = ("stats", "-"), f"0 3 10\n0\n{2**60 + 1}\n{2**60 - 1}\n"
         found = json.loads(self.run_kapris(*heavy[0], "--json", text=heavy[1]).stdout)["cell_weight"]
@@ -209,24 +169,15 @@ class Counts(ToolTest):
                 "elsewhere": [{"cell": n + 1, "fixed": fixed[n], "part": part[n]} for n in elsewhere]})
 
             text = self.run_kapris("eval", *options, status=4).stdout
-            for key, name in (("cut", "cut"), ("soed", "soed"), ("connectivity", "connectivity"), ("pins", "pins")):
-                self.assertEqual(fields(text)[name], str(found[key]))
-            apart = {p: sizes for p, sizes in inside.items() if len(sizes) > 1}
-            self.assertIn(f"components     {len(inside) - len(apart)} of {len(inside)} parts are connected, " if apart else
-                          f"components     all {len(inside)} parts are connected\n", text)
+            for key in ("cut", "soed", "connectivity"):
+                self.assertEqual(fields(text)[key], str(found[key]))
             lines = text.splitlines()
-            self.assertEqual(sum(line.startswith("components ") and " outside the largest" in line for line in lines),
-                             min(16, len(apart)) + (len(apart) > 0))
             self.assertEqual([line[15:] for line in lines if line.startswith("cut net ")],
                              [f"{n + 1} {w} {len(span)} {' '.join(map(str, span))}" for n, w, span in cut])
             self.assertEqual([line[15:] for line in lines if line.startswith("border cell ")],
                              [f"{c + 1} {w} {count} {part[c]}" for c, w, count in border])
             self.assertEqual([[int(w) for w in line[15:].split("\t")] for line in lines if line.startswith("matrix ")],
                              matrix)
-            self.assertEqual(sum(line.endswith(f" of at most {limit}, over") for line in lines),
-                             sum(w > limit for w in weights))
-            self.assertEqual([line.split()[1] for line in lines if " fixed to " in line],
-                             [str(n + 1) for n in elsewhere[:5]])
 
     def test_a_sum_that_leaves_64_bits_is_refused(self):
         write("h.hgr", f"2 5 1\n{2**61 - 1} 1 2 3 4\n1 1 2 3 4 5\n")

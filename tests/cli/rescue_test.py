@@ -10,11 +10,10 @@ import resource
 import signal
 import subprocess
 import tempfile
-import time
 import unittest
 import unittest.mock
 
-from tool import KAPRIS, ToolTest, at_work, read, write
+from tool import KAPRIS, ToolTest, read, write
 
 FOREVER = ("--members", "0", "--runs", "2000000000")
 
@@ -51,9 +50,7 @@ class Rescue(ToolTest):
         child = subprocess.Popen([KAPRIS, "partition", os.path.abspath("c.hgr"), "-k", "3", *FOREVER, *args], cwd=cwd,
                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8")
         self.addCleanup(child.kill)
-        while not at_work(child.pid):
-            self.assertIsNone(child.poll())
-            time.sleep(0.01)
+        self.await_work(child)
         spoil()
         child.send_signal(signal.SIGTERM)
         _, stderr = child.communicate(timeout=60)

@@ -63,11 +63,6 @@ class Signals(ToolTest):
         self.addCleanup(child.kill)
         return child
 
-    def await_run(self, child):
-        while not at_work(child.pid):
-            self.assertIsNone(child.poll())
-            time.sleep(0.01)
-
     def check_partition(self, name, text, summary, result):
         """A part for every cell, and the cut that the summary and the JSON result tell."""
         lines = text.split("\n")
@@ -155,7 +150,7 @@ class Signals(ToolTest):
         with open(reader, encoding="ascii") as stream:
             child = self.begin("partition", "large.hgr", *FOREVER, "-o", "-", "--json=json", stdout=writer)
             os.close(writer)
-            self.await_run(child)
+            self.await_work(child)
             child.send_signal(signal.SIGTERM)
             self.assertTrue(select.select([stream], [], [], 60)[0])
             for number in (*ENDING, *ENDING):
@@ -182,7 +177,7 @@ class Signals(ToolTest):
     def test_only_ctrl_c_again_and_again_ends_a_run_that_does_not_end(self):
         os.mkfifo("nobody-reads")
         child = self.begin("partition", "small.hgr", *FOREVER, "-o", "nobody-reads", "--json=json")
-        self.await_run(child)
+        self.await_work(child)
         begun = time.monotonic()
         while child.poll() is None:
             for number in ENDING:

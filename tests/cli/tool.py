@@ -14,6 +14,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 # Signals that end a run with its best partition.
@@ -47,9 +48,9 @@ def snapshot():
 
 
 def at_work(pid):
-    """Whether the run has begun: a process catches the signals then."""
-    mask = int(re.search(r"SigCgt:\t(\w+)", read(f"/proc/{pid}/status"))[1], 16)
-    return all(mask & 1 << number - 1 for number in ENDING)
+    """Whether the run has begun: a process catches the signals then, but for those that were ignored before."""
+    masks = re.findall(r"Sig(?:Cgt|Ign):\t(\w+)", read(f"/proc/{pid}/status"))
+    return all(any(int(mask, 16) & 1 << number - 1 for mask in masks) for number in ENDING)
 
 
 def random_hypergraph(seed, repeats, heaviest=None):
@@ -84,6 +85,12 @@ class ToolTest(unittest.TestCase):
         allowed = status if isinstance(status, tuple) else (status,)
         self.assertIn(done.returncode, allowed, (args, done.stdout, done.stderr))
         return done
+
+    def await_work(self, child):
+        """Returns when the run of a child process has begun."""
+        while not at_work(child.pid):
+            self.assertIsNone(child.poll())
+            time.sleep(0.01)
 
     def fails(self, status, message, *args, **options):
         """Checks status, message, silence on standard output, and that no file has come, gone or changed."""

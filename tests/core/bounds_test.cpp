@@ -26,28 +26,6 @@ struct Limited {
 
 } // namespace
 
-TEST(bounds, aiming_by_counts_gives_the_lower_half_of_the_parts_their_share)
-{
-  const struct {
-    int nparts, nfixed;
-    double part0frac;
-    int nanchors0;
-  } rows[] = {{2, 0, 1 / 2.0, 0}, {2, 2, 1 / 2.0, 1}, {3, 3, 1 / 3.0, 1},
-              {5, 5, 2 / 5.0, 2}, {7, 7, 3 / 7.0, 3}, {64, 64, 1 / 2.0, 32}};
-
-  for (const auto &row : rows) {
-    SCOPED_TRACE(row.nparts);
-    Bounds bounds = {};
-    bounds.ubfactor = 0.125f;
-    AimBounds(&bounds, row.nparts, 0, 100, row.nfixed);
-    EXPECT_EQ(bounds.part0frac, static_cast<Real>(row.part0frac));
-    EXPECT_EQ(bounds.ubfactor, 0.125f); // as it was
-    EXPECT_EQ(bounds.dealshare, 0.5);   // whatever the share
-    EXPECT_EQ(bounds.nanchors0, row.nanchors0);
-    EXPECT_FALSE(bounds.inorder);
-  }
-}
-
 TEST(bounds, aiming_by_limits_spreads_their_slack_over_the_bisections_to_come)
 {
   const std::vector<double> four = {0.1, 0.2, 0.3, 0.4}, half = {0.5, 0.5};

@@ -111,6 +111,10 @@ def check_tree(build):
                      "fish/vendor_completions.d/kapris.fish"):
             if not (build.prefix / "share" / file).is_file():
                 fail(f"{file} was not installed")
+    if build.mpi == "1":
+        run(build.prefix / "bin" / "kapris-mpi", "--help")
+        if not (build.prefix / "share/man/man1/kapris-mpi-partition.1").is_file():
+            fail("the page of kapris-mpi was not installed")
 
 
 def check_find_package(build):

@@ -1,40 +1,19 @@
-## errors.m - every error text of the gateway in Octave, which puts the name of the function before it; and that memory
-## that runs out in the library is an error.
+## errors.m - errors of the gateway become those of Octave, which puts the name of the function before the text; and
+## memory that runs out in the library is an error.
 ## SPDX-License-Identifier: MIT
 
 1;
 source (fullfile (fileparts (mfilename ("fullpath")), "start.m"));
 
-function expect (identifier, message, noutputs, varargin)
-  outputs = cell (1, noutputs);
-  seen = struct ("identifier", "", "message", "no error");
-  try
-    [outputs{:}] = kapris (varargin{:});
-  catch seen
-  end_try_catch
-  assert (seen.message, message);
-  assert (seen.identifier, identifier);
-endfunction
-
 A = gallery ("poisson", 9);
-unknown = "kapris: Unknown zavikmex function %s";
-square = "kapris: Second parameter must be a symmetric sparse matrix";
-few = "kapris: nparts must be at least 2";
-count = "kapris: Wrong # of arguments";
-expect ("", count, 3, "PartKway", A, 2);
-expect ("", count, 0);
-expect ("", count, 0, 1);
-expect ("", count, 0, 1, 2, 3, 4, 5);
-expect ("", "kapris: First parameter must be a string", 0, 1, 2);
-expect ("", square, 0, "abc", ones (3));
-expect ("", square, 0, "abc", A(1:3, 1:4), 2);
-expect ("zavikmex:invalidValue", sprintf (unknown, "abc"), 0, "abc", A);
-expect ("zavikmex:invalidValue", sprintf (unknown, "PartRecursivePartRecursi"), 1, "PartRecursivePartRecursive", A, 2);
-expect ("", "kapris: Third parameter needed: nparts", 1, "PartKway", A);
-expect ("", "kapris: Wrong number of input parameters", 2, "PartKway", A, 1, 1);
-for nparts = {1, 1.9, -5, NaN, Inf, -Inf, 2^32 + 2}
-  expect ("", few, 2, "PARTKWAY", A, nparts{1});
-endfor
+seen = struct ("identifier", "");
+try
+  kapris ("abc", A);
+catch seen
+end_try_catch
+assert (seen.message, "kapris: Unknown zavikmex function abc");
+assert (seen.identifier, "zavikmex:invalidValue");
+fail ("kapris ('PartKway', A, 1)", "^kapris: nparts must be at least 2$");
 ## What is no number, the host itself refuses.
 for nparts = {[], {}, struct()}
   fail ("kapris ('PartKway', A, nparts{1})");

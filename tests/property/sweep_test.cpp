@@ -7,8 +7,6 @@
 
 #include "property/run.h"
 
-#include <cstdlib>
-
 static Call RandomCall(std::uint64_t seed)
 {
   TestRandom random = {seed};
@@ -52,19 +50,12 @@ static Call Shrunk(Call call)
   return call;
 }
 
-static unsigned long Setting(const char *name, unsigned long standard)
-{
-  const char *text = std::getenv(name);
-
-  return text == nullptr ? standard : std::strtoul(text, nullptr, 10);
-}
-
 TEST(sweep, every_call_gives_a_valid_partition_with_the_reported_objective)
 {
-  const unsigned long first = Setting("KAPRIS_SWEEP_SEED", 1), ncalls = Setting("KAPRIS_SWEEP_CALLS", 600);
+  const long first = Setting("KAPRIS_SWEEP_SEED", 1), ncalls = Setting("KAPRIS_SWEEP_CALLS", 600);
 
-  for (unsigned long seed = first; seed < first + ncalls; seed++) {
-    const Call call = RandomCall(seed);
+  for (long seed = first; seed < first + ncalls; seed++) {
+    const Call call = RandomCall(static_cast<std::uint64_t>(seed));
     const std::string broken = Broken(call);
     if (!broken.empty())
       FAIL() << "seed " << seed << ": " << broken << "\n" << Literal(Shrunk(call));

@@ -238,33 +238,6 @@ TEST(rebalance, agrees_with_brute_force_on_small_problems)
   EXPECT_GT(std::min(nbalanced, nimpossible), 300);
 }
 
-TEST(rebalance, fills_every_part_that_can_have_a_cell)
-{
-  TestRandom random = {11};
-  int nfilled = 0;
-
-  for (int round = 0; round < 3000 && !::testing::Test::HasFailure(); round++) {
-    Ints part;
-    const Task task =
-        RandomTask(&random, 4 + random.Below(9), 2 + random.Below(20), 1 + random.Below(4), &part);
-    Posed posed = Pose(task);
-    posed.problem.allowempty = false;
-    const Ints before = part;
-    Fill(&posed.problem, part.data());
-    nfilled += part != before;
-    EXPECT_LE(ExcessOf(task, part), ExcessOf(task, before));
-    for (std::size_t p = 0; p < task.limits.size(); p++)
-      for (std::size_t i = 0; i < part.size(); i++) {
-        const bool isfree = task.fixed.empty() || task.fixed[i] < 0;
-        EXPECT_TRUE(isfree || part[i] == before[i]);
-        EXPECT_TRUE(std::count(part.begin(), part.end(), p) > 0 || WeightOf(task, i) > task.limits[p] ||
-                    !isfree || std::count(part.begin(), part.end(), part[i]) == 1)
-            << "cell " << i << " could go to part " << p << ", " << task.instance.Literal();
-      }
-  }
-  EXPECT_GT(nfilled, 300);
-}
-
 TEST(rebalance, moves_what_does_least_harm_under_the_goal)
 {
   // One of 0, 1, 2 must go from part 0, to part 2: the cut rises by 0, 1, 3, the connectivity by 5, 0, -1.

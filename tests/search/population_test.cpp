@@ -7,7 +7,6 @@
 #include "search/search.h"
 #include "support/graph.h"
 
-#include <memory>
 #include <set>
 
 typedef std::vector<int> Ints;
@@ -15,25 +14,8 @@ typedef std::vector<int> Ints;
 namespace
 {
 
-struct Task {
-  void (*work)(void *argument);
-  void *argument;
-  bool done;
-
-  // As on a thread of its own, whose random sequence is anywhere.
-  void Do()
-  {
-    const RandomState saved = SaveRandom();
-    InitRandom__(4711);
-    work(argument);
-    RestoreRandom(&saved);
-    done = true;
-  }
-};
-
-// A caller that does forked work at once, or when it is waited for, and keeps what it is told.
+// A caller that keeps what it is told, and ends the run.
 struct Caller {
-  bool atonce = false;
   int calls = 1 << 30; // of proceed that succeed
   const Instance *instance = nullptr;
   std::vector<std::int64_t> cuts; // of the announced partitions
@@ -50,17 +32,6 @@ struct Caller {
     };
     hooks.record = [](void *owner, const Step *step) {
       static_cast<Caller *>(owner)->steps.push_back(*step);
-    };
-    hooks.fork = [](void *owner, void (*work)(void *), void *argument) -> void * {
-      std::unique_ptr<Task> task(new Task{work, argument, false});
-      if (static_cast<Caller *>(owner)->atonce)
-        task->Do();
-      return task.release();
-    };
-    hooks.join = [](void *, void *handle) {
-      const std::unique_ptr<Task> task(static_cast<Task *>(handle));
-      if (!task->done)
-        task->Do();
     };
   }
   Caller(const Caller &) = delete;
@@ -155,61 +126,6 @@ TEST(member, parts_made_anew_leave_a_partition_no_worse_and_anchors_where_they_a
   const Member parent = {{0, 0, 1, 1, 2, 2, 3, 3}, {0, 0, 0}};
   EXPECT_EQ(Rework(&apart.ctrl, &apart.goal, 3, graph, &parent, 2).part, parent.part);
   FreeHGraph__(graph);
-}
-
-TEST(search, finds_the_same_whenever_forked_work_is_done)
-{
-  for (const bool direct : {false, true}) {
-    Ints parts[2];
-    for (const bool atonce : {false, true}) {
-      Caller caller;
-      SearchCase c(1800, 5, &caller);
-      const SearchPlan plan = {3, 8, direct, false};
-      caller.atonce = atonce;
-      const Weight cut = Search(&c.ctrl, &c.goal, &plan, c.graph, c.part.data());
-      EXPECT_EQ(cut, CutOf(c.instance, c.part));
-      parts[atonce] = c.part;
-      ASSERT_FALSE(caller.cuts.empty());
-      EXPECT_EQ(caller.cuts.back(), cut);
-
-      // The records: members first, then what was made of earlier ones; the last best one is the result.
-      std::int64_t best = 0;
-      for (std::size_t i = 0; i < caller.steps.size(); i++) {
-        const Step *step = &caller.steps[i];
-        EXPECT_EQ(step->kind, STEP_MEMBER);
-        EXPECT_EQ(step->trial, static_cast<int>(i));
-        for (const int parent : step->parents) {
-          EXPECT_EQ(parent < 0, i < 3);
-          EXPECT_LT(parent, static_cast<int>(i));
-        }
-        if (step->taken)
-          best = step->value;
-      }
-      EXPECT_GT(caller.steps.size(), 3u);
-      EXPECT_EQ(best, cut);
-    }
-    EXPECT_EQ(parts[0], parts[1]);
-  }
-}
-
-TEST(search, a_given_partition_never_gets_worse)
-{
-  for (std::uint64_t seed = 1; seed <= 4; seed++) {
-    Caller caller;
-    SearchCase c(400, seed, &caller);
-    const SearchPlan plan = {4, 4, false, false};
-    for (int i = 0; i < 400; i++)
-      c.part[At(i)] = i % 4;
-    const Ints given = c.part;
-    c.ctrl.initial = given.data();
-    const std::int64_t before = CutOf(c.instance, given);
-    EXPECT_LT(Search(&c.ctrl, &c.goal, &plan, c.graph, c.part.data()), before);
-    // Once more from there.
-    const std::int64_t between = CutOf(c.instance, c.part);
-    const Ints again = c.part;
-    c.ctrl.initial = again.data();
-    EXPECT_LE(Search(&c.ctrl, &c.goal, &plan, c.graph, c.part.data()), between);
-  }
 }
 
 TEST(search, goes_on_until_it_is_stopped_and_announces_only_what_is_better)

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Checks what no compiler checks: folder edges, headers that compile alone, names that are defined once, exported
+"""Checks what no compiler checks: folder edges, headers that compile alone, types that are defined once, exported
 symbols, calls that could end the host's process or print, and what the gateway takes from MATLAB.
 
-usage: structure.py includes|headers|names|symbols|calls|gateway --lib DIR [--include DIR] [--cli DIR] [--formats DIR]
+usage: structure.py includes|headers|types|symbols|calls|gateway --lib DIR [--include DIR] [--cli DIR] [--formats DIR]
                     [--cxx COMMAND --cc COMMAND] [--shared FILE] [--static FILE --checks LEVEL] [--gateway FILE]
                     [--nm COMMAND]
 """
@@ -12,9 +12,6 @@ import pathlib
 import re
 import subprocess
 import sys
-
-sys.dont_write_bytecode = True  # into the sources
-import names
 
 # Which folders a folder may include, a chain without a way up: what belongs to no hypergraph, the hypergraph and its
 # levels, then what makes something of them; public headers by name. A folder below refine/ is one of its own.
@@ -85,18 +82,36 @@ def broken_headers(args):
                 yield f"{header.name} does not compile alone: {result.stderr.strip()[:300]}"
 
 
-# What is linked together: two types of one name would be one to the linker, whichever files see which.
-def doubled_names(args):
-    flaw = names.flaw()
-    if flaw:
-        yield f"the search itself is wrong about {flaw}"
-    files = [file for folder in (args.lib, args.include, args.cli, args.formats) for pattern in ("*.cpp", "*.h*")
-             for file in sources(folder, pattern)]
-    doubles, count = names.doubles({str(file): file.read_text() for file in files})
-    for name, where in doubles:
-        yield f"{name} is defined in {' and '.join(where)}"
-    if count < 400:
-        yield f"only {count} names found below {args.lib}, {args.include} and {args.cli}"
+SCOPE_OR_TYPE = re.compile(
+    r"^namespace ?([\w:]*)$|^\} // namespace|^(?:typedef )?(?:struct|class|union|enum(?: class)?) (\w+)\b[^;\n]*$", re.M)
+
+
+def types_of(text):
+    """The types that a file defines for others to see, as the formatter sets them: none in namespaces without a name."""
+    scopes = []
+    text = re.sub(r"^namespace \w+\n\{\n.*\n\}\n", "", text, flags=re.M)  # around one declaration
+    for found in SCOPE_OR_TYPE.finditer(text):
+        if found[0].startswith("namespace"):
+            scopes.append(found[1])
+        elif found[0].startswith("}"):
+            scopes.pop()
+        elif "" not in scopes:
+            yield "::".join([*scopes, found[2]])
+
+
+# What is linked together: two types of one name would be one to the linker, whichever files see which. Of functions it
+# sees for itself.
+def doubled_types(args):
+    found = {}
+    for folder in (args.lib, args.include, args.cli, args.formats):
+        for file in [*sources(folder, "*.cpp"), *sources(folder, "*.h*")]:
+            for name in types_of(file.read_text()):
+                found.setdefault(name, set()).add(str(file))
+    for name, files in found.items():
+        if len(files) > 1:
+            yield f"{name} is defined in {' and '.join(sorted(files))}"
+    if len(found) < 150:
+        yield f"only {len(found)} types found below {args.lib}, {args.include}, {args.cli} and {args.formats}"
 
 
 def wrong_symbols(args):
@@ -157,7 +172,7 @@ def wrong_gateway(args):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("check", choices=["includes", "headers", "names", "symbols", "calls", "gateway"])
+    parser.add_argument("check", choices=["includes", "headers", "types", "symbols", "calls", "gateway"])
     parser.add_argument("--lib", type=pathlib.Path, required=True)
     parser.add_argument("--include", type=pathlib.Path)
     parser.add_argument("--cli", type=pathlib.Path)
@@ -172,7 +187,7 @@ def main():
     parser.add_argument("--gateway")
     parser.add_argument("--nm", default="nm")
     args = parser.parse_args()
-    check = {"includes": wrong_includes, "headers": broken_headers, "names": doubled_names, "symbols": wrong_symbols,
+    check = {"includes": wrong_includes, "headers": broken_headers, "types": doubled_types, "symbols": wrong_symbols,
              "calls": wrong_calls, "gateway": wrong_gateway}[args.check]
     faults = list(check(args))
     print("\n".join(faults))

@@ -3,6 +3,7 @@
 
 #include "support/build.h"
 
+#include <cstdlib>
 #include <set>
 #include <sstream>
 
@@ -71,6 +72,13 @@ std::vector<int> Narrow(const Weights &weights)
     narrow.push_back(static_cast<int>(weight));
   }
   return narrow;
+}
+
+long Setting(const char *name, long usual)
+{
+  const char *text = std::getenv(name);
+
+  return text == nullptr ? usual : std::atol(text);
 }
 
 int TestRandom::Below(int n)

@@ -31,6 +31,9 @@ struct Instance {
 // Of 32 bits; they must fit.
 std::vector<int> Narrow(const Weights &weights);
 
+// What the environment sets for a test that can be made longer.
+long Setting(const char *name, long usual);
+
 // A generator of its own: tests must not depend on the one under test.
 struct TestRandom {
   std::uint64_t state;

@@ -78,29 +78,6 @@ inline Nets NetsOf(const HGraph *graph)
   return nets;
 }
 
-// The record and its arrays, to see that nobody has written there.
-inline std::string BytesOf(const HGraph *graph)
-{
-  const std::size_t ncells = static_cast<std::size_t>(graph->ncells + graph->nislands),
-                    nnets = static_cast<std::size_t>(graph->nnets);
-  const std::size_t npins = static_cast<std::size_t>(graph->netptr[graph->nnets]);
-  std::string bytes;
-  const auto add = [&bytes](const auto *x, std::size_t n) {
-    bytes.append(reinterpret_cast<const char *>(x), n * sizeof *x);
-  };
-
-  add(graph, 1);
-  add(graph->incptr, ncells + 1);
-  add(graph->incind, npins);
-  add(graph->netptr, nnets + 1);
-  add(graph->netind, npins);
-  add(graph->cellwgt, ncells);
-  add(graph->netwgt, nnets);
-  add(graph->adjwgt, ncells);
-  add(graph->edgewgt, nnets);
-  return bytes;
-}
-
 // A level over a hypergraph of its own, with a partition: one digit per cell.
 struct TestLevel : Level {
   HGraph *owned;
