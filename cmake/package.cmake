@@ -29,9 +29,8 @@ if(TARGET kapris_mpi)
   set(CPACK_DEB_COMPONENT_INSTALL ON)
   set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME kapris)
   set(CPACK_DEBIAN_MPI_PACKAGE_NAME kapris-mpi)
-  set(CPACK_COMPONENT_UNSPECIFIED_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION_SUMMARY}\n${CPACK_PACKAGE_DESCRIPTION}")
-  set(CPACK_COMPONENT_MPI_DESCRIPTION "Multilevel hypergraph partitioning with MPI
-kapris-mpi partitions a hypergraph by many processes, on one machine or on
+  set(CPACK_COMPONENT_UNSPECIFIED_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION}")
+  set(CPACK_COMPONENT_MPI_DESCRIPTION "kapris-mpi partitions a hypergraph by many processes, on one machine or on
 many: it spreads independent starts, or searches with all of them until a
 time limit.")
 endif()
