@@ -14,8 +14,12 @@ namespace
 
 struct Span {
   int first, last; // parts
+};
 
-  auto operator<=>(const Span &) const = default;
+struct CutRow {
+  int first, last, net;
+
+  auto operator<=>(const CutRow &) const = default;
 };
 
 } // namespace
@@ -50,8 +54,8 @@ static Span SpanOf(const Hgr &hgr, const std::vector<int> &part, size_t net, int
 Order OrderByPart(const Hgr &hgr, const std::vector<int> &part, int nparts)
 {
   const size_t k = static_cast<size_t>(nparts);
-  std::vector<Span> spans; // of the cut nets
-  std::vector<int> keys, cut, rows;
+  std::vector<CutRow> cut;
+  std::vector<int> keys;
   Order order;
 
   order.cells = PlacesByKey(part, k, &order.cellends);
@@ -59,20 +63,14 @@ Order OrderByPart(const Hgr &hgr, const std::vector<int> &part, int nparts)
   for (int net = 0; net < hgr.nnets; net++) {
     const Span span = SpanOf(hgr, part, static_cast<size_t>(net), nparts);
     keys.push_back(span.first == span.last ? span.first : nparts);
-    if (span.first != span.last) {
-      cut.push_back(net);
-      spans.push_back(span);
-    }
+    if (span.first != span.last)
+      cut.push_back({span.first, span.last, net});
   }
   order.nets = PlacesByKey(keys, k + 1, &order.netends);
-  rows.resize(cut.size());
-  std::iota(rows.begin(), rows.end(), 0);
-  std::stable_sort(rows.begin(), rows.end(), [&](int a, int b) {
-    return spans[static_cast<size_t>(a)] < spans[static_cast<size_t>(b)];
-  });
-  const int border = order.netends[k - 1];
-  for (size_t row = 0; row < rows.size(); row++)
-    order.nets[static_cast<size_t>(cut[static_cast<size_t>(rows[row])])] = border + static_cast<int>(row);
+  std::sort(cut.begin(), cut.end());
+  int row = order.netends[k - 1];
+  for (const CutRow &each : cut)
+    order.nets[static_cast<size_t>(each.net)] = row++;
   return order;
 }
 

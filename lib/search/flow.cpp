@@ -35,8 +35,8 @@ struct Pairs {
   const HGraph *graph;
   int *part;
   Array<Weight> pwgts;
-  Array<int> ncells;
-  Array<int> places; // [ncells] in the network of the cell's pair; -1 = in none
+  Array<int> counts; // [nparts] cells
+  Array<int> places; // [graph->ncells] in the network of the cell's pair; -1 = in none
   Array<BorderNet> borders;
   Array<int> changed;                       // [nparts] the round in which the part has changed last
   std::map<std::pair<int, int>, int> tried; // the round in which a pair has been tried last
@@ -73,8 +73,8 @@ static double RoomOf(const Pairs *s, int from, int to)
                   share * (all + FLOW_ROOM * slack) - static_cast<double>(s->pwgts[At(to)]));
 }
 
-// Cells of the part, from those on the nets of the border on, as far as they fit.
-static void FillSide(Pairs *s, int from, int to, Region *region)
+// Cells of the part, from those on the nets of the border on, as far as they fit. Returns whether any stays outside.
+static bool FillSide(Pairs *s, int from, int to, Region *region)
 {
   const HGraph *graph = s->graph;
   const int side = from == region->pair->p ? 0 : 1;
@@ -88,6 +88,7 @@ static void FillSide(Pairs *s, int from, int to, Region *region)
           static_cast<double>(graph->cellwgt[cell]) > room)
         continue;
       room -= static_cast<double>(graph->cellwgt[cell]);
+      network->cellwgts[At(side)] -= graph->cellwgt[cell];
       s->places[At(cell)] = static_cast<int>(network->cellwgts.size());
       region->cells.push_back(cell);
       network->cellwgts.push_back(graph->cellwgt[cell]);
@@ -107,20 +108,7 @@ static void FillSide(Pairs *s, int from, int to, Region *region)
       if (NetSize(graph, graph->incind[k]) <= LARGE_SEARCHED_NET)
         meet(graph->incind[k], distance + 1);
   }
-}
-
-static Weight OutsideWeight(const Pairs *s, const Region *region, int side, int *ncells)
-{
-  const int part = side == 0 ? region->pair->p : region->pair->q;
-  Weight wgt = s->pwgts[At(part)];
-
-  *ncells = s->ncells[At(part)];
-  for (std::size_t i = 2; i < region->network.sides.size(); i++)
-    if (region->network.sides[i] == side) {
-      wgt -= region->network.cellwgts[i];
-      --*ncells;
-    }
-  return wgt;
+  return std::ssize(region->cells) - static_cast<std::ptrdiff_t>(first) < s->counts[At(from)];
 }
 
 // Returns what its nets between the sides weigh.
@@ -175,18 +163,16 @@ static Array<int> RefinePair(const Control *ctrl, Pairs *s, const PartPair *pair
   Region region = {pair, {}, {}};
   Network *network = &region.network;
 
-  network->cellwgts.assign(2, 0);
+  network->cellwgts = {s->pwgts[At(pair->p)], s->pwgts[At(pair->q)]};
   network->distances.assign(2, INT_MAX / 4);
   network->sides = {0, 1};
-  for (int side = 0; side < 2; side++)
-    FillSide(s, parts[side], parts[1 - side], &region);
-  int staying[2];
+  bool stays[2];
   for (int side = 0; side < 2; side++) {
-    network->cellwgts[At(side)] = OutsideWeight(s, &region, side, &staying[side]);
+    stays[side] = FillSide(s, parts[side], parts[1 - side], &region);
     network->limits[side] = s->goal->limits[parts[side]];
     network->minimums[side] = s->goal->minimums[parts[side]];
   }
-  if (staying[0] > 0 && staying[1] > 0) {
+  if (stays[0] && stays[1]) {
     const Weight cut = FillNets(s, &region);
     const Array<char> before = network->sides;
     if (cut > 0 && FindMinimumCut(ctrl, network, cut))
@@ -239,8 +225,8 @@ static void Change(Pairs *s, const PartPair *pair, const Array<int> &cells)
     s->part[cell] = to;
     s->pwgts[At(from)] -= s->graph->cellwgt[cell];
     s->pwgts[At(to)] += s->graph->cellwgt[cell];
-    s->ncells[At(from)]--;
-    s->ncells[At(to)]++;
+    s->counts[At(from)]--;
+    s->counts[At(to)]++;
   }
   s->changed[At(pair->p)] = s->changed[At(pair->q)] = s->round;
 }
@@ -254,12 +240,12 @@ static Pairs OpenPairs(const SearchGoal *goal, const HGraph *graph, const int *r
   s.graph = graph;
   s.part = part;
   s.pwgts.assign(nparts, 0);
-  s.ncells.assign(nparts, 0);
+  s.counts.assign(nparts, 0);
   s.changed.assign(nparts, refined == nullptr ? 0 : -1);
   s.places.assign(At(graph->ncells), -1);
   for (int i = 0; i < graph->ncells; i++) {
     s.pwgts[At(part[i])] += graph->cellwgt[i];
-    s.ncells[At(part[i])]++;
+    s.counts[At(part[i])]++;
     if (refined != nullptr && refined[i] != part[i])
       s.changed[At(part[i])] = s.changed[At(refined[i])] = 0;
   }

@@ -4,6 +4,7 @@
 //   found    families of members; a family shares its first levels   Found
 //   breed    broods of combinations, each of two members             Breed
 //   rework   one member with its parts made anew, a few at a time    ReworkOne
+//   finish   a member is refined by minimum cuts                     Finish
 //   take     a child replaces the member most like it                Take
 // Members of a family, families and the children of a brood are made side by side. Each draws from a sequence of its
 // own, and they are taken in the order of their numbers, so that threads and their timing change nothing.

@@ -22,7 +22,7 @@ import unittest
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "cli"))
 MPI = os.path.abspath(sys.argv.pop(2))
 
-from tool import KAPRIS, ToolTest, fields, read  # noqa: E402
+from tool import KAPRIS, ToolTest, at_work, fields, read  # noqa: E402
 
 KILLS = int(os.environ.get("KAPRIS_TEST_KILLS", "1"))
 LONG = "KAPRIS_TEST_KILLS" in os.environ
@@ -72,6 +72,13 @@ class Mpi(ToolTest):
             rank = re.search(r"OMPI_COMM_WORLD_RANK=(\d+)", variables)
             if rank:
                 found[int(rank[1])] = int(pid)
+        return found
+
+    def await_ranks(self, child, nranks):
+        """Until all ranks search; returns their processes."""
+        while len(found := self.ranks(child)) < nranks or not all(at_work(pid) for pid in found.values()):
+            self.assertIsNone(child.poll())
+            time.sleep(0.01)
         return found
 
     def await_start(self, path="j"):
@@ -129,7 +136,7 @@ class Mpi(ToolTest):
     def test_signals_to_mpirun_leave_the_best_so_far(self):
         for number, mode in ((signal.SIGTERM, ("--time-limit", "60")), (signal.SIGUSR1, ("--starts", "2000"))):
             child = self.begin(3, "partition", "c.hgr", "-k", "6", *mode, "-o", "out", "--json=json")
-            time.sleep(2)
+            self.await_ranks(child, 3)
             child.send_signal(number)
             child.communicate(timeout=60)
             result = json.loads(read("json"))
@@ -177,8 +184,7 @@ class Mpi(ToolTest):
     def test_a_rank_that_is_lost_under_a_time_limit(self):
         child = self.begin(3, "partition", "c.hgr", "-k", "6", "--time-limit", "5", "-o", "out", "--json=json",
                            options=RECOVERY)
-        time.sleep(2)
-        os.kill(self.ranks(child)[1], signal.SIGKILL)
+        os.kill(self.await_ranks(child, 3)[1], signal.SIGKILL)
         _, stderr = child.communicate(timeout=60)
         result = json.loads(read("json"))
         self.assertEqual((result["status"], len(result["starts"])), ("time limit", 3))
