@@ -44,7 +44,7 @@ class Mpi(ToolTest):
     def setUp(self):
         super().setUp()
         self.run_kapris("generate", "circuit", "--cells", "1500", "-o", "c.hgr")
-        self.starts = ("partition", "c.hgr", "-k", "6", "--seed", "3", "--starts", "16", "--members", "3")
+        self.starts = ("partition", "c.hgr", "-k", "6", "--seed", "3", "--starts", "16", "--members", "2", "--runs", "1")
         self.run_kapris(*self.starts, "-o", "one", "--json=one.json")
 
     def begin(self, nranks, *args, options=()):
